@@ -1,0 +1,216 @@
+#pragma once
+#include "kerf/platform/config.h"
+#include "kerf/platform/root_object.h"
+
+// The run-time class registry: one static descriptor for each class of the object family, all on
+// one chain, and the macros that give a class its descriptor and its casts.
+namespace kerf {
+
+class ERObject;
+
+/// What is known of a class at run time. Descriptors are static objects; the chain from pFirstClass
+/// runs from the last class registered to the first.
+class KERF_EXPORT ERClassRegistration {
+public:
+    using Creator = ERObject* (*)();
+
+    /// Builds a descriptor that is not yet on the chain, at compile time where the addresses allow.
+    struct Unlinked {};
+    constexpr ERClassRegistration(Unlinked, const char* className, unsigned int classSize,
+                                  ERClassRegistration const** directBases,
+                                  ERClassRegistration const** memberClasses,
+                                  Creator builder) noexcept
+        : name(className),
+          size(classSize),
+          bases(directBases),
+          members(memberClasses),
+          creator(builder) {}
+
+    /// Fills the fields and links the descriptor at the head of the chain.
+    ERClassRegistration(const char* className, unsigned int classSize,
+                        ERClassRegistration const** directBases,
+                        ERClassRegistration const** memberClasses, Creator builder);
+
+    /// An empty, unlinked descriptor: nothing is copied, name and size included. Callers rely on
+    /// it.
+    ERClassRegistration(const ERClassRegistration&) noexcept {}
+    ERClassRegistration& operator=(const ERClassRegistration&) = delete;
+
+    /// Takes the descriptor off the chain.
+    ~ERClassRegistration();
+
+    void link() noexcept;
+
+    /// 1 when this is c or derives from it, directly or not. 0 for a null c.
+    int isKindOf(ERClassRegistration const* c) const;
+
+    /// The same question on the member lists; `members` must not be null.
+    int hasMember(ERClassRegistration const* c) const;
+
+    /// The descriptor of that name (exact bytes), or null.
+    static ERClassRegistration const* findClassRegistration(char const* className);
+
+    /// The creator of that class; null for an unknown or abstract class.
+    static Creator findCreator(char const* className);
+
+    /// Writes the tree of bases to the debug output, each line indented by level + 1 tabs and more
+    /// with the depth.
+    void DumpBased(int level) const;
+
+    char const* name = nullptr;
+    unsigned int size = 0;                        ///< of the class, in bytes
+    ERClassRegistration const** bases = nullptr;  ///< direct bases, null-terminated; may be null
+    ERClassRegistration const** members =
+        nullptr;                          ///< null-terminated; empty in the library's classes
+    Creator creator = nullptr;     ///< builds an empty heap object; null when abstract
+    ERClassRegistration* next = nullptr;  ///< the chain
+
+    static ERClassRegistration* pFirstClass;
+};
+
+/// What a program that links the static library refers to, so that the linker takes the whole of it.
+struct WholeLibrary {
+    ERClassRegistration const* const* classes;
+    void (*initModule)();
+};
+#if defined(KERF_STATIC_PROGRAM)
+extern const WholeLibrary wholeLibrary;
+namespace {
+[[gnu::used]] const WholeLibrary* const wholeLibraryIsNeeded = &wholeLibrary;
+}
+#endif
+
+/// Puts a descriptor on the chain when static objects are built.
+struct ERClassLink {
+    explicit ERClassLink(ERClassRegistration& descriptor) noexcept { descriptor.link(); }
+};
+
+/// Called when a cast fails or is ambiguous. The body is empty: a hook for a debugger, it never
+/// stops.
+KERF_EXPORT void erreurCastDown(ERClassRegistration const* wanted,
+                                ERClassRegistration const* found);
+
+/// Asks each base in turn for its part of the class `wanted`. A later answer that differs from an
+/// earlier one is reported to erreurCastDown and then stands.
+template <class FirstBase, class... FurtherBases, class Object>
+void* castdownThroughBases(const Object& object, ERClassRegistration const& wanted) {
+    void* answer = object.FirstBase::_castdown(wanted);
+    [[maybe_unused]] const auto ask = [&](void* other) {
+        if (other == nullptr) return;
+        if (answer != nullptr && other != answer) erreurCastDown(&wanted, Object::desc());
+        answer = other;
+    };
+    (ask(object.FurtherBases::_castdown(wanted)), ...);
+    return answer;
+}
+
+/// The cast behind `X::castdown`: null for an object that is no X, reported to erreurCastDown.
+template <class X, class Object>
+X* castdownTo(Object* object) {
+    if (object == nullptr) return nullptr;
+    void* part = object->_castdown(*X::desc());
+    if (part == nullptr) erreurCastDown(X::desc(), object->isA());
+    return static_cast<X*>(part);
+}
+
+/// Binds a reference that may be null, as the reference forms of `castdown` answer on failure.
+#if defined(__GNUC__)
+template <class X>
+__attribute__((no_sanitize("null"))) X& referenceOrNull(X* object) {
+    return *object;
+}
+#else
+template <class X>
+X& referenceOrNull(X* object) {
+    return *object;
+}
+#endif
+
+}  // namespace kerf
+
+// The members that every class of the family carries. `castdown` of a pointer answers null for null
+// and for an object of another class; of a reference it answers a null reference on failure, which
+// callers must not use: who wants safety takes the pointer form or isKindOf.
+#define ER_OBJECT_CLASS_MEMBERS(Class, virtualMark, overrideMark)            \
+public:                                                                      \
+    static ::kerf::ERClassRegistration m_ClassDef_##Class;                   \
+    static ::kerf::ERClassRegistration const* m_Inherite_##Class[];          \
+    static ::kerf::ERClassRegistration const* m_Member_##Class[];            \
+    static ::kerf::CRuntimeClass class##Class;                               \
+    static ::kerf::CRuntimeClass* _GetBaseClass();                           \
+    static ::kerf::CRuntimeClass* GetThisClass() {                           \
+        return &class##Class;                                                \
+    }                                                                        \
+    static ::kerf::ERClassRegistration const* desc() {                       \
+        return &m_ClassDef_##Class;                                          \
+    }                                                                        \
+    static Class* castdown(::kerf::ERObject* object);                        \
+    static Class const* castdown(::kerf::ERObject const* object);            \
+    static Class& castdown(::kerf::ERObject& object);                        \
+    static Class const& castdown(::kerf::ERObject const& object);            \
+    ::kerf::CRuntimeClass* GetRuntimeClass() const override;                 \
+    virtualMark ::kerf::ERClassRegistration const* isA() const overrideMark; \
+    virtualMark char const* className() const overrideMark;                  \
+    virtualMark void* _castdown(::kerf::ERClassRegistration const& wanted) const overrideMark
+
+/// In the body of a class of the object family; what follows is public.
+#define ER_OBJECT_CLASS(Class) ER_OBJECT_CLASS_MEMBERS(Class, , override)
+
+#define ER_DESCRIPTOR_OF(Class) &Class::m_ClassDef_##Class
+#define ER_DESCRIPTORS(First, ...) \
+    ER_DESCRIPTOR_OF(First) __VA_OPT__(, ER_FURTHER_DESCRIPTORS(__VA_ARGS__))
+#define ER_FURTHER_DESCRIPTORS(First, ...) \
+    ER_DESCRIPTOR_OF(First) __VA_OPT__(, ER_DESCRIPTOR_OF(__VA_ARGS__))
+
+#define ER_DEFINE_CLASS_RECORDS(Class, creatorFunction, ...)                                       \
+    ::kerf::ERClassRegistration const* Class::m_Inherite_##Class[] = {                             \
+        __VA_ARGS__ __VA_OPT__(, ) nullptr};                                                       \
+    ::kerf::ERClassRegistration const* Class::m_Member_##Class[] = {nullptr};                      \
+    ::kerf::ERClassRegistration Class::m_ClassDef_##Class(                                         \
+        ::kerf::ERClassRegistration::Unlinked{}, #Class, static_cast<unsigned int>(sizeof(Class)), \
+        Class::m_Inherite_##Class, Class::m_Member_##Class, creatorFunction);                      \
+    static const ::kerf::ERClassLink linkOf##Class(Class::m_ClassDef_##Class);                     \
+    ::kerf::CRuntimeClass Class::class##Class = {#Class, static_cast<int>(sizeof(Class)), 0xFFFF,  \
+                                                 nullptr, &Class::_GetBaseClass};                  \
+    ::kerf::CRuntimeClass* Class::_GetBaseClass() {                                                \
+        return ::kerf::CObject::GetThisClass();                                                    \
+    }                                                                                              \
+    ::kerf::CRuntimeClass* Class::GetRuntimeClass() const {                                        \
+        return &Class::class##Class;                                                               \
+    }                                                                                              \
+    ::kerf::ERClassRegistration const* Class::isA() const {                                        \
+        return Class::desc();                                                                      \
+    }                                                                                              \
+    char const* Class::className() const {                                                         \
+        return Class::m_ClassDef_##Class.name;                                                     \
+    }
+
+#define ER_DEFINE_CLASS_CASTS(Class, ...)                                         \
+    void* Class::_castdown(::kerf::ERClassRegistration const& wanted) const {     \
+        if (&wanted == desc()) return const_cast<Class*>(this);                   \
+        return ::kerf::castdownThroughBases<__VA_ARGS__>(*this, wanted);          \
+    }                                                                             \
+    Class* Class::castdown(::kerf::ERObject* object) {                            \
+        return ::kerf::castdownTo<Class>(object);                                 \
+    }                                                                             \
+    Class const* Class::castdown(::kerf::ERObject const* object) {                \
+        return ::kerf::castdownTo<Class const>(object);                           \
+    }                                                                             \
+    Class& Class::castdown(::kerf::ERObject& object) {                            \
+        return ::kerf::referenceOrNull(::kerf::castdownTo<Class>(&object));       \
+    }                                                                             \
+    Class const& Class::castdown(::kerf::ERObject const& object) {                \
+        return ::kerf::referenceOrNull(::kerf::castdownTo<Class const>(&object)); \
+    }
+
+/// In the source: a class that can be built empty, to be filled by restoreGuts. The direct bases of
+/// the family follow, in the order in which the descriptor lists them and _castdown asks them.
+#define ER_DEFINE_CLASS(Class, ...)                                                          \
+    ER_DEFINE_CLASS_RECORDS(                                                                 \
+        Class, []() -> ::kerf::ERObject* { return new Class; }, ER_DESCRIPTORS(__VA_ARGS__)) \
+    ER_DEFINE_CLASS_CASTS(Class, __VA_ARGS__)
+
+/// In the source: a class without a creator.
+#define ER_DEFINE_ABSTRACT_CLASS(Class, ...)                             \
+    ER_DEFINE_CLASS_RECORDS(Class, nullptr, ER_DESCRIPTORS(__VA_ARGS__)) \
+    ER_DEFINE_CLASS_CASTS(Class, __VA_ARGS__)

@@ -1,0 +1,208 @@
+#include "kerf/core/object.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <functional>
+#include <new>
+#include <sstream>
+
+namespace kerf {
+
+namespace {
+
+// Blocks that the new of ERObject has handed out and no constructor has claimed yet. The depth is
+// that of nested new expressions; a block that is released without construction leaves with it.
+// When more than the array holds are pending, the oldest is forgotten: its object reads as not on
+// the heap.
+class PendingBlocks {
+public:
+    void add(void* begin, std::size_t size) {
+        if (count == blocks.size()) {
+            std::move(blocks.begin() + 1, blocks.end(), blocks.begin());
+            --count;
+        }
+        blocks[count++] = {static_cast<char*>(begin), static_cast<char*>(begin) + size};
+    }
+
+    /// Takes out the block that `address` lies in; false when there is none.
+    bool claim(void const* address) {
+        const char* const place = static_cast<const char*>(address);
+        const std::less_equal<const char*> notAfter;
+        for (std::size_t i = count; i-- > 0;) {
+            if (notAfter(blocks[i].begin, place) && !notAfter(blocks[i].end, place)) {
+                std::move(blocks.begin() + static_cast<std::ptrdiff_t>(i) + 1,
+                          blocks.begin() + static_cast<std::ptrdiff_t>(count),
+                          blocks.begin() + static_cast<std::ptrdiff_t>(i));
+                --count;
+                return true;
+            }
+        }
+        return false;
+    }
+
+    bool empty() const { return count == 0; }
+
+private:
+    struct Block {
+        const char* begin;
+        const char* end;
+    };
+    std::array<Block, 32> blocks{};
+    std::size_t count = 0;
+};
+
+constinit thread_local PendingBlocks pendingBlocks;
+
+int claimHeapBlock(void const* object) {
+    return !pendingBlocks.empty() && pendingBlocks.claim(object) ? 1 : 0;
+}
+
+}  // namespace
+
+// The root has no base to ask, so its descriptor and casts are written out.
+ER_DEFINE_CLASS_RECORDS(ERObject, nullptr)
+
+void* ERObject::_castdown(ERClassRegistration const& wanted) const {
+    return &wanted == desc() ? const_cast<ERObject*>(this) : nullptr;
+}
+ERObject* ERObject::castdown(ERObject* object) {
+    return object;
+}
+ERObject const* ERObject::castdown(ERObject const* object) {
+    return object;
+}
+ERObject& ERObject::castdown(ERObject& object) {
+    return object;
+}
+ERObject const& ERObject::castdown(ERObject const& object) {
+    return object;
+}
+
+ERObjectDataBase* ERObject::theCurrentDataBase = nullptr;
+int ERObject::m_NextAllocationOnDatabase = 0;
+ERObjectDataBase* ERObject::m_DatabaseForNextAllocation = nullptr;
+
+ERObject::ERObject() : onTheHeap(claimHeapBlock(this)) {
+    if (m_NextAllocationOnDatabase == 0 || m_DatabaseForNextAllocation == nullptr) return;
+    ERObjectDataBase* const target = m_DatabaseForNextAllocation;
+    m_NextAllocationOnDatabase = 0;
+    m_DatabaseForNextAllocation = nullptr;
+    ERObject::Save(target);
+}
+
+ERObject::ERObject(ERObject const&) : CObject(), ERReference(), onTheHeap(claimHeapBlock(this)) {}
+
+ERObject& ERObject::operator=(ERObject const&) {
+    objectID = -1;
+    database = nullptr;
+    dirty = 0;
+    return *this;
+}
+
+ERObject::~ERObject() = default;
+
+void ERObject::Serialize(CArchive&) {}
+
+void ERObject::AssertValid() const {}
+
+void ERObject::Dump(CDumpContext& context) const {
+    context << "ERObject which is a " << className() << "\n"
+            << "E : " << isA()->name << "\n";
+    std::ostringstream text;
+    printOn(text);
+    context << text.str().c_str();
+}
+
+ERObject* ERObject::getCopy() const {
+    return nullptr;
+}
+
+int ERObject::isKindOf(ERClassRegistration const* c) const {
+    return isA()->isKindOf(c);
+}
+
+int ERObject::isMemberOf(ERClassRegistration const* c) const {
+    return c->hasMember(isA());
+}
+
+int ERObject::isValid() const {
+    return 1;
+}
+
+void ERObject::printOn(std::ostream&) const {}
+
+void ERObject::saveGuts(ERFile&) const {}
+
+void ERObject::restoreGuts(ERFile&) {}
+
+ERULong ERObject::binaryStoreSize() const {
+    return 0;
+}
+
+void ERObject::CleanUpTemporaries(int) {}
+
+int ERObject::Load(ERLong id, ERObjectDataBase* source) {
+    const bool known = id != -1 || objectID != -1;
+    const bool attached = source != nullptr || database != nullptr;
+    return known && attached ? 1 : 0;
+}
+
+void ERObject::assertValid(char const* file, int line) const {
+    if (isValid() == 0) ER_assert(className(), file, line);
+}
+
+void* ERObject::operator new(std::size_t size) {
+    void* const memory = ::operator new(size);
+    pendingBlocks.add(memory, size);
+    return memory;
+}
+
+void* ERObject::operator new(std::size_t size, char const*, int) {
+    return operator new(size);
+}
+
+void* ERObject::operator new(std::size_t size, ERObjectDataBase* target) {
+    void* const memory = operator new(size);
+    m_NextAllocationOnDatabase = 1;
+    m_DatabaseForNextAllocation = target;
+    return memory;
+}
+
+void ERObject::operator delete(void* memory) {
+    if (!pendingBlocks.empty()) pendingBlocks.claim(memory);
+    ::operator delete(memory);
+}
+
+void ERObject::operator delete(void* memory, char const*, int) {
+    operator delete(memory);
+}
+
+void ERObject::operator delete(void* memory, ERObjectDataBase*) {
+    operator delete(memory);
+}
+
+void ER_assert(void const* text, char const* file, int line) {
+    char message[256];
+    std::snprintf(message, sizeof message, "Erreur : %s \n Fichier %s Ligne %d",
+                  static_cast<char const*>(text), file, line);
+    // Keeps the text in memory for a debugger that stops here.
+    [[maybe_unused]] volatile char const* const seen = message;
+}
+
+std::ostream& operator<<(std::ostream& os, ERObject const& object) {
+    object.printOn(os);
+    return os;
+}
+
+ERFile& operator<<(ERFile& file, ERObject const& object) {
+    object.saveGuts(file);
+    return file;
+}
+
+ERFile& operator>>(ERFile& file, ERObject& object) {
+    object.restoreGuts(file);
+    return file;
+}
+
+}  // namespace kerf

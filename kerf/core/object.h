@@ -1,0 +1,129 @@
+#pragma once
+#include <cstddef>
+#include <iosfwd>
+
+#include "kerf/core/class_registry.h"
+#include "kerf/core/reference.h"
+#include "kerf/platform/config.h"
+#include "kerf/platform/root_object.h"
+
+namespace kerf {
+
+class CArchive;
+class CDumpContext;
+class ERFile;
+class ERObjectDataBase;
+template <class T>
+class t_SmartPtr;
+
+/// The root of everything that is stored, cloned, printed or cast by its run-time class.
+///
+/// Identity:  an object is born free (ID -1, no database, clean). Save attaches it to a database
+/// and
+///            makes it clean, Delete frees it again; a copy, and an object that is assigned to,
+///            have no identity. A class that changes a stored object calls setDirty().
+/// Ownership: counted by ERReference; t_SmartPtr deletes the object with the last reference.
+/// Objects
+///            that no smart pointer ever held are deleted by their owner. The database is not
+///            owned.
+/// Storage:   binaryStoreSize() is exactly what saveGuts writes; a derived class calls its base
+/// first
+///            in all three operations.
+/// Threads:   one thread at a time for an object; the static hand-over and theCurrentDataBase make
+///            work on databases single-threaded in the whole process.
+class KERF_EXPORT ERObject : public CObject, public ERReference {
+    ER_OBJECT_CLASS_MEMBERS(ERObject, virtual, );
+
+public:
+    ~ERObject() override;
+    void Serialize(CArchive& archive) override;
+    void AssertValid() const override;
+    /// The class name and the text of printOn.
+    void Dump(CDumpContext& context) const override;
+
+    /// A new heap copy, owned by the caller, without identity. The body in ERObject answers null.
+    virtual ERObject* getCopy() const = 0;
+    virtual int isKindOf(ERClassRegistration const* c) const;
+    /// True only for exactly the object's class: the question goes to c's list of members, which
+    /// all classes leave empty. Callers rely on it.
+    virtual int isMemberOf(ERClassRegistration const* c) const;
+    virtual int isValid() const;
+    /// Readable text of the object. The body in ERObject writes nothing.
+    virtual void printOn(std::ostream& os) const = 0;
+    virtual void saveGuts(ERFile& file) const;
+    virtual void restoreGuts(ERFile& file);
+    virtual ERULong binaryStoreSize() const;
+    /// Drops cached helper objects, where a class keeps some.
+    virtual void CleanUpTemporaries(int level);
+    /// Frees the record in the database. 0 for a free object or a record that is not there; the
+    /// object in memory lives on.
+    virtual int Delete();
+    /// Stores the object: in `target` when it is given and not the object's own database, else in
+    /// its own database if the object is dirty. 0 when there is no database at all, or when the
+    /// database could not take the record: the object then keeps its former ID and database and
+    /// stays dirty.
+    virtual int Save(ERObjectDataBase* target);
+    /// Reads nothing: answers whether an ID and a database are known, from the arguments or the
+    /// object.
+    virtual int Load(ERLong id, ERObjectDataBase* source);
+
+    ERLong getObjectID() const { return objectID; }  ///< -1 without a record
+    ERObjectDataBase* Database() const { return database; }
+    void setDirty() { dirty = 1; }
+    int isDirty() const { return dirty; }
+    /// 1 for an object built by the new of ERObject, 0 for any other.
+    int isOnTheHeap() const { return onTheHeap; }
+
+    /// Hands an invalid object's class name to ER_assert.
+    void assertValid(char const* file, int line) const;
+
+    /// Writes a reference to this object into the record of another: the object is stored as a
+    /// record of its own in theCurrentDataBase when it is new or dirty, and its ID goes to the
+    /// file.
+    void recursiveSaveOn(ERFile& file);
+    /// Reads such a reference and builds the object; null for an ID that the database does not
+    /// hold.
+    static t_SmartPtr<ERObject> recursiveRestoreFrom(ERFile& file);
+    /// What a reference takes in the referring record.
+    ERULong recursiveStoreSize() const { return 4; }
+
+    static void* operator new(std::size_t size);
+    static void* operator new(std::size_t size, char const* file, int line);
+    /// The next ERObject built stores itself in the database as a bare ERObject.
+    static void* operator new(std::size_t size, ERObjectDataBase* database);
+    static void operator delete(void* memory);
+    static void operator delete(void* memory, char const* file, int line);
+    static void operator delete(void* memory, ERObjectDataBase* database);
+
+    /// The database of the store or retrieval that ran last, used by references between objects.
+    static ERObjectDataBase* theCurrentDataBase;
+    static int m_NextAllocationOnDatabase;
+    static ERObjectDataBase* m_DatabaseForNextAllocation;
+
+protected:
+    ERObject();
+    /// A copy has no identity.
+    ERObject(ERObject const&);
+    /// The object that is assigned to loses its identity; its count of owners stays.
+    ERObject& operator=(ERObject const&);
+
+private:
+    friend class ERObjectDataBase;
+
+    ERLong objectID = -1;
+    ERObjectDataBase* database = nullptr;
+    int dirty = 0;
+    int onTheHeap;
+};
+
+/// Formats "Erreur : %s \n Fichier %s Ligne %d" into a local buffer of 256 bytes and returns: a
+/// place for a debugger to stop at, which neither prints nor throws.
+KERF_EXPORT void ER_assert(void const* text, char const* file, int line);
+
+KERF_EXPORT std::ostream& operator<<(std::ostream& os, ERObject const& object);
+
+/// The guts alone, without a class tag: the reader must know the type.
+KERF_EXPORT ERFile& operator<<(ERFile& file, ERObject const& object);
+KERF_EXPORT ERFile& operator>>(ERFile& file, ERObject& object);
+
+}  // namespace kerf

@@ -1,0 +1,102 @@
+#pragma once
+#include <concepts>
+#include <ostream>
+
+#include "kerf/core/file.h"
+#include "kerf/core/object.h"
+
+namespace kerf {
+
+/// The owner of a share in a counted object; the last owner deletes it.
+/// An object in automatic storage must never be handed to one, unless it was given a reference of
+/// its own first, which keeps the count from reaching the deletion. No operation tests for null.
+template <class T>
+class t_SmartPtr {
+public:
+    t_SmartPtr() = default;
+    t_SmartPtr(t_SmartPtr const& other) : object(other.object) { share(); }
+    t_SmartPtr(T* shared) : object(shared) { share(); }
+    /// Holds a copy (getCopy) of the value, not the value itself.
+    explicit t_SmartPtr(T const& value) : object(T::castdown(value.getCopy())) { share(); }
+    template <class U>
+    requires(!std::same_as<U, T> && std::convertible_to<U*, T*>)
+        t_SmartPtr(t_SmartPtr<U> const& other)
+        : t_SmartPtr(other.getObject()) {}
+    virtual ~t_SmartPtr() { release(object); }
+
+    t_SmartPtr& operator=(t_SmartPtr const& other) { return *this = other.object; }
+
+    /// Does nothing at all when the pointer is already held. The new reference is taken before the
+    /// old one is dropped, so `p = p->child` is safe.
+    t_SmartPtr& operator=(T* shared) {
+        if (shared == object) return *this;
+        T* former = object;
+        object = shared;
+        share();
+        release(former);
+        return *this;
+    }
+
+    operator T*() const { return object; }
+    T* operator->() const { return object; }
+    T& operator*() const { return *object; }
+    T& operator()() const { return *object; }
+    T* getObject() const { return object; }
+
+    bool operator!() const { return object == nullptr; }
+    bool operator==(t_SmartPtr const& other) const { return object == other.object; }
+    bool operator==(T const* other) const { return object == other; }
+
+    /// An int, 1 when null and 0 otherwise, then the reference to the object by its ID.
+    void saveGuts(ERFile& file) const;
+    /// Drops what is held and reads a reference; null when the ID or the class is not the expected
+    /// one.
+    void restoreGuts(ERFile& file);
+    ERULong binaryStoreSize() const { return object == nullptr ? 4 : 8; }
+    void printOn(std::ostream& os) const;
+
+private:
+    void share() const {
+        if (object != nullptr) object->addReference();
+    }
+    static void release(T* former) {
+        if (former != nullptr && former->removeReference() == 0) delete former;
+    }
+
+    T* object = nullptr;
+};
+
+template <class T>
+void t_SmartPtr<T>::saveGuts(ERFile& file) const {
+    file.Write(static_cast<int>(object == nullptr));
+    if (object != nullptr) object->recursiveSaveOn(file);
+}
+
+template <class T>
+void t_SmartPtr<T>::restoreGuts(ERFile& file) {
+    *this = static_cast<T*>(nullptr);
+    int isNull = 1;
+    if (!file.Read(isNull) || isNull != 0) return;
+    const t_SmartPtr<ERObject> restored = ERObject::recursiveRestoreFrom(file);
+    *this = T::castdown(restored.getObject());
+}
+
+template <class T>
+void t_SmartPtr<T>::printOn(std::ostream& os) const {
+    os << "A Pointer to a " << T::desc()->name;
+    if (object == nullptr) {
+        os << " (NULL) " << std::endl;
+        return;
+    }
+    os << "( " << object->className() << " ) with " << object->references() << " references"
+       << std::endl;
+    object->printOn(os);
+}
+
+template <class T>
+std::ostream& operator<<(std::ostream& os, t_SmartPtr<T> const& pointer) {
+    pointer.printOn(os);
+    return os;
+}
+
+}  // namespace kerf

@@ -1,0 +1,54 @@
+// Every class of the library. The linker takes from a static library only what something refers to;
+// programs refer to this list, and so find every class in the registry, whatever they use themselves.
+#include "kerf/core/class_registry.h"
+#include "kerf/core/object.h"
+#include "kerf/module/module.h"
+#include "kerf/persistence/database_object.h"
+#include "kerf/persistence/tree_objects.h"
+#include "kerf/values/entity.h"
+#include "kerf/values/persistent_point.h"
+#include "kerf/values/point_list.h"
+#include "kerf/values/transformation_2d.h"
+#include "kerf/values/transformation_3d.h"
+#include "kerf/values/transformation_3d_representation.h"
+
+namespace kerf {
+
+namespace {
+
+ERClassRegistration const* const classes[] = {
+    ERObject::desc(),
+    EREntity::desc(),
+    ERAuxilaryIndex::desc(),
+    ERDBObject::desc(),
+    ERDBTree::desc(),
+    ERVecPoint23::desc(),
+    ERPersistentVector3D::desc(),
+    ERTr3D::desc(),
+    ERTransfo2D::desc(),
+    EREntity2D::desc(),
+    EREntity3D::desc(),
+    ERPersistentPoint2D::desc(),
+    ERPersistentPoint3D::desc(),
+    ERTr3DRev::desc(),
+    ERTr3DRevEnveloppe::desc(),
+    ERTr3DRevRep::desc(),
+    ERPmSimilitude3D::desc(),
+    ERPmIsometrie3D::desc(),
+    ERAnySimilitude3D::desc(),
+    ERAnyIsometrie3D::desc(),
+    _ERScaling3D::desc(),
+    _ERSimilitude3D::desc(),
+    _ERSymetrie3D::desc(),
+    _ERIdentity3D::desc(),
+    _ERRotation3D::desc(),
+    _ERTranslation3D::desc(),
+    _ERWorkplane::desc(),
+};
+
+}  // namespace
+
+extern const WholeLibrary wholeLibrary;
+const WholeLibrary wholeLibrary = {classes, &InitKerfDLL};
+
+}  // namespace kerf
