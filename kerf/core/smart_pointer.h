@@ -1,5 +1,6 @@
 #pragma once
 #include <concepts>
+#include <cstddef>
 #include <ostream>
 
 #include "kerf/core/file.h"
@@ -44,8 +45,16 @@ public:
     T* getObject() const { return object; }
 
     bool operator!() const { return object == nullptr; }
-    bool operator==(t_SmartPtr const& other) const { return object == other.object; }
-    bool operator==(T const* other) const { return object == other; }
+    /// The pointers alone are compared, with another smart pointer, a raw one or nullptr.
+    template <class U>
+    bool operator==(t_SmartPtr<U> const& other) const {
+        return object == other.getObject();
+    }
+    template <class U>
+    bool operator==(U* other) const {
+        return object == other;
+    }
+    bool operator==(std::nullptr_t) const { return object == nullptr; }
 
     /// An int, 1 when null and 0 otherwise, then the reference to the object by its ID.
     void saveGuts(ERFile& file) const;

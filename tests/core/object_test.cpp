@@ -12,6 +12,7 @@
 #include "kerf/platform/sinks.h"
 
 namespace kerf {
+namespace {
 
 // A family with a diamond: Leaf derives from Left and Right, which share one Node.
 class Node : public ERObject {
@@ -63,8 +64,6 @@ ER_DEFINE_CLASS(Left, Node)
 ER_DEFINE_CLASS(Right, Node)
 ER_DEFINE_CLASS(Leaf, Left, Right)
 ER_DEFINE_ABSTRACT_CLASS(Abstract, Node)
-
-namespace {
 
 TEST(ERReference, CountsOwnersAndTellsTheLastOne) {
     ERReference count;

@@ -1,0 +1,86 @@
+#pragma once
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+
+#include "kerf/platform/config.h"
+
+// The memory of the vectors: the header that every block starts with, the two functions through
+// which all blocks come from the heap and go back to it, and the cache in which a thread keeps its
+// free ones.
+namespace kerf {
+
+/// The header of a vector's block; the data lies right behind it, aligned to 16 bytes.
+///
+/// The count is loaded and stored, never read-modify-written: a block belongs to one thread at a
+/// time, so an increment stays as cheap as that of an int. Only the global empty block is counted
+/// by several threads at once; relaxed atomics make that defined, and its count starts far from
+/// both ends.
+struct alignas(16) ERVecBlock {
+    std::atomic<std::int32_t> referenceCount;  ///< owners minus one; -1 in a fresh block
+    std::uint32_t capacity;                    ///< usable bytes
+    std::uint32_t length;                      ///< used bytes
+    void* data;  ///< the first data byte; in the cache the next free block of the same capacity
+};
+
+/// A block of that capacity from the heap: no owner, length 0, contents undefined. Null when there
+/// is no memory for it or its size does not fit the address space.
+KERF_EXPORT ERVecBlock* allocateBlock(unsigned capacity);
+
+/// Gives a block of allocateBlock back to the heap.
+KERF_EXPORT void releaseBlock(ERVecBlock* block);
+
+/// The free blocks of one thread, kept by capacity for the next vector that asks. It takes no lock
+/// and does not care which thread made a block. Limits are looked at before a block is pushed, so
+/// both can be exceeded by one block. Each list is last in, first out: what comes back is warm.
+class KERF_EXPORT ERVecRepCache {
+public:
+    /// Blocks of a larger capacity are never kept.
+    static constexpr unsigned largestCapacity = 0x20000;
+
+    /// `buckets` (at least 1) is the size of the table from capacity to list.
+    ERVecRepCache(unsigned byteLimit, unsigned countLimit, unsigned buckets);
+    ~ERVecRepCache();  ///< gives all kept blocks back to the heap
+    ERVecRepCache(const ERVecRepCache&) = delete;
+    ERVecRepCache& operator=(const ERVecRepCache&) = delete;
+
+    /// Takes a free block of exactly that capacity out of the cache, or answers null. Counts a hit
+    /// or a miss.
+    ERVecBlock* getRep(unsigned capacity);
+
+    /// Keeps a block that has no owner any more, or gives it to the heap when it is too large.
+    /// Flushes first when the blocks or bytes kept exceed their limit.
+    void free(ERVecBlock* block);
+
+    /// Gives all kept blocks back to the heap and forgets their lists; hits and misses stay.
+    void flush();
+
+    unsigned byteLimit() const { return byteLimit_; }
+    unsigned countLimit() const { return countLimit_; }
+    unsigned cachedBytes() const { return cachedBytes_; }
+    unsigned cachedCount() const { return cachedCount_; }
+    unsigned hits() const { return hits_; }
+    unsigned misses() const { return misses_; }
+
+private:
+    struct FreeList {
+        unsigned capacity;
+        unsigned length;
+        ERVecBlock* head;
+        FreeList* next;  // in the same bucket
+    };
+
+    FreeList* listOf(unsigned capacity);
+
+    [[maybe_unused]] int reserved_ = -1;
+    unsigned byteLimit_;
+    unsigned countLimit_;
+    unsigned cachedBytes_ = 0;
+    unsigned cachedCount_ = 0;
+    unsigned hits_ = 0;
+    unsigned misses_ = 0;
+    unsigned bucketCount_;
+    FreeList** buckets_;  // null when there was no memory for it: then nothing is kept
+};
+
+}  // namespace kerf

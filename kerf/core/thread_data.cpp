@@ -1,0 +1,65 @@
+#include "kerf/core/thread_data.h"
+
+#include <cstdint>
+#include <mutex>
+
+namespace kerf {
+
+namespace {
+
+constexpr unsigned int cachedBytesLimit = 0x1FA000;
+constexpr unsigned int cachedBlocksLimit = 10000;
+constexpr unsigned int cacheBuckets = 20;
+
+CThreadLocal<kerfThreadLocalData> allThreadsData;
+
+constinit thread_local kerfThreadLocalData* thisThreadsData = nullptr;
+
+// Never destroyed: a thread may build its data while the process is already ending.
+CriticalSection& construction() {
+    static CriticalSection& section = *new CriticalSection;
+    return section;
+}
+
+}  // namespace
+
+kerfThreadLocalData::kerfThreadLocalData() {
+    const std::lock_guard lock(construction());
+    ERMemPool::resetSizeCounter();
+    pools = std::make_unique<ERMemPool[]>(poolCount);
+    cache = std::make_unique<ERVecRepCache>(cachedBytesLimit, cachedBlocksLimit, cacheBuckets);
+    thisThreadsData = this;
+}
+
+kerfThreadLocalData::~kerfThreadLocalData() {
+    helper.reset();
+    if (scratchBlock != nullptr) {
+        if (cache != nullptr)
+            cache->free(scratchBlock);
+        else
+            releaseBlock(scratchBlock);
+    }
+    thisThreadsData = nullptr;
+    cache.reset();
+}
+
+void* kerfThreadLocalData::scratch(unsigned int n) {
+    const std::uint64_t bytes = static_cast<std::uint64_t>(n) * 8;
+    if (scratchBlock != nullptr && bytes <= scratchBlock->capacity) return scratchBlock->data;
+    constexpr std::uint64_t step = 64;
+    const std::uint64_t capacity = (bytes + step - 1) / step * step;
+    if (capacity > UINT32_MAX) return nullptr;
+    if (scratchBlock != nullptr) cache->free(scratchBlock);
+    scratchBlock = cache->getRep(static_cast<unsigned int>(capacity));
+    if (scratchBlock == nullptr) scratchBlock = allocateBlock(static_cast<unsigned int>(capacity));
+    return scratchBlock == nullptr ? nullptr : scratchBlock->data;
+}
+
+kerfThreadLocalData& threadData() {
+    kerfThreadLocalData* const data = thisThreadsData;
+    return data != nullptr ? *data : *allThreadsData.GetData();
+}
+
+kerfThreadLocalData* threadDataIfBuilt() { return thisThreadsData; }
+
+}  // namespace kerf

@@ -1,0 +1,65 @@
+#pragma once
+#include <exception>
+#include <string>
+#include <system_error>
+
+#include "kerf/platform/config.h"
+
+// The exceptions of the platform layer. Nothing above it throws anything of its own: files,
+// archives and the label functions of the formatters are the only sources.
+namespace kerf {
+
+class KERF_EXPORT CException : public std::exception {
+public:
+    explicit CException(std::string message) : text(std::move(message)) {}
+    ~CException() override;
+    const char* what() const noexcept override { return text.c_str(); }
+
+private:
+    std::string text;
+};
+
+/// A file that could not be opened, read, written, ...: what() gives "operation 'path': reason".
+class KERF_EXPORT CFileException : public CException {
+public:
+    CFileException(std::string filePath, const char* failedOperation, std::error_code reason);
+    ~CFileException() override;
+
+    const std::string& path() const noexcept { return filePath; }
+    /// "open", "read", "write", "seek", "length", "truncate", "lock", "unlock" or "close".
+    const char* operation() const noexcept { return failedOperation; }
+    /// The system's error; compares with std::errc on every platform.
+    const std::error_code& code() const noexcept { return reason; }
+    std::string systemText() const { return reason.message(); }
+
+private:
+    std::string filePath;
+    const char* failedOperation;
+    std::error_code reason;
+};
+
+/// An argument that a function documents as refused, such as the index of a label.
+class KERF_EXPORT CInvalidArgException : public CException {
+public:
+    CInvalidArgException() : CException("invalid argument") {}
+    explicit CInvalidArgException(std::string message) : CException(std::move(message)) {}
+    ~CInvalidArgException() override;
+};
+
+class KERF_EXPORT CArchiveException : public CException {
+public:
+    enum Cause {
+        writeOnly,  ///< loading from an archive that stores
+        readOnly,   ///< storing to an archive that loads
+        endOfFile,  ///< loading past the end
+        closed      ///< no file behind the archive
+    };
+    explicit CArchiveException(Cause cause);
+    ~CArchiveException() override;
+    Cause cause() const noexcept { return cause_; }
+
+private:
+    Cause cause_;
+};
+
+}  // namespace kerf

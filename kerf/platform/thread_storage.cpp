@@ -1,0 +1,113 @@
+#include "kerf/platform/thread_storage.h"
+
+#include <algorithm>
+#include <memory>
+#include <new>
+#include <vector>
+
+namespace kerf {
+
+namespace {
+
+struct Record {
+    std::uintptr_t serial;
+    CNoTrackObject* object;
+    CThreadLocalObject::Found* found;  // of the record's own thread
+};
+
+// Plain values, so that they can be read before and after the life of the thread's objects.
+constinit thread_local std::vector<Record>* records = nullptr;
+constinit thread_local bool isLoadingThread = false;
+
+[[maybe_unused]] const bool loadingThreadIsMarked = isLoadingThread = true;
+
+// What the loading thread left when it ended.
+constinit std::vector<Record>* leftByLoadingThread = nullptr;
+
+void destroy(const Record& record) {
+    if (record.found != nullptr && record.found->serial == record.serial) *record.found = {};
+    delete record.object;
+}
+
+// Takes a record out before its object is destroyed: the destructor may ask for objects.
+void destroyLast() {
+    const Record last = records->back();
+    records->pop_back();
+    destroy(last);
+}
+
+void destroyOf(std::uintptr_t serial, std::vector<Record>& among, bool threadLives) {
+    const auto place = std::find_if(among.begin(), among.end(), [serial](const Record& record) {
+        return record.serial == serial;
+    });
+    if (place == among.end()) return;
+    Record record = *place;
+    among.erase(place);
+    if (!threadLives) record.found = nullptr;
+    destroy(record);
+}
+
+struct ThreadEnd {
+    ~ThreadEnd() {
+        if (records == nullptr) return;
+        if (isLoadingThread) {
+            leftByLoadingThread = records;
+            return;
+        }
+        while (!records->empty()) destroyLast();
+        delete records;
+        records = nullptr;
+    }
+    void arm() const {}
+};
+
+thread_local const ThreadEnd threadEnd;
+
+const Record* find(std::uintptr_t serial) {
+    if (records == nullptr) return nullptr;
+    for (const Record& record : *records)
+        if (record.serial == serial) return &record;
+    return nullptr;
+}
+
+}  // namespace
+
+CNoTrackObject::~CNoTrackObject() = default;
+
+void* CNoTrackObject::operator new(std::size_t size) { return ::operator new(size); }
+
+void CNoTrackObject::operator delete(void* memory) { ::operator delete(memory); }
+
+CNoTrackObject* CThreadLocalObject::GetData(CNoTrackObject* (*create)(), Found& found) {
+    std::uintptr_t own = serial.load(std::memory_order_relaxed);
+    if (own == 0) {
+        static constinit std::atomic<std::uintptr_t> lastSerial{Found::unused};
+        const std::uintptr_t fresh = ++lastSerial;
+        own = serial.compare_exchange_strong(own, fresh) ? fresh : own;
+    }
+    if (const Record* const known = find(own)) {
+        found = {own, known->object};
+        return known->object;
+    }
+    threadEnd.arm();
+    std::unique_ptr<CNoTrackObject> object(create());
+    if (records == nullptr) records = new std::vector<Record>;
+    records->push_back({own, object.get(), &found});
+    found = {own, object.get()};
+    return object.release();
+}
+
+CNoTrackObject* CThreadLocalObject::GetDataNA() const {
+    const Record* const known = find(serial.load(std::memory_order_relaxed));
+    return known == nullptr ? nullptr : known->object;
+}
+
+CThreadLocalObject::~CThreadLocalObject() {
+    const std::uintptr_t own = serial.load(std::memory_order_relaxed);
+    if (own == 0) return;
+    if (records != nullptr) destroyOf(own, *records, true);
+    if (leftByLoadingThread != nullptr && leftByLoadingThread != records)
+        destroyOf(own, *leftByLoadingThread, false);
+}
+
+}  // namespace kerf

@@ -1,0 +1,51 @@
+#include "kerf/platform/module_state.h"
+
+#include <gtest/gtest.h>
+
+#include <thread>
+#include <vector>
+
+namespace kerf {
+namespace {
+
+struct Library : CDynLinkLibrary {
+    Library(ExtensionModule& module, int& deleted) : CDynLinkLibrary(module), deleted_(deleted) {}
+    ~Library() override { ++deleted_; }
+    int& deleted_;
+};
+
+TEST(ModuleState, IsTheApplicationsUntilAThreadSetsItsOwn) {
+    ModuleState own;
+    EXPECT_TRUE(AfxGetModuleState()->isApplication);
+    ModuleState* const application = setModuleState(&own);
+    EXPECT_EQ(AfxGetModuleState(), &own);
+    std::thread([&] { EXPECT_EQ(AfxGetModuleState(), application); }).join();
+    EXPECT_EQ(setModuleState(nullptr), &own);
+    EXPECT_EQ(AfxGetModuleState(), application);
+}
+
+TEST(ExtensionModule, IsInitialisedOnceAndTakesItsLibrariesWithIt) {
+    ExtensionModule module{"ours"}, other{"other"};
+    EXPECT_EQ(initExtensionModule(module), 1);
+    EXPECT_EQ(initExtensionModule(module), 0);
+    int deleted = 0, kept = 0;
+    auto* const first = new Library(module, deleted);
+    Library foreign(other, kept);
+    ModuleState own;
+    ModuleState* const application = setModuleState(&own);
+    auto* const second = new Library(module, deleted);
+    delete new Library(module, deleted);
+    setModuleState(application);
+    EXPECT_EQ(deleted, 1);
+    EXPECT_EQ(CDynLinkLibrary::attachedTo(application),
+              (std::vector<CDynLinkLibrary*>{&foreign, first}));
+    EXPECT_EQ(CDynLinkLibrary::attachedTo(&own), (std::vector<CDynLinkLibrary*>{second}));
+    termExtensionModule(module);
+    EXPECT_EQ(deleted, 3);
+    EXPECT_EQ(kept, 0);
+    EXPECT_EQ(CDynLinkLibrary::attachedTo(application), (std::vector<CDynLinkLibrary*>{&foreign}));
+    EXPECT_EQ(initExtensionModule(module), 1);
+}
+
+}  // namespace
+}  // namespace kerf
