@@ -109,13 +109,13 @@ int ERFile::Read(char* text) {
     // Reads ahead and steps back behind the terminator: stepping costs no system call.
     std::array<char, 256> ahead;
     for (;;) {
-        const std::size_t arrived = readSome(ahead.data(), ahead.size());
+        const std::size_t arrived = readBytes(ahead.data(), ahead.size());
         const auto last = ahead.begin() + static_cast<std::ptrdiff_t>(arrived);
         const auto terminator = std::find_if(ahead.begin(), last, endsString);
         text = std::copy(ahead.begin(), terminator, text);
-        if (terminator == last && arrived > 0) continue;
+        if (terminator == last && arrived == ahead.size()) continue;
         *text = '\0';
-        if (arrived == 0) return 0;
+        if (terminator == last) return 0;
         Seek(terminator + 1 - last, CFile::current);
         return 1;
     }

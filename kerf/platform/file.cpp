@@ -64,16 +64,6 @@ unsigned int CFile::Read(void* data, unsigned int count) {
 
 void CFile::Write(const void* data, unsigned int count) { writeBytes(data, count); }
 
-std::size_t CFile::readSome(void* data, std::size_t count) {
-    OpenFile& source = opened("read");
-    std::error_code error;
-    const std::size_t arrived = source.read(data, count, position_, error);
-    if (error) fail("read", error);
-    if (arrived == 0) knownLength_ = -1;  // the file may have been cut behind our back
-    position_ += static_cast<std::int64_t>(arrived);
-    return arrived;
-}
-
 std::size_t CFile::readBytes(void* data, std::size_t count) {
     OpenFile& source = opened("read");
     std::error_code error;
@@ -83,7 +73,7 @@ std::size_t CFile::readBytes(void* data, std::size_t count) {
                                                 position_ + static_cast<std::int64_t>(done), error);
         if (error) fail("read", error);
         if (arrived == 0) {
-            knownLength_ = -1;
+            knownLength_ = -1;  // the file may have been cut behind our back
             break;
         }
         done += arrived;

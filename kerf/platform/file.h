@@ -132,10 +132,8 @@ public:
     static int GetStatus(const char* path, CFileStatus& status);
 
 protected:
-    /// One read of the system: may answer less than `count` before the end of the file.
-    std::size_t readSome(void* data, std::size_t count);
-    /// All that arrives before the end of the file, and all or nothing written: every transfer but
-    /// readSome goes through these two, so that a derived file can assemble what belongs together.
+    /// Every transfer comes through these two, so that a derived class may hold bytes back or read
+    /// ahead. As Read and Write, for any count.
     virtual std::size_t readBytes(void* data, std::size_t count);
     virtual void writeBytes(const void* data, std::size_t count);
 
