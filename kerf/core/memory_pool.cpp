@@ -37,26 +37,6 @@ int ERChunk::IsInBound(const void* p) const {
     return !before(p, first) && before(p, end);
 }
 
-void* ERChunk::GetNextFreeItem() {
-    if (freeItems_ != nullptr) {
-        FreeLink* const item = freeItems_;
-        freeItems_ = item->next;
-        ++live_;
-        return item;
-    }
-    const bool full = capacity_ > 1 ? used_ + 1 == capacity_ : used_ == capacity_;
-    if (full) return nullptr;
-    unsigned char* const slot = slots() + used_ * chunkSlotSize(itemSize_);
-    ++used_;
-    ++live_;
-    return ::new (slot) ERChunk* {this} + 1;
-}
-
-void ERChunk::FreeItem(void* item) {
-    freeItems_ = ::new (item) FreeLink{freeItems_};
-    if (--live_ == 0) unlinkAndDelete();
-}
-
 void ERChunk::unlinkAndDelete() {
     pool_->unbindChunk(this);
     delete this;

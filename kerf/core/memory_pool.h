@@ -49,9 +49,18 @@ public:
     /// 1 when p lies between the first slot and the end of the last, used or not.
     int IsInBound(const void* p) const;
     /// An item for use, or null. A chunk leaves its last slot unused, unless it is the only one.
-    void* GetNextFreeItem();
+    void* GetNextFreeItem() {
+        if (freeItems_ == nullptr) return carve();
+        FreeLink* const item = freeItems_;
+        freeItems_ = item->next;
+        ++live_;
+        return item;
+    }
     /// Takes an item back. The chunk unlinks and deletes itself with its last item in use.
-    void FreeItem(void* item);
+    void FreeItem(void* item) {
+        freeItems_ = ::new (item) FreeLink{freeItems_};
+        if (--live_ == 0) unlinkAndDelete();
+    }
     ERChunk* GetPrevious() const { return previous_; }
     ERChunk* GetNext() const { return next_; }
     /// Leaves the chain of the pool and frees the chunk, whatever is still in use.
@@ -60,9 +69,8 @@ public:
     unsigned int itemSize() const { return itemSize_; }
     unsigned int capacity() const { return capacity_; }  ///< slots
     unsigned int used() const { return used_; }          ///< slots ever carved
-    unsigned int live() const {
-        return live_;
-    }  ///< items in use, those waiting in the pool included
+    /// Items in use, those waiting in the pool included.
+    unsigned int live() const { return live_; }
     ERMemPool* pool() const { return pool_; }
 
     /// The chunk that an item of any chunk belongs to.
@@ -78,6 +86,15 @@ private:
         FreeLink* next;
     };
 
+    // An item from the slots that were never used.
+    void* carve() {
+        const bool full = capacity_ > 1 ? used_ + 1 == capacity_ : used_ == capacity_;
+        if (full) return nullptr;
+        unsigned char* const slot = slots() + used_ * chunkSlotSize(itemSize_);
+        ++used_;
+        ++live_;
+        return ::new (slot) ERChunk* {this} + 1;
+    }
     unsigned char* slots() { return reinterpret_cast<unsigned char*>(this + 1); }
 
     unsigned int itemSize_;
@@ -181,7 +198,7 @@ public:
     /// Room for `count` objects in one block.
     static void* operator new(std::size_t objectSize, int count);
     /// From that pool, whose items must be large enough.
-    static void* operator new(std::size_t objectSize, ERMemPool& pool) {
+    static void* operator new([[maybe_unused]] std::size_t objectSize, ERMemPool& pool) {
         KERF_CHECK_ARGUMENT(objectSize + 4 <= pool.itemSize());
         return withHeader(pool.alloc());
     }

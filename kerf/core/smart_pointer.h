@@ -26,6 +26,10 @@ public:
     virtual ~t_SmartPtr() { release(object); }
 
     t_SmartPtr& operator=(t_SmartPtr const& other) { return *this = other.object; }
+    template <class U>
+    t_SmartPtr& operator=(t_SmartPtr<U> const& other) {
+        return *this = static_cast<T*>(other.getObject());
+    }
 
     /// Does nothing at all when the pointer is already held. The new reference is taken before the
     /// old one is dropped, so `p = p->child` is safe.

@@ -1,0 +1,130 @@
+#pragma once
+#include <bit>
+#include <concepts>
+#include <cstdint>
+#include <type_traits>
+
+#include "kerf/core/file.h"
+#include "kerf/platform/config.h"
+
+// How the typed containers write their elements: a class by its own saveGuts, restoreGuts and
+// binaryStoreSize, a number or an enumeration by its bytes. An element of any other type has no
+// file form, and a container of such elements writes nothing at all.
+//
+// Numbers take the bytes they have in memory, so a `long` differs between platforms: files that
+// travel hold ERLong.
+namespace kerf {
+
+template <class T>
+concept ERStoresItself = std::default_initializable<T> &&
+    requires(const T& stored, T& restored, ERFile& file) {
+    stored.saveGuts(file);
+    restored.restoreGuts(file);
+    { stored.binaryStoreSize() } -> std::convertible_to<ERULong>;
+};
+
+template <class T>
+concept ERStoredRaw = sizeof(T) <= 8 && (std::is_arithmetic_v<T> || std::is_enum_v<T>);
+
+template <class T>
+concept ERStorable = ERStoresItself<T> || ERStoredRaw<T>;
+
+namespace detail {
+
+template <class T>
+concept WrittenAsArray = requires(ERFile& file, const T* stored, T* restored) {
+    file.Write(stored, 1u);
+    file.Read(restored, 1u);
+};
+
+// The type of ERFile that carries numbers of that many bytes; larger ones go as two halves.
+template <std::size_t bytes>
+using RawCarrier = std::conditional_t<
+    bytes == 1, unsigned char,
+    std::conditional_t<bytes == 2, unsigned short,
+                       std::conditional_t<bytes == 4, std::uint32_t, std::uint64_t>>>;
+
+}  // namespace detail
+
+/// What the least of elements takes in a file.
+template <ERStorable T>
+constexpr ERULong smallestStoredSize() {
+    if constexpr (ERStoredRaw<T>)
+        return sizeof(T);
+    else
+        return 1;
+}
+
+template <ERStorable T>
+ERULong storedSize(const T* elements, unsigned int n) {
+    if constexpr (ERStoredRaw<T>) {
+        return static_cast<ERULong>(sizeof(T)) * n;
+    } else {
+        ERULong size = 0;
+        for (unsigned int i = 0; i < n; ++i) size += elements[i].binaryStoreSize();
+        return size;
+    }
+}
+
+template <ERStorable T>
+void saveElements(ERFile& file, const T* elements, unsigned int n) {
+    if constexpr (ERStoresItself<T>) {
+        for (unsigned int i = 0; i < n; ++i) elements[i].saveGuts(file);
+    } else if constexpr (detail::WrittenAsArray<T>) {
+        if (n != 0) file.Write(elements, n);
+    } else {
+        for (unsigned int i = 0; i < n; ++i) {
+            const auto raw = std::bit_cast<detail::RawCarrier<sizeof(T)>>(elements[i]);
+            if constexpr (sizeof(T) == 8) {
+                const std::uint32_t halves[2] = {static_cast<std::uint32_t>(raw),
+                                                 static_cast<std::uint32_t>(raw >> 32)};
+                file.Write(halves, 2u);
+            } else {
+                file.Write(&raw, 1u);
+            }
+        }
+    }
+}
+
+/// Fills elements that are there already; numbers that the file does not hold whole become 0.
+template <ERStorable T>
+void restoreElements(ERFile& file, T* elements, unsigned int n) {
+    if constexpr (ERStoresItself<T>) {
+        for (unsigned int i = 0; i < n; ++i) elements[i].restoreGuts(file);
+    } else if constexpr (detail::WrittenAsArray<T>) {
+        for (unsigned int i = 0; i < n; ++i) elements[i] = T();
+        if (n != 0) file.Read(elements, n);
+    } else {
+        for (unsigned int i = 0; i < n; ++i) {
+            detail::RawCarrier<sizeof(T)> raw = 0;
+            if constexpr (sizeof(T) == 8) {
+                std::uint32_t halves[2] = {0, 0};
+                if (file.Read(halves, 2u)) raw = halves[0] | std::uint64_t{halves[1]} << 32;
+            } else {
+                if (!file.Read(&raw, 1u)) raw = 0;
+            }
+            if constexpr (std::same_as<T, bool>)
+                elements[i] = raw != 0;
+            else
+                elements[i] = std::bit_cast<T>(raw);
+        }
+    }
+}
+
+/// Whether the rest of the file can hold n elements.
+template <ERStorable T>
+bool canHold(const ERFile& file, unsigned int n) {
+    return std::uint64_t{n} * smallestStoredSize<T>() <= file.remaining();
+}
+
+/// Reads the int before the elements; one that is negative, or more than the file can still hold,
+/// reads as 0.
+template <ERStorable T>
+unsigned int restoreCount(ERFile& file) {
+    int stored = 0;
+    if (!file.Read(stored) || stored < 0) return 0;
+    const unsigned int count = static_cast<unsigned int>(stored);
+    return canHold<T>(file, count) ? count : 0;
+}
+
+}  // namespace kerf

@@ -1,0 +1,235 @@
+#pragma once
+#include <utility>
+
+#include "kerf/core/list.h"
+#include "kerf/core/memory_pool.h"
+#include "kerf/core/pointer_vector.h"
+#include "kerf/platform/config.h"
+
+namespace kerf {
+
+/// A dictionary from keys, compared by `==`, to values, by a hash function of the caller's. Its
+/// vector holds the buckets: null, or a list of entries in the order of their arrival. The number
+/// of buckets changes on request only. References to values stay valid until their key is removed.
+template <class K, class V>
+class ERTValHashDictionary : public ERPtrVector {
+public:
+    using HashFunction = unsigned int (*)(const K&);
+
+    /// Empty, with that many buckets; 0 gives 2.
+    ERTValHashDictionary(HashFunction hashFunction, unsigned int buckets)
+        : ERPtrVector(bucketsFor(buckets)), hash(hashFunction) {}
+    /// The copy has as many buckets, in the same order. Delegating, so that a copy that throws
+    /// halfway frees what it has.
+    ERTValHashDictionary(const ERTValHashDictionary& other);
+    ~ERTValHashDictionary() { clear(); }
+    ERTValHashDictionary& operator=(const ERTValHashDictionary& other);
+
+    /// The value of the key; a missing key gets a value-initialised one.
+    V& operator[](const K& key);
+    int contains(const K& key) const { return entryOf(key) != nullptr; }
+    /// Copies the dictionary's own key. 0, with nothing changed, when it is missing; so the next
+    /// two.
+    int find(const K& key, K& found) const;
+    int findValue(const K& key, V& value) const;
+    int findKeyAndValue(const K& key, K& found, V& value) const;
+    /// Replaces the value of a key that is there; the dictionary keeps its own key.
+    void insertKeyAndValue(const K& key, const V& value) { (*this)[key] = value; }
+    /// 1 when the key was there.
+    int remove(const K& key);
+    /// Removes all entries; the number of buckets stays.
+    void clear();
+    /// Spreads the entries over that many buckets (0 gives 2), walking the former ones in order.
+    void resize(unsigned int buckets);
+
+    /// Calls the function for every entry, bucket by bucket, with `context` as its last argument.
+    /// It may remove the entry that it is called for, and must not change the dictionary otherwise.
+    void applyToKeyAndValue(void (*function)(const K&, V&, void*), void* context);
+    void applyToKeyAndValue(void (*function)(const K&, const V&, void*), void* context) const;
+
+    unsigned int entries() const { return count; }
+    int isEmpty() const { return count == 0; }
+
+protected:
+    unsigned int hashIndex(const K& key) const { return hash(key) % length(); }
+
+private:
+    struct Entry : ERIsvSlink, ERMemoryPool {
+        K key;
+        V value;
+
+        explicit Entry(const K& k) : key(k), value() {}
+        Entry(const K& k, const V& v) : key(k), value(v) {}
+    };
+    struct Bucket : ERIsvSlist, ERMemoryPool {
+        ERIsvSlink* begin() const { return beginLink(); }
+        ERIsvSlink* end() const { return endLink(); }
+    };
+
+    static_assert(alignof(Entry) <= 2 * sizeof(void*), "the pools align to two words");
+
+    static unsigned int bucketsFor(unsigned int wanted) { return wanted == 0 ? 2 : wanted; }
+    Bucket* bucketAt(unsigned int i) const {
+        return static_cast<Bucket*>(ERPtrVector::operator[](i));
+    }
+    Bucket& bucketForUse(unsigned int i);
+    static Entry* entryIn(const Bucket* bucket, const K& key);
+    Entry* entryOf(const K& key) const { return entryIn(bucketAt(hashIndex(key)), key); }
+    template <class Visit>
+    void visitEntries(Visit visit) const;
+
+    unsigned int count = 0;
+    HashFunction hash;
+};
+
+template <class K, class V>
+ERTValHashDictionary<K, V>::ERTValHashDictionary(const ERTValHashDictionary& other)
+    : ERTValHashDictionary(other.hash, other.length()) {
+    for (unsigned int i = 0; i < length(); ++i) {
+        const Bucket* const source = other.bucketAt(i);
+        if (source == nullptr) continue;
+        Bucket& bucket = bucketForUse(i);
+        for (ERIsvSlink* link = source->begin(); link != source->end(); link = link->next) {
+            const Entry& entry = *static_cast<Entry*>(link);
+            bucket.append(new Entry(entry.key, entry.value));
+            ++count;
+        }
+    }
+}
+
+template <class K, class V>
+ERTValHashDictionary<K, V>& ERTValHashDictionary<K, V>::operator=(
+    const ERTValHashDictionary& other) {
+    if (this != &other) {
+        ERTValHashDictionary copy(other);
+        ERPtrVector::swap(copy);
+        std::swap(count, copy.count);
+        std::swap(hash, copy.hash);
+    }
+    return *this;
+}
+
+template <class K, class V>
+typename ERTValHashDictionary<K, V>::Bucket& ERTValHashDictionary<K, V>::bucketForUse(
+    unsigned int i) {
+    Bucket* bucket = bucketAt(i);
+    if (bucket == nullptr) ERPtrVector::operator[](i) = bucket = new Bucket;
+    return *bucket;
+}
+
+template <class K, class V>
+typename ERTValHashDictionary<K, V>::Entry* ERTValHashDictionary<K, V>::entryIn(
+    const Bucket* bucket, const K& key) {
+    if (bucket == nullptr) return nullptr;
+    for (ERIsvSlink* link = bucket->begin(); link != bucket->end(); link = link->next) {
+        Entry* const entry = static_cast<Entry*>(link);
+        if (entry->key == key) return entry;
+    }
+    return nullptr;
+}
+
+template <class K, class V>
+V& ERTValHashDictionary<K, V>::operator[](const K& key) {
+    const unsigned int index = hashIndex(key);
+    Entry* entry = entryIn(bucketAt(index), key);
+    if (entry == nullptr) {
+        Bucket& bucket = bucketForUse(index);
+        entry = new Entry(key);
+        bucket.append(entry);
+        ++count;
+    }
+    return entry->value;
+}
+
+template <class K, class V>
+int ERTValHashDictionary<K, V>::find(const K& key, K& found) const {
+    const Entry* const entry = entryOf(key);
+    if (entry == nullptr) return 0;
+    found = entry->key;
+    return 1;
+}
+
+template <class K, class V>
+int ERTValHashDictionary<K, V>::findValue(const K& key, V& value) const {
+    const Entry* const entry = entryOf(key);
+    if (entry == nullptr) return 0;
+    value = entry->value;
+    return 1;
+}
+
+template <class K, class V>
+int ERTValHashDictionary<K, V>::findKeyAndValue(const K& key, K& found, V& value) const {
+    const Entry* const entry = entryOf(key);
+    if (entry == nullptr) return 0;
+    value = entry->value;
+    found = entry->key;  // last, since `found` may be `key` itself
+    return 1;
+}
+
+template <class K, class V>
+int ERTValHashDictionary<K, V>::remove(const K& key) {
+    Bucket* const bucket = bucketAt(hashIndex(key));
+    Entry* const entry = entryIn(bucket, key);
+    if (entry == nullptr) return 0;
+    bucket->removeReference(entry);
+    --count;
+    delete entry;
+    return 1;
+}
+
+template <class K, class V>
+void ERTValHashDictionary<K, V>::clear() {
+    for (unsigned int i = 0; i < length(); ++i) {
+        Bucket* const bucket = bucketAt(i);
+        if (bucket == nullptr) continue;
+        for (ERIsvSlink *link = bucket->begin(), *next; link != bucket->end(); link = next) {
+            next = link->next;
+            delete static_cast<Entry*>(link);
+        }
+        delete bucket;
+    }
+    ERPtrVector::operator=(nullptr);
+    count = 0;
+}
+
+template <class K, class V>
+void ERTValHashDictionary<K, V>::resize(unsigned int buckets) {
+    ERTValHashDictionary spread(hash, buckets);
+    for (unsigned int i = 0; i < length(); ++i) {
+        Bucket* const bucket = bucketAt(i);
+        if (bucket == nullptr) continue;
+        while (!bucket->isEmpty()) {
+            const Entry& first = *static_cast<Entry*>(bucket->first());
+            Bucket& target = spread.bucketForUse(spread.hashIndex(first.key));
+            target.append(bucket->removeAt(0));
+        }
+    }
+    ERPtrVector::swap(spread);  // the emptied buckets go with it
+}
+
+template <class K, class V>
+template <class Visit>
+void ERTValHashDictionary<K, V>::visitEntries(Visit visit) const {
+    for (unsigned int i = 0; i < length(); ++i) {
+        const Bucket* const bucket = bucketAt(i);
+        if (bucket == nullptr) continue;
+        for (ERIsvSlink *link = bucket->begin(), *next; link != bucket->end(); link = next) {
+            next = link->next;
+            visit(*static_cast<Entry*>(link));
+        }
+    }
+}
+
+template <class K, class V>
+void ERTValHashDictionary<K, V>::applyToKeyAndValue(void (*function)(const K&, V&, void*),
+                                                    void* context) {
+    visitEntries([&](Entry& entry) { function(entry.key, entry.value, context); });
+}
+
+template <class K, class V>
+void ERTValHashDictionary<K, V>::applyToKeyAndValue(void (*function)(const K&, const V&, void*),
+                                                    void* context) const {
+    visitEntries([&](const Entry& entry) { function(entry.key, entry.value, context); });
+}
+
+}  // namespace kerf

@@ -1,0 +1,477 @@
+#pragma once
+#include <cstddef>
+#include <iterator>
+#include <memory>
+#include <type_traits>
+#include <utility>
+
+#include "kerf/core/element_storage.h"
+#include "kerf/core/memory_pool.h"
+#include "kerf/platform/config.h"
+
+// Linked lists. In an intrusive list the elements derive from the link; the list never owns them.
+// The typed lists ERTValDlist and ERTPtrDlist own links that carry a value or a pointer.
+//
+// Every list keeps two sentinels in its header, one before the first element and one behind the
+// last, so that no pointer in a list is null and no operation has a special case for the ends.
+// Indices are the caller's duty; walking them is linear.
+namespace kerf {
+
+/// The base of what lives in a double list. A copy of an element is in no list, and assigning to an
+/// element leaves it where it is.
+struct ERIsvDlink {
+    ERIsvDlink* next = nullptr;
+    ERIsvDlink* prev = nullptr;
+
+    ERIsvDlink() = default;
+    ERIsvDlink(const ERIsvDlink&) {}
+    ERIsvDlink& operator=(const ERIsvDlink&) { return *this; }
+};
+
+/// The base of what lives in a single list; copies as for ERIsvDlink.
+struct ERIsvSlink {
+    ERIsvSlink* next = nullptr;
+
+    ERIsvSlink() = default;
+    ERIsvSlink(const ERIsvSlink&) {}
+    ERIsvSlink& operator=(const ERIsvSlink&) { return *this; }
+};
+
+/// An intrusive double list. Removing answers the link taken out; who puts a link in takes it out.
+class KERF_EXPORT ERIsvDlist {
+public:
+    ERIsvDlist() { clear(); }
+    /// The list of that one element.
+    explicit ERIsvDlist(ERIsvDlink* only) : ERIsvDlist() { prepend(only); }
+    ERIsvDlist(const ERIsvDlist&) = delete;
+    ERIsvDlist& operator=(const ERIsvDlist&) = delete;
+
+    unsigned int entries() const { return count; }
+    int isEmpty() const { return count == 0; }
+    ERIsvDlink* first() const { return head.next == &tail ? nullptr : head.next; }  ///< or null
+    ERIsvDlink* last() const { return tail.prev == &head ? nullptr : tail.prev; }   ///< or null
+
+    ERIsvDlink* at(unsigned int i) const;
+    /// The link becomes the element at i; at entries() it is appended.
+    void insertAt(unsigned int i, ERIsvDlink* link);
+    ERIsvDlink* removeAt(unsigned int i) { return removeReference(at(i)); }
+    int containsReference(const ERIsvDlink* link) const;
+    /// Takes the link out without looking whether it is in this list; null for null.
+    ERIsvDlink* removeReference(ERIsvDlink* link) {
+        if (link == nullptr) return nullptr;
+        link->prev->next = link->next;
+        link->next->prev = link->prev;
+        --count;
+        return link;
+    }
+
+    void insertAfterLink(ERIsvDlink* after, ERIsvDlink* link) {
+        link->prev = after;
+        link->next = after->next;
+        after->next->prev = link;
+        after->next = link;
+        ++count;
+    }
+    void prepend(ERIsvDlink* link) { insertAfterLink(&head, link); }
+    void append(ERIsvDlink* link) { insertAfterLink(tail.prev, link); }
+
+    /// Makes the list empty; the elements are neither freed nor touched.
+    void clear() {
+        head.next = &tail;
+        head.prev = &head;
+        tail.next = &tail;
+        tail.prev = &head;
+        count = 0;
+    }
+
+protected:
+    /// The first link, or the sentinel behind the last when there is none.
+    ERIsvDlink* beginLink() const { return head.next; }
+    ERIsvDlink* endLink() const { return tail.next; }
+    /// Appends all elements of another list, which is empty afterwards.
+    void takeLinks(ERIsvDlist& other);
+
+private:
+    friend class ERIsvDlistIterator;
+
+    ERIsvDlink head;
+    ERIsvDlink tail;
+    unsigned int count;
+};
+
+/// An intrusive single list, with the operations of ERIsvDlist. Removing by reference or by index
+/// searches the predecessor from the front.
+class KERF_EXPORT ERIsvSlist {
+public:
+    ERIsvSlist() { clear(); }
+    explicit ERIsvSlist(ERIsvSlink* only) : ERIsvSlist() { prepend(only); }
+    ERIsvSlist(const ERIsvSlist&) = delete;
+    ERIsvSlist& operator=(const ERIsvSlist&) = delete;
+
+    unsigned int entries() const { return count; }
+    int isEmpty() const { return count == 0; }
+    ERIsvSlink* first() const { return head.next == &tail ? nullptr : head.next; }   ///< or null
+    ERIsvSlink* last() const { return head.next == &tail ? nullptr : lastElement; }  ///< or null
+
+    ERIsvSlink* at(unsigned int i) const;
+    void insertAt(unsigned int i, ERIsvSlink* link) { insertAfterLink(before(i), link); }
+    ERIsvSlink* removeAt(unsigned int i) { return removeRight(before(i)); }
+    int containsReference(const ERIsvSlink* link) const;
+    /// Null, with the list unchanged, when the link is not in it.
+    ERIsvSlink* removeReference(ERIsvSlink* link);
+    /// The element after `link`; null when there is none.
+    ERIsvSlink* removeRight(ERIsvSlink* link) {
+        ERIsvSlink* const removed = link->next;
+        if (removed == &tail) return nullptr;
+        link->next = removed->next;
+        if (lastElement == removed) lastElement = link;
+        --count;
+        return removed;
+    }
+    /// The link before that one, which is the front sentinel for the first element; null when the
+    /// link is not in the list.
+    ERIsvSlink* findLeftIsv(const ERIsvSlink* link);
+
+    void insertAfterLink(ERIsvSlink* after, ERIsvSlink* link) {
+        link->next = after->next;
+        after->next = link;
+        if (lastElement == after) lastElement = link;
+        ++count;
+    }
+    void prepend(ERIsvSlink* link) { insertAfterLink(&head, link); }
+    void append(ERIsvSlink* link) { insertAfterLink(lastElement, link); }
+
+    void clear() {
+        head.next = &tail;
+        tail.next = &tail;
+        lastElement = &head;
+        count = 0;
+    }
+
+protected:
+    /// The first link, or the sentinel behind the last when there is none.
+    ERIsvSlink* beginLink() const { return head.next; }
+    ERIsvSlink* endLink() const { return tail.next; }
+
+private:
+    friend class ERIsvSlistIterator;
+
+    ERIsvSlink* before(unsigned int i);
+
+    ERIsvSlink head;
+    ERIsvSlink tail;
+    ERIsvSlink* lastElement;  // &head when empty
+    unsigned int count;
+};
+
+/// A position in a double list: on an element, or on the sentinel before the first (where a fresh
+/// iterator stands) or behind the last. Moves answer the link arrived at, null on a sentinel. It
+/// stays valid while others change the list, as long as its own element is not taken out.
+class KERF_EXPORT ERIsvDlistIterator {
+public:
+    explicit ERIsvDlistIterator(ERIsvDlist& walked) : list(&walked), link(&walked.head) {}
+
+    void reset() { link = &list->head; }
+    void reset(ERIsvDlist& walked) {
+        list = &walked;
+        reset();
+    }
+
+    ERIsvDlink* current() const { return onElement() ? link : nullptr; }
+    ERIsvDlink* toFirst();
+    ERIsvDlink* toLast();
+    ERIsvDlink* operator++() {
+        link = link->next;
+        return current();
+    }
+    ERIsvDlink* operator--() {
+        link = link->prev;
+        return current();
+    }
+    ERIsvDlink* operator+=(unsigned int n);
+    ERIsvDlink* operator-=(unsigned int n);
+    ERIsvDlink* backup() { return --*this; }
+
+    int atFirst() const { return onElement() && link == list->head.next; }
+    int atLast() const { return onElement() && link == list->tail.prev; }
+
+    /// Inserts behind the position, which stays; from behind the last element, at the end.
+    void insertAfterPoint(ERIsvDlink* inserted);
+    /// Takes the element out and moves to the one before it, so that the next step forward arrives
+    /// at the one behind it. Null on a sentinel.
+    ERIsvDlink* remove();
+
+private:
+    bool onElement() const { return link != &list->head && link != &list->tail; }
+
+    ERIsvDlist* list;
+    ERIsvDlink* link;
+};
+
+/// A position in a single list; as ERIsvDlistIterator, forward only.
+class KERF_EXPORT ERIsvSlistIterator {
+public:
+    explicit ERIsvSlistIterator(ERIsvSlist& walked) : list(&walked), link(&walked.head) {}
+
+    void reset() { link = &list->head; }
+    void reset(ERIsvSlist& walked) {
+        list = &walked;
+        reset();
+    }
+
+    ERIsvSlink* current() const { return onElement() ? link : nullptr; }
+    ERIsvSlink* toFirst();
+    ERIsvSlink* toLast();
+    ERIsvSlink* operator++() {
+        link = link->next;
+        return current();
+    }
+    ERIsvSlink* operator+=(unsigned int n);
+
+    int atFirst() const { return onElement() && link == list->head.next; }
+    int atLast() const { return onElement() && link == list->lastElement; }
+
+    void insertAfterPoint(ERIsvSlink* inserted);
+    /// As for the double list; the predecessor is searched from the front.
+    ERIsvSlink* remove();
+
+private:
+    bool onElement() const { return link != &list->head && link != &list->tail; }
+
+    ERIsvSlist* list;
+    ERIsvSlink* link;
+};
+
+/// The standard iterator of the typed double lists. `Access` turns a link into the element.
+template <class Element, class Access>
+class ERTDlistPosition {
+public:
+    using iterator_category = std::bidirectional_iterator_tag;
+    using value_type = std::remove_const_t<Element>;
+    using difference_type = std::ptrdiff_t;
+    using pointer = Element*;
+    using reference = Element&;
+
+    ERTDlistPosition() = default;
+    explicit ERTDlistPosition(ERIsvDlink* link) : link_(link) {}
+    operator ERTDlistPosition<const Element, Access>() const requires(!std::is_const_v<Element>) {
+        return ERTDlistPosition<const Element, Access>(link_);
+    }
+
+    reference operator*() const { return Access::element(link_); }
+    pointer operator->() const { return &Access::element(link_); }
+    ERTDlistPosition& operator++() {
+        link_ = link_->next;
+        return *this;
+    }
+    ERTDlistPosition& operator--() {
+        link_ = link_->prev;
+        return *this;
+    }
+    ERTDlistPosition operator++(int) { return std::exchange(*this, ERTDlistPosition(link_->next)); }
+    ERTDlistPosition operator--(int) { return std::exchange(*this, ERTDlistPosition(link_->prev)); }
+    bool operator==(const ERTDlistPosition&) const = default;
+
+    ERIsvDlink* link() const { return link_; }
+
+private:
+    ERIsvDlink* link_ = nullptr;
+};
+
+/// An intrusive double list of T, which derives from ERIsvDlink.
+template <class T>
+class ERTIsvDlist : public ERIsvDlist {
+    struct Access {
+        static T& element(ERIsvDlink* link) { return static_cast<T&>(*link); }
+    };
+
+public:
+    using iterator = ERTDlistPosition<T, Access>;
+
+    ERTIsvDlist() = default;
+    explicit ERTIsvDlist(T* only) : ERIsvDlist(only) {}
+
+    T* first() const { return static_cast<T*>(ERIsvDlist::first()); }
+    T* last() const { return static_cast<T*>(ERIsvDlist::last()); }
+    T* at(unsigned int i) const { return static_cast<T*>(ERIsvDlist::at(i)); }
+    void insertAt(unsigned int i, T* element) { ERIsvDlist::insertAt(i, element); }
+    T* removeAt(unsigned int i) { return static_cast<T*>(ERIsvDlist::removeAt(i)); }
+    int containsReference(const T* element) const { return ERIsvDlist::containsReference(element); }
+    T* removeReference(T* element) { return static_cast<T*>(ERIsvDlist::removeReference(element)); }
+    void insertAfterLink(T* after, T* element) { ERIsvDlist::insertAfterLink(after, element); }
+    void prepend(T* element) { ERIsvDlist::prepend(element); }
+    void append(T* element) { ERIsvDlist::append(element); }
+
+    iterator begin() const { return iterator(beginLink()); }
+    iterator end() const { return iterator(endLink()); }
+};
+
+/// A link that carries a value.
+template <class T>
+struct ERTValDlink : ERIsvDlink, ERMemoryPool {
+    using Value = T;
+
+    T value;
+
+    ERTValDlink() : value() {}
+    template <class U>
+    explicit ERTValDlink(U&& v) : value(std::forward<U>(v)) {}
+};
+
+/// A link that carries a pointer, which it does not own.
+template <class T>
+struct ERTPtrDlink : ERIsvDlink, ERMemoryPool {
+    using Value = T*;
+
+    T* value;
+
+    explicit ERTPtrDlink(T* v) : value(v) {}
+};
+
+/// What ERTValDlist and ERTPtrDlist share: a list that owns its links, which come from the pools of
+/// the thread. Copying copies the values, moving takes the links over.
+template <class Link>
+class ERTOwningDlist : protected ERTIsvDlist<Link> {
+    using Links = ERTIsvDlist<Link>;
+    using Value = typename Link::Value;
+
+    struct Access {
+        static Value& element(ERIsvDlink* link) { return static_cast<Link*>(link)->value; }
+    };
+
+public:
+    using iterator = ERTDlistPosition<Value, Access>;
+    using const_iterator = ERTDlistPosition<const Value, Access>;
+
+    using Links::entries;
+    using Links::isEmpty;
+
+    void append(Value value) { Links::append(new Link(std::move(value))); }
+    void prepend(Value value) { Links::prepend(new Link(std::move(value))); }
+    /// The value becomes the element at i; at entries() it is appended.
+    void insertAt(unsigned int i, Value value) {
+        KERF_CHECK_ARGUMENT(i <= entries());
+        Links::insertAt(i, new Link(std::move(value)));
+    }
+    /// Answers the value taken out.
+    Value removeAt(unsigned int i) {
+        const std::unique_ptr<Link> removed(Links::removeAt(i));
+        return std::move(removed->value);
+    }
+    /// Answers the position behind the element taken out.
+    iterator erase(const_iterator position) {
+        ERIsvDlink* const next = position.link()->next;
+        delete static_cast<Link*>(ERIsvDlist::removeReference(position.link()));
+        return iterator(next);
+    }
+    void clear() {
+        for (ERIsvDlink *link = this->beginLink(), *next; link != this->endLink(); link = next) {
+            next = link->next;
+            delete static_cast<Link*>(link);
+        }
+        Links::clear();
+    }
+
+    Value& at(unsigned int i) { return Links::at(i)->value; }
+    const Value& at(unsigned int i) const { return Links::at(i)->value; }
+    /// The list must not be empty.
+    Value& first() { return Access::element(this->beginLink()); }
+    const Value& first() const { return Access::element(this->beginLink()); }
+    Value& last() { return Links::last()->value; }
+    const Value& last() const { return Links::last()->value; }
+
+    iterator begin() { return iterator(this->beginLink()); }
+    iterator end() { return iterator(this->endLink()); }
+    const_iterator begin() const { return const_iterator(this->beginLink()); }
+    const_iterator end() const { return const_iterator(this->endLink()); }
+
+protected:
+    static_assert(alignof(Link) <= 2 * sizeof(void*), "the pools align to two words");
+
+    ERTOwningDlist() = default;
+    // Delegating, so that a copy that throws halfway frees what it has.
+    ERTOwningDlist(const ERTOwningDlist& other) : ERTOwningDlist() {
+        for (const Value& value : other) append(value);
+    }
+    ERTOwningDlist(ERTOwningDlist&& other) noexcept { this->takeLinks(other); }
+    ERTOwningDlist& operator=(const ERTOwningDlist& other) {
+        if (this != &other) *this = ERTOwningDlist(other);
+        return *this;
+    }
+    ERTOwningDlist& operator=(ERTOwningDlist&& other) noexcept {
+        if (this != &other) {
+            clear();
+            this->takeLinks(other);
+        }
+        return *this;
+    }
+    ~ERTOwningDlist() { clear(); }
+
+    void appendLink(std::unique_ptr<Link> link) { Links::append(link.release()); }
+};
+
+/// A list of values.
+/// Stored form: an int count, then the elements; nothing when T has no file form.
+template <class T>
+class ERTValDlist : public ERTOwningDlist<ERTValDlink<T>> {
+public:
+    ERTValDlist() = default;
+    ERTValDlist(const ERTValDlist&) = default;
+    ERTValDlist(ERTValDlist&&) noexcept = default;
+    ERTValDlist& operator=(const ERTValDlist&) = default;
+    ERTValDlist& operator=(ERTValDlist&&) noexcept = default;
+    virtual ~ERTValDlist() = default;
+
+    virtual ERULong binaryStoreSize() const;
+    virtual void saveGuts(ERFile& file) const;
+    /// Replaces the contents. A count that the file cannot hold reads as 0.
+    virtual void restoreGuts(ERFile& file);
+};
+
+/// A list of pointers. It owns its links, not what they point to.
+template <class T>
+class ERTPtrDlist : public ERTOwningDlist<ERTPtrDlink<T>> {
+public:
+    ERTPtrDlist() = default;
+    ERTPtrDlist(const ERTPtrDlist&) = default;
+    ERTPtrDlist(ERTPtrDlist&&) noexcept = default;
+    ERTPtrDlist& operator=(const ERTPtrDlist&) = default;
+    ERTPtrDlist& operator=(ERTPtrDlist&&) noexcept = default;
+    virtual ~ERTPtrDlist() = default;
+};
+
+template <class T>
+ERULong ERTValDlist<T>::binaryStoreSize() const {
+    ERULong size = 0;
+    if constexpr (ERStorable<T>) {
+        size = 4;
+        for (const T& value : *this) size += storedSize(&value, 1);
+    }
+    return size;
+}
+
+template <class T>
+void ERTValDlist<T>::saveGuts([[maybe_unused]] ERFile& file) const {
+    if constexpr (ERStorable<T>) {
+        file.Write(static_cast<int>(this->entries()));
+        for (const T& value : *this) saveElements(file, &value, 1);
+    }
+}
+
+template <class T>
+void ERTValDlist<T>::restoreGuts([[maybe_unused]] ERFile& file) {
+    if constexpr (ERStorable<T>) {
+        this->clear();
+        const unsigned int stored = restoreCount<T>(file);
+        for (unsigned int i = 0; i < stored; ++i) {
+            // An element may take more than its least: a count that proves wrong ends the reading.
+            constexpr unsigned int looksEvery = 256;
+            if (i != 0 && i % looksEvery == 0 && !canHold<T>(file, stored - i)) return;
+            auto link = std::make_unique<ERTValDlink<T>>();
+            restoreElements(file, &link->value, 1);
+            this->appendLink(std::move(link));
+        }
+    }
+}
+
+}  // namespace kerf

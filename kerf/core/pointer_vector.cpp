@@ -1,0 +1,74 @@
+#include "kerf/core/pointer_vector.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace kerf {
+
+namespace {
+
+constexpr unsigned int growth = 64;
+
+void** allocate(unsigned int n) { return n == 0 ? nullptr : new void*[n]; }
+
+}  // namespace
+
+ERPtrVector::ERPtrVector(unsigned int n, void* fill) : size(n), array(allocate(n)) { *this = fill; }
+
+ERPtrVector::ERPtrVector(const ERPtrVector& other) : size(other.size), array(allocate(other.size)) {
+    std::copy_n(other.array, size, array);
+}
+
+ERPtrVector::ERPtrVector(ERPtrVector&& other) noexcept { swap(other); }
+
+ERPtrVector& ERPtrVector::operator=(const ERPtrVector& other) {
+    if (array != other.array) *this = ERPtrVector(other);
+    return *this;
+}
+
+ERPtrVector& ERPtrVector::operator=(ERPtrVector&& other) noexcept {
+    swap(other);
+    return *this;
+}
+
+ERPtrVector& ERPtrVector::operator=(void* fill) {
+    std::fill_n(array, size, fill);
+    return *this;
+}
+
+void ERPtrVector::reshape(unsigned int n) {
+    if (n == size) return;
+    void** const reshaped = allocate(n);
+    std::copy_n(array, std::min(size, n), reshaped);
+    delete[] array;
+    array = reshaped;
+    size = n;
+}
+
+void ERPtrVector::resize(unsigned int n) {
+    const unsigned int former = size;
+    reshape(n);
+    if (n > former) std::fill(array + former, array + n, nullptr);
+}
+
+void ERPtrVector::swap(ERPtrVector& other) noexcept {
+    std::swap(size, other.size);
+    std::swap(array, other.array);
+}
+
+namespace detail {
+
+void openPosition(ERPtrVector& storage, unsigned int entries, unsigned int p) {
+    if (entries == storage.length()) storage.reshape(entries + growth);
+    void** const array = storage.data();
+    std::copy_backward(array + p, array + entries, array + entries + 1);
+}
+
+void closePositions(ERPtrVector& storage, unsigned int entries, unsigned int p, unsigned int n) {
+    void** const array = storage.data();
+    std::copy(array + p + n, array + entries, array + p);
+}
+
+}  // namespace detail
+
+}  // namespace kerf

@@ -1,0 +1,27 @@
+#include "kerf/core/search.h"
+
+#include <cstddef>
+
+namespace kerf {
+
+int ERbsearch(const void* key, const void* base, unsigned int n, unsigned int width,
+              int (*compare)(const void*, const void*), unsigned int& index) {
+    const unsigned char* const elements = static_cast<const unsigned char*>(base);
+    const auto order = [&](unsigned int i) {
+        return compare(key, elements + static_cast<std::size_t>(i) * width);
+    };
+    // All elements before low are less than the key, none from high on is.
+    unsigned int low = 0;
+    unsigned int high = n;
+    while (low < high) {
+        const unsigned int middle = low + (high - low) / 2;
+        if (order(middle) > 0)
+            low = middle + 1;
+        else
+            high = middle;
+    }
+    index = low;
+    return low < n && order(low) == 0;
+}
+
+}  // namespace kerf

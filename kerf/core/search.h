@@ -1,0 +1,19 @@
+#pragma once
+#include "kerf/platform/config.h"
+
+namespace kerf {
+
+/// Binary search for `key` in n sorted elements of `width` bytes at `base`. `compare` gets the key
+/// and an element and answers negative, 0 or positive. Answers 1 with the index of the first of
+/// equal elements, or 0 with the index (0 to n) at which the key can be inserted.
+KERF_EXPORT int ERbsearch(const void* key, const void* base, unsigned int n, unsigned int width,
+                          int (*compare)(const void*, const void*), unsigned int& index);
+
+/// -1, 0 or 1 in the plain order of doubles; 0 when one is a NaN.
+inline int compareDouble(const double* a, const double* b) { return (*a > *b) - (*a < *b); }
+/// The same in the form that ERbsearch takes.
+inline int compareDouble(const void* a, const void* b) {
+    return compareDouble(static_cast<const double*>(a), static_cast<const double*>(b));
+}
+
+}  // namespace kerf
