@@ -1,0 +1,71 @@
+#pragma once
+#include "kerf/numerics/matrix.h"
+
+namespace kerf::QuickAlgebra {
+
+/// A block of nx * ny * nz doubles on a shared vector. Element (x, y, z) is element
+/// (ny * z + y) * nx + x of the vector.
+///
+/// The sticks address the elements as if they were laid out (nz * y + z) * nx + x, which is another
+/// order unless ny and nz are equal; then a stick through (y, z) runs through what operator() has
+/// at (z, y). Callers rely on both as they are.
+class KERF_EXPORT ERDoubleCube : public ERVec<double> {
+public:
+    ERDoubleCube() = default;
+    ERDoubleCube(unsigned nx, unsigned ny, unsigned nz);  ///< zeros
+    ERDoubleCube(const ERDoubleCube&) = default;
+    ERDoubleCube& operator=(const ERDoubleCube&) = default;
+
+    unsigned nx() const { return nx_; }
+    unsigned ny() const { return ny_; }
+    unsigned nz() const { return nz_; }
+    const ERVec<double>& asVector() const { return *this; }
+    ERVec<double>& asVector() { return *this; }
+
+    unsigned inVec(unsigned x, unsigned y, unsigned z) const { return (ny_ * z + y) * nx_ + x; }
+    const double& operator()(unsigned x, unsigned y, unsigned z) const {
+        return (*this)[inVec(x, y, z)];
+    }
+    double& operator()(unsigned x, unsigned y, unsigned z) { return (*this)[inVec(x, y, z)]; }
+
+    // Along x: nx elements in a row. Along y: ny, nz * nx apart. Along z: nz, nx apart.
+
+    const ERSlice<double> stickX(unsigned y, unsigned z) const;
+    ERSlice<double> stickX(unsigned y, unsigned z);
+    const ERSlice<double> stickY(unsigned x, unsigned z) const;
+    ERSlice<double> stickY(unsigned x, unsigned z);
+    const ERSlice<double> stickZ(unsigned x, unsigned y) const;
+    ERSlice<double> stickZ(unsigned x, unsigned y);
+
+    /// Same extents and equal elements, without tolerance.
+    bool operator==(const ERDoubleCube& other) const;
+
+    /// nx, ny, nz (32 bits each), then the vector.
+    void saveGuts(ERFile& file) const;
+    /// Extents that do not match the number of elements restore as an empty cube.
+    void restoreGuts(ERFile& file);
+    ERULong binaryStoreSize() const { return ERVec<double>::binaryStoreSize() + 12; }
+
+private:
+    unsigned nx_ = 0;
+    unsigned ny_ = 0;
+    unsigned nz_ = 0;
+};
+
+/// The plane x of the cube as a matrix of ny rows and nz columns, taken in the order of the sticks:
+/// element (y, z) is element (nz * y + z) * nx + x of the vector.
+KERF_EXPORT ERMatrix<double> ExtractMatFromX(const ERDoubleCube& cube, unsigned x);
+/// The inverse: writes a matrix of ny * nz elements to the plane x. Answers the cube.
+KERF_EXPORT ERDoubleCube& SetMatFromX(ERDoubleCube& cube, const ERMatrix<double>& plane,
+                                      unsigned x);
+
+KERF_EXPORT ERFile& operator<<(ERFile& file, const ERDoubleCube& cube);
+KERF_EXPORT ERFile& operator>>(ERFile& file, ERDoubleCube& cube);
+
+}  // namespace kerf::QuickAlgebra
+
+namespace kerf {
+using QuickAlgebra::ERDoubleCube;
+using QuickAlgebra::ExtractMatFromX;
+using QuickAlgebra::SetMatFromX;
+}  // namespace kerf

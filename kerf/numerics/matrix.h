@@ -1,0 +1,138 @@
+#pragma once
+#include <iosfwd>
+
+#include "kerf/numerics/vector.h"
+
+namespace kerf::QuickAlgebra {
+
+/// A dense matrix on a shared vector: element (r, c) is element cols * r + c of the vector.
+///
+/// Sharing, failure, threads: as for ERSimpleVec.
+/// Edits:  the position comes first, then what is inserted; a position equal to the count appends.
+///         What is inserted may be the matrix itself or a part of it. A matrix without elements
+///         takes its other extent from what is inserted.
+/// Checks: indices and shapes are the caller's duty.
+template <class T>
+class ERMatrix : public ERVec<T> {
+    using Base = ERVec<T>;
+
+public:
+    ERMatrix() = default;                    ///< 0 by 0
+    ERMatrix(unsigned rows, unsigned cols);  ///< elements of zero bytes
+    ERMatrix(unsigned rows, unsigned cols, const T& value);
+    ERMatrix(const T* values, unsigned rows, unsigned cols);         ///< row by row
+    ERMatrix(const ERVec<T>& values, unsigned rows, unsigned cols);  ///< shares the vector's block
+    ERMatrix(const ERSlice<T>& values, unsigned rows, unsigned cols);  ///< copies the elements
+    ERMatrix(const ERMatrix&) = default;
+    ERMatrix& operator=(const ERMatrix&) = default;
+    ERMatrix& operator=(const T& value);  ///< fills all elements
+
+    unsigned rows() const { return rows_; }
+    unsigned cols() const { return cols_; }
+    const ERVec<T>& asVector() const { return *this; }
+    ERVec<T>& asVector() { return *this; }
+
+    unsigned inVec(unsigned r, unsigned c) const { return cols_ * r + c; }
+    const T& operator()(unsigned r, unsigned c) const { return this->asVector()[inVec(r, c)]; }
+    T& operator()(unsigned r, unsigned c) { return this->asVector()[inVec(r, c)]; }
+
+    // Views, good until the next edit of rows or columns.
+
+    const ERSlice<T> operator[](unsigned r) const { return row(r); }
+    ERSlice<T> operator[](unsigned r) { return row(r); }
+    const ERSlice<T> row(unsigned r) const { return this->slice(cols_ * r, 1, cols_); }
+    ERSlice<T> row(unsigned r) { return this->slice(cols_ * r, 1, cols_); }
+    const ERSlice<T> col(unsigned c) const { return this->slice(c, stride(), rows_); }
+    ERSlice<T> col(unsigned c) { return this->slice(c, stride(), rows_); }
+    /// As long as the matrix has rows, whatever its columns: callers take it of square matrices,
+    /// and of one with more rows than columns it would leave the elements.
+    const ERSlice<T> diagonal() const { return this->slice(0, stride() + 1, rows_); }
+    ERSlice<T> diagonal() { return this->slice(0, stride() + 1, rows_); }
+
+    ERMatrixConstIterator<T> begin() const { return this->data(); }  ///< row by row
+    ERMatrixConstIterator<T> end() const { return this->data() + this->length(); }
+    ERVecIterator<T> begin() { return this->data(); }
+    ERVecIterator<T> end() { return this->data() + this->length(); }
+
+    void swapRow(unsigned a, unsigned b);
+    void swapCol(unsigned a, unsigned b);
+
+    void insertRow(unsigned pos, const T& value, unsigned n = 1);  ///< n rows filled with value
+    void insertRow(unsigned pos, const ERVec<T>& row);             ///< cols() elements
+    void insertRow(unsigned pos, const ERMatrix& rows);            ///< all its rows
+    void insertCol(unsigned pos, const T& value, unsigned n = 1);
+    void insertCol(unsigned pos, const ERVec<T>& col);
+    void insertCol(unsigned pos, const ERMatrix& cols);
+
+    /// Deletes n rows, cut to those there are; n = 0 does nothing. Without its last row, as without
+    /// its last column, the matrix is 0 by 0.
+    void deleteRow(unsigned pos, unsigned n = 1);
+    void deleteCol(unsigned pos, unsigned n = 1);
+
+    void replaceRow(unsigned pos, const T& value);
+    void replaceRow(unsigned pos, const ERVec<T>& row);
+    /// Puts all rows of another matrix in the place of n rows of this one.
+    void replaceRow(unsigned pos, unsigned n, const ERMatrix& rows);
+    void replaceCol(unsigned pos, const T& value);
+    void replaceCol(unsigned pos, const ERVec<T>& col);
+    void replaceCol(unsigned pos, unsigned n, const ERMatrix& cols);
+
+    /// Keeps the rows (columns) before pos and answers those from pos on. A part with none of them
+    /// is 0 by 0.
+    ERMatrix splitAtRow(unsigned pos);
+    ERMatrix splitAtCol(unsigned pos);
+
+    void reverseRows();  ///< the last row becomes the first
+    void reverseCols();  ///< the last column becomes the first
+
+    /// The sum of the diagonal of a square matrix; T() of an empty one.
+    T trace() const requires HasSum<T>;
+
+    /// Same shape and equal elements, as for ERVec.
+    bool operator==(const ERMatrix& other) const requires HasEquality<T>;
+
+    /// Rows, columns (32 bits each), then the vector.
+    void saveGuts(ERFile& file) const;
+    /// A shape that does not match the number of elements restores as 0 by 0.
+    void restoreGuts(ERFile& file);
+    ERULong binaryStoreSize() const { return Base::binaryStoreSize() + 8; }
+
+    /// "( r= " rows ", c=" cols ")" and end of line; then each row as "[", each element at width 12
+    /// and a space, "]" and end of line. Elements are fixed with 7 decimals, left-aligned, signed,
+    /// and the stream stays set so: what callers print next shows it.
+    void printOn(std::ostream& os) const;
+
+    /// Consumes a text without filling the matrix, which stays as it is: columns, rows, then one
+    /// separator character for each row and each element, or up to where the stream fails. Existing
+    /// readers rely on how far this goes.
+    void readFrom(std::istream& is);
+
+private:
+    int stride() const { return static_cast<int>(cols_); }
+    T* openRows(unsigned pos, unsigned n, unsigned width);
+    T* openCols(unsigned pos, unsigned n, unsigned height);
+    void becomeEmpty();
+
+    unsigned cols_ = 0;
+    unsigned rows_ = 0;
+};
+
+template <class T>
+std::ostream& operator<<(std::ostream& os, const ERMatrix<T>& matrix) {
+    matrix.printOn(os);
+    return os;
+}
+
+}  // namespace kerf::QuickAlgebra
+
+namespace kerf {
+using QuickAlgebra::ERMatrix;
+}  // namespace kerf
+
+/// Behind KERF_DECLARE_VECTOR(T); see vector.h.
+#define KERF_DECLARE_MATRIX(T) \
+    extern template class KERF_DECLARED_INSTANCE ::kerf::QuickAlgebra::ERMatrix<T>;
+
+namespace kerf {
+KERF_DECLARE_MATRIX(double)
+}

@@ -1,0 +1,7 @@
+#include "kerf/numerics/vector.h"
+
+#include "kerf/numerics/vector_impl.h"
+
+namespace kerf {
+KERF_INSTANTIATE_VECTOR(double)
+}

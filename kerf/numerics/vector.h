@@ -1,0 +1,303 @@
+#pragma once
+#include <iosfwd>
+
+#include "kerf/numerics/slice.h"
+#include "kerf/numerics/vector_rep.h"
+
+// Reference-counted arrays of plain values. Copying one, returning it or storing it costs one
+// increment; elements are duplicated at the first write through a shared vector.
+//
+// The library holds the instances of its own element types. A header that defines a type T and
+// wants vectors of it says, at namespace kerf and behind T and its operators
+//
+//     KERF_DECLARE_VECTOR(ERPoint3D)           // ERSimpleVec, ERVec and ERSlice of it
+//     KERF_DECLARE_SIMPLE_VECTOR(ERMinimax3D)  // ERSimpleVec alone
+//     KERF_DECLARE_SIMPLE_GRID(ERMinimax3D)    // ERSimpleVec2, beside ERSimpleVec
+//
+// and one source includes "kerf/numerics/vector_impl.h" and says KERF_INSTANTIATE_VECTOR(ERPoint3D)
+// and so on. A matrix has KERF_DECLARE_MATRIX and KERF_INSTANTIATE_MATRIX beside these, in matrix.h
+// and matrix_impl.h. For types outside the library, including the _impl header is enough.
+//
+// T is trivially copyable, aligned to at most 16 bytes, and all bytes 0 are a value of it. Members
+// that need more of T exist only where T has it; elements without << print as nothing.
+namespace kerf::QuickAlgebra {
+
+template <class T>
+concept HasEquality = requires(const T& value) {
+    value == value;
+};
+template <class T>
+concept HasSum = requires(T sum, const T& value) {
+    sum += value;
+};
+
+/// A shared array of T.
+///
+/// Sharing: const access never copies. Non-const access gives this vector a block of its own when
+///          it shares one; a reference got from it is good until the next operation that can move
+///          the elements. In loops take data() once.
+/// Growth:  additive (see ERVecRep), so a vector filled by append is sized up front by capacity(n).
+/// Checks:  positions and counts are the caller's duty.
+/// Failure: without memory, or with more bytes than 32 bits count, the operation ends in a memory
+///          fault.
+/// Threads: all vectors that share a block are used by one thread at a time; clone() makes a copy
+///          that can be handed over.
+template <class T>
+class ERSimpleVec {
+    static_assert(alignof(T) <= alignof(ERVecRep));
+
+public:
+    ERSimpleVec() : ERSimpleVec(Owning{ERVecRep::empty()}) {}
+    explicit ERSimpleVec(unsigned n);  ///< n elements of zero bytes
+    ERSimpleVec(const ERSimpleVec& other) : ERSimpleVec(Owning{other.block()}) {}
+    ERSimpleVec& operator=(const ERSimpleVec& other) {
+        setblock(other.block());
+        return *this;
+    }
+    virtual ~ERSimpleVec() { block()->removeReference(); }
+
+    unsigned length() const { return block()->length / size; }
+    unsigned capacity() const { return block()->capacity / size; }
+    /// Reallocates to the capacity of a fresh vector of n elements, if n exceeds the length and is
+    /// not the capacity already. Answers the resulting capacity.
+    unsigned capacity(unsigned n);
+
+    const T& operator[](unsigned i) const {
+        KERF_CHECK_ARGUMENT(i < length());
+        return data_[i];
+    }
+    T& operator[](unsigned i) {
+        KERF_CHECK_ARGUMENT(i < length());
+        return data()[i];
+    }
+    const T& first() const { return (*this)[0]; }
+    T& first() { return (*this)[0]; }
+    const T& last() const { return (*this)[length() - 1]; }
+    T& last() { return (*this)[length() - 1]; }
+
+    /// All elements, for kernels; never null. The non-const form takes them out of sharing first.
+    const T* data() const { return data_; }
+    T* data() {
+        if (block()->isShared()) clone();
+        return data_;
+    }
+
+    void cow() {
+        if (block()->isShared()) clone();
+    }
+    void cow(unsigned n);    ///< clones if shared or if there is no room for n elements
+    void clone();            ///< takes a private copy
+    void clone(unsigned n);  ///< takes a private copy with room for n elements, cut to n
+
+    void append(const T& value, unsigned count = 1);  ///< value may be an element of this vector
+    void resize(unsigned n, const T& fill = T());     ///< grows with fill, or cuts
+    /// Sets the length to n <= capacity(). Elements that this uncovers are undefined.
+    void troncat(unsigned n);
+    void removeLast(unsigned n);
+    void remove(unsigned pos, unsigned n);  ///< cut to the elements there are
+    void remove(unsigned pos) { remove(pos, 1); }
+    T removeAt(unsigned pos);  ///< answers what was there
+    /// Puts m elements from src, which may lie in this vector, in the place of the n at pos.
+    void replace(unsigned pos, unsigned n, const T* src, unsigned m);
+    void clear();
+
+    ERVecRep* block() const { return ERVecRep::ofData(data_); }
+    void setblock(ERVecRep* rep) {
+        rep->addReference();
+        block()->removeReference();
+        data_ = static_cast<T*>(rep->data);
+    }
+
+    /// The length in bytes (32 bits), then the elements as they lie in memory.
+    void saveGuts(ERFile& file) const;
+    /// Takes a new block. A damaged length reads as 0, a part of an element at the end is dropped.
+    void restoreGuts(ERFile& file);
+    ERULong binaryStoreSize() const { return block()->binaryStoreSize(); }
+
+    /// "(" length ")[" elements separated by "," "]" and end of line.
+    void printOn(std::ostream& os) const;
+
+protected:
+    static constexpr unsigned size = sizeof(T);
+
+    // A block to become an owner of; a type of its own, so that 0 is a number of elements.
+    struct Owning {
+        ERVecRep* rep;
+    };
+    explicit ERSimpleVec(Owning block) : data_(static_cast<T*>(block.rep->data)) {
+        block.rep->addReference();
+    }
+
+    // The bytes of n elements; ERVecRep::maxBytes, of which no block is made, beyond 32 bits.
+    static unsigned bytesOf(std::uint64_t n);
+    // Replaces n elements by m undefined ones and answers where these are.
+    T* openGap(unsigned pos, unsigned n, unsigned m);
+    // Appends `count` undefined elements and answers where they are.
+    T* extend(unsigned count);
+
+private:
+    T* data_;
+};
+
+/// A grid of elements in rows of cols(), for elements that are no numbers.
+template <class T>
+class ERSimpleVec2 : public ERSimpleVec<T> {
+public:
+    ERSimpleVec2() = default;
+    ERSimpleVec2(unsigned rows, unsigned cols);  ///< elements of zero bytes
+
+    unsigned cols() const { return cols_; }
+    unsigned rows() const { return rows_; }
+    /// Gives the grid another shape; elements keep their place in memory, new ones are zero bytes.
+    void setSize(unsigned rows, unsigned cols);
+
+    unsigned inVec(unsigned r, unsigned c) const { return cols_ * r + c; }
+    const T& operator()(unsigned r, unsigned c) const { return (*this)[inVec(r, c)]; }
+    T& operator()(unsigned r, unsigned c) { return (*this)[inVec(r, c)]; }
+
+private:
+    unsigned cols_ = 0;
+    unsigned rows_ = 0;
+};
+
+/// The vector of the library: ERSimpleVec with slices, insertion and search.
+template <class T>
+class ERVec : public ERSimpleVec<T> {
+    using Base = ERSimpleVec<T>;
+
+public:
+    ERVec() = default;
+    explicit ERVec(unsigned n) : Base(n) {}  ///< n elements of zero bytes
+    ERVec(unsigned n, const T& value);
+    ERVec(const T* values, unsigned n);
+    ERVec(const ERSlice<T>& view);  ///< copies the elements
+    ERVec(const ERVec&) = default;
+    ERVec& operator=(const ERVec&) = default;
+    ERVec& operator=(const T& value);  ///< fills all elements
+
+    const ERSlice<T> slice(unsigned start, int stride, unsigned length) const {
+        return ERSlice<T>(*this, start, length, stride);
+    }
+    ERSlice<T> slice(unsigned start, int stride, unsigned length) {
+        return ERSlice<T>(*this, start, length, stride);
+    }
+    const ERSlice<T> reversed() const { return slice(this->length() - 1, -1, this->length()); }
+    ERSlice<T> reversed() { return slice(this->length() - 1, -1, this->length()); }
+
+    ERVecConstIterator<T> begin() const { return this->data(); }
+    ERVecConstIterator<T> end() const { return this->data() + this->length(); }
+    ERVecIterator<T> begin() { return this->data(); }
+    ERVecIterator<T> end() { return this->data() + this->length(); }
+
+    // What is inserted, appended or replaced by may be taken from this vector itself.
+
+    using Base::append;
+    void append(const ERSlice<T>& values);
+    void insertAt(const ERSlice<T>& values, unsigned pos);
+    void insertAt(unsigned pos, const T& value, unsigned count = 1);
+    using Base::replace;
+    void replace(unsigned pos, unsigned n, const ERVec& values);
+    void replace(unsigned pos, unsigned n, const ERSlice<T>& values);
+    void replace(unsigned pos, unsigned n, const T& value, unsigned count);
+    void removeFirst(unsigned n) { this->remove(0, n); }
+    void reverse();
+
+    /// Opens gaps of `gap` undefined elements at pos, pos + period ...: one for each whole period
+    /// that the vector has. period > 0.
+    void polyInsert(unsigned pos, unsigned gap, unsigned period);
+    /// Removes `gap` elements at pos, pos + period ... to the end. period > 0, gap <= period.
+    void polyRemove(unsigned pos, unsigned gap, unsigned period);
+
+    /// The index of the first or last element that compares equal to value, exactly; 0xFFFFFFFF
+    /// when there is none.
+    unsigned findFirst(const T& value) const requires HasEquality<T>;
+    unsigned findLast(const T& value) const requires HasEquality<T>;
+
+    /// Whether the lengths are the same and all elements equal, without tolerance. Vectors that
+    /// share their block are equal even where an element, like a NaN, differs from itself: callers
+    /// rely on a copy being equal.
+    bool operator==(const ERVec& other) const requires HasEquality<T>;
+
+protected:
+    using Base::Base;
+
+    /// Sets `length` elements from start on, stride apart.
+    void init(const T& value, unsigned start, unsigned length, int stride);
+
+    friend class ERSlice<T>;
+};
+
+template <class T>
+std::ostream& operator<<(std::ostream& os, const ERSimpleVec<T>& vec) {
+    vec.printOn(os);
+    return os;
+}
+
+template <class T>
+inline ERSlice<T>::ERSlice(const ERVec<T>& vec) : ERSlice(vec, 0, vec.length(), 1) {}
+
+template <class T>
+inline ERSlice<T>::ERSlice(const ERVec<T>& vec, unsigned start, unsigned length, int stride)
+    : parent_(const_cast<ERVec<T>*>(&vec)), start_(start), length_(length), stride_(stride) {}
+
+template <class T>
+inline ERSlice<T>::ERSlice(const ERSlice& view, unsigned start, unsigned length, int stride)
+    : parent_(view.parent_),
+      start_(static_cast<unsigned>(view.stride_) * start + view.start_),
+      length_(length),
+      stride_(view.stride_ * stride) {}
+
+template <class T>
+inline const T& ERSlice<T>::operator[](unsigned i) const {
+    const ERVec<T>& vec = *parent_;
+    return vec[i * static_cast<unsigned>(stride_) + start_];
+}
+
+template <class T>
+inline T& ERSlice<T>::operator[](unsigned i) {
+    return (*parent_)[i * static_cast<unsigned>(stride_) + start_];
+}
+
+template <class T>
+inline const T* ERSlice<T>::constFirst() const {
+    const ERVec<T>& vec = *parent_;
+    return vec.data() + (length_ > 0 ? start_ : 0);
+}
+
+template <class T>
+inline T* ERSlice<T>::first() {
+    return parent_->data() + (length_ > 0 ? start_ : 0);
+}
+
+}  // namespace kerf::QuickAlgebra
+
+namespace kerf {
+using QuickAlgebra::ERSimpleVec;
+using QuickAlgebra::ERSimpleVec2;
+using QuickAlgebra::ERVec;
+}  // namespace kerf
+
+// The export mark belongs to the first declaration of an instance; one compiler wants it, while it
+// builds the library, at the definition instead.
+#if defined(_MSC_VER) && defined(KERF_BUILDING)
+#define KERF_DECLARED_INSTANCE
+#define KERF_DEFINED_INSTANCE KERF_EXPORT
+#else
+#define KERF_DECLARED_INSTANCE KERF_EXPORT
+#define KERF_DEFINED_INSTANCE
+#endif
+
+// clang-format off
+#define KERF_DECLARE_SIMPLE_VECTOR(T) \
+    extern template class KERF_DECLARED_INSTANCE ::kerf::QuickAlgebra::ERSimpleVec<T>;
+#define KERF_DECLARE_SIMPLE_GRID(T) \
+    extern template class KERF_DECLARED_INSTANCE ::kerf::QuickAlgebra::ERSimpleVec2<T>;
+#define KERF_DECLARE_VECTOR(T)                                                      \
+    KERF_DECLARE_SIMPLE_VECTOR(T)                                                   \
+    extern template class KERF_DECLARED_INSTANCE ::kerf::QuickAlgebra::ERSlice<T>;  \
+    extern template class KERF_DECLARED_INSTANCE ::kerf::QuickAlgebra::ERVec<T>;
+// clang-format on
+
+namespace kerf {
+KERF_DECLARE_VECTOR(double)
+}

@@ -1,0 +1,194 @@
+#include "kerf/numerics/vector_rep.h"
+
+#include <algorithm>
+#include <cstring>
+#include <functional>
+#include <memory>
+
+#include "kerf/core/file.h"
+#include "kerf/core/thread_data.h"
+
+namespace kerf::QuickAlgebra {
+
+namespace {
+
+unsigned initialBytes = 64;
+unsigned incrementBytes = 64;
+unsigned wasteBytes = 64;
+
+// memcpy and memmove do not take null, not even for 0 bytes.
+void copyBytes(void* to, const void* from, std::size_t bytes) {
+    if (bytes > 0) std::memcpy(to, from, bytes);
+}
+
+unsigned toBytes(std::uint64_t size) {
+    return static_cast<unsigned>(std::min<std::uint64_t>(size, ERVecRep::maxBytes));
+}
+
+bool liesIn(const ERVecRep& rep, const void* p) {
+    const std::less<const void*> before;
+    return !before(p, rep.bytes()) && before(p, rep.bytes() + rep.capacity);
+}
+
+struct GiveBack {
+    void operator()(ERVecRep* rep) const { rep->free(); }
+};
+
+}  // namespace
+
+// The count of a block that is never freed and always shared. Threads that count it at the same
+// time can lose steps; from here those never add up to an end of the range.
+constinit EmptyBlock globalEmptyBlock = {{{{0x40000000}, 0, 0, globalEmptyBlock.behind}}, {}};
+
+unsigned ERVecRep::initialCapacity(unsigned bytes) { return std::exchange(initialBytes, bytes); }
+unsigned ERVecRep::getInitialCapacity() { return initialBytes; }
+unsigned ERVecRep::resizeIncrement(unsigned bytes) {
+    KERF_CHECK_ARGUMENT(bytes > 0);
+    return std::exchange(incrementBytes, bytes);
+}
+unsigned ERVecRep::getResizeIncrement() { return incrementBytes; }
+unsigned ERVecRep::maxWaste(unsigned bytes) { return std::exchange(wasteBytes, bytes); }
+unsigned ERVecRep::getMaxWaste() { return wasteBytes; }
+
+unsigned ERVecRep::adjustCapacity(unsigned n) {
+    if (n <= initialBytes) return initialBytes;
+    return (incrementBytes - initialBytes + n - 1) / incrementBytes * incrementBytes + initialBytes;
+}
+
+ERVecRep* ERVecRep::getRep(unsigned bytes, int noInit) {
+    const unsigned room = adjustCapacity(bytes);
+    if (bytes == maxBytes || room < bytes) return nullptr;
+    ERVecRepCache* cache = threadData().blockCache();
+    ERVecBlock* block = cache ? cache->getRep(room) : nullptr;
+    if (!block) block = allocateBlock(room);
+    if (!block) return nullptr;
+    block->length = bytes;
+    if (!noInit) std::memset(block->data, 0, bytes);
+    return static_cast<ERVecRep*>(block);
+}
+
+ERVecRep* ERVecRep::getRep(const void* src, unsigned bytes) {
+    ERVecRep* rep = getRep(bytes, 1);
+    if (rep) rep->initWithVector(0, src, bytes);
+    return rep;
+}
+
+ERVecRep* ERVecRep::getRep(unsigned count, unsigned elementSize, const void* value) {
+    ERVecRep* rep = getRep(toBytes(std::uint64_t{count} * elementSize), 1);
+    if (rep) rep->initWithValue(0, count, elementSize, value);
+    return rep;
+}
+
+ERVecRep* ERVecRep::getRep(ERFile& file) {
+    int stored = 0;
+    if (!file.Read(stored) || stored < 0 || static_cast<ERULong>(stored) > file.remaining())
+        stored = 0;
+    const auto bytes = static_cast<unsigned>(stored);
+    std::unique_ptr<ERVecRep, GiveBack> rep(getRep(bytes, 1));  // the file may throw
+    if (rep && bytes > 0 && !file.Read(rep->bytes(), bytes)) rep->setLength(0);
+    return rep.release();
+}
+
+ERVecRep* ERVecRep::clone(const ERVecRep* from, unsigned bytes) {
+    ERVecRep* rep = getRep(bytes, 1);
+    if (!rep) return nullptr;
+    copyBytes(rep->data, from->data, std::min(bytes, from->length));
+    rep->length = from->length;
+    return rep;
+}
+
+ERVecRep* ERVecRep::duplicate() const { return clone(this, length); }
+
+ERVecRep* ERVecRep::replace(ERVecRep* rep, unsigned pos, unsigned removed, const void* src,
+                            unsigned inserted) {
+    KERF_CHECK_ARGUMENT(pos <= rep->length);
+    removed = std::min(removed, rep->length - pos);
+    const unsigned newLength = toBytes(std::uint64_t{rep->length} - removed + inserted);
+    const unsigned tail = rep->length - pos - removed;
+
+    if (!rep->isShared() && newLength <= rep->capacity && rep->capacity - newLength <= wasteBytes &&
+        !liesIn(*rep, src)) {
+        unsigned char* const at = rep->bytes() + pos;
+        std::memmove(at + inserted, at + removed, tail);
+        if (src) std::memcpy(at, src, inserted);
+        rep->length = newLength;
+        return rep;
+    }
+
+    ERVecRep* result = getRep(newLength, 1);
+    if (!result) return nullptr;
+    unsigned char* const at = result->bytes() + pos;
+    std::memcpy(result->data, rep->data, pos);
+    if (src) std::memcpy(at, src, inserted);
+    std::memcpy(at + inserted, rep->bytes() + pos + removed, tail);
+    return result;
+}
+
+ERVecRep* ERVecRep::polyInsert(const ERVecRep* rep, unsigned pos, unsigned gap, unsigned period) {
+    KERF_CHECK_ARGUMENT(pos <= rep->length && period > 0);
+    const unsigned behind = rep->length - pos;
+    const std::uint64_t gaps =
+        std::min<std::uint64_t>(rep->length / period, std::uint64_t{behind} / period + 1);
+    ERVecRep* result = getRep(toBytes(rep->length + gaps * gap), 1);
+    if (!result) return nullptr;
+
+    const unsigned char* from = rep->bytes();
+    const unsigned char* const end = from + rep->length;
+    unsigned char* to = result->bytes();
+    std::size_t run = pos;
+    for (std::uint64_t g = 0; g < gaps; ++g) {
+        std::memcpy(to, from, run);
+        from += run;
+        to += run + gap;
+        run = period;
+    }
+    std::memcpy(to, from, static_cast<std::size_t>(end - from));
+    return result;
+}
+
+void ERVecRep::polyRemove(unsigned pos, unsigned gap, unsigned period) {
+    KERF_CHECK_ARGUMENT(pos <= length && period > 0 && gap <= period);
+    unsigned char* const end = bytes() + length;
+    unsigned char* to = bytes() + pos;
+    const unsigned char* from = to;
+    while (from < end) {
+        const auto left = static_cast<std::size_t>(end - from);
+        const std::size_t cut = std::min<std::size_t>(gap, left);
+        const std::size_t kept = std::min<std::size_t>(period - gap, left - cut);
+        std::memmove(to, from + cut, kept);
+        from += cut + kept;
+        to += kept;
+    }
+    length = static_cast<unsigned>(to - bytes());
+}
+
+void ERVecRep::init(unsigned pos, unsigned count) { std::memset(bytes() + pos, 0, count); }
+
+// Copies what is there already, twice as much each time.
+void ERVecRep::initWithValue(unsigned pos, unsigned count, unsigned elementSize,
+                             const void* value) {
+    const std::size_t total = std::size_t{count} * elementSize;
+    if (total == 0) return;
+    unsigned char* const start = bytes() + pos;
+    std::memmove(start, value, elementSize);
+    for (std::size_t done = elementSize; done < total; done *= 2)
+        std::memcpy(start + done, start, std::min(done, total - done));
+}
+
+void ERVecRep::initWithVector(unsigned pos, const void* src, unsigned count) {
+    copyBytes(bytes() + pos, src, count);
+}
+
+void ERVecRep::free() {
+    if (ERVecRepCache* cache = threadData().blockCache())
+        cache->free(this);
+    else
+        releaseBlock(this);
+}
+
+void ERVecRep::saveGuts(ERFile& file) const {
+    file.Write(static_cast<unsigned int>(length));
+    if (length > 0) file.Write(bytes(), length);
+}
+
+}  // namespace kerf::QuickAlgebra

@@ -1,0 +1,119 @@
+#pragma once
+#include "kerf/core/block_cache.h"
+#include "kerf/platform/config.h"
+
+namespace kerf {
+
+class ERFile;
+
+namespace QuickAlgebra {
+
+/// The block that vectors share: a header with the data right behind it. All sizes are in bytes.
+///
+/// Sizes:   a request is rounded up by adjustCapacity: `initialCapacity` bytes, then steps of
+///          `resizeIncrement`. A vector thus grows by addition and not by doubling, and users count
+///          on how little memory it takes: size long vectors up front.
+/// Source:  a block comes from the calling thread's cache or else from the heap, and goes back to
+///          the cache of the thread that drops it.
+/// Failure: what makes a block answers null when there is no memory, or when the size is maxBytes
+///          or more.
+/// Threads: counting is not atomic; one thread at a time uses a block with all its owners. The
+///          three settings are of the whole process and are meant to be set once, at the start.
+class KERF_EXPORT ERVecRep : public ERVecBlock {
+public:
+    /// No block holds this many bytes; sizes that do not fit 32 bits are passed as this.
+    static constexpr unsigned maxBytes = 0xFFFFFFFF;
+
+    // The setters answer the former value.
+    static unsigned initialCapacity(unsigned bytes);
+    static unsigned getInitialCapacity();
+    static unsigned resizeIncrement(unsigned bytes);  ///< bytes > 0
+    static unsigned getResizeIncrement();
+    static unsigned maxWaste(unsigned bytes);
+    static unsigned getMaxWaste();
+
+    /// The capacity given to a block of n bytes; wraps to less than n close to 2^32.
+    static unsigned adjustCapacity(unsigned n);
+
+    // New blocks have no owner yet: their count is -1.
+
+    /// A block of that length, zero-filled when noInit is 0, else with undefined contents.
+    static ERVecRep* getRep(unsigned bytes, int noInit);
+    /// A copy of `bytes` bytes from src.
+    static ERVecRep* getRep(const void* src, unsigned bytes);
+    /// `count` elements, each a copy of *value.
+    static ERVecRep* getRep(unsigned count, unsigned elementSize, const void* value);
+    /// Reads the form that saveGuts writes. A length that is negative or longer than what remains
+    /// in the file reads as 0.
+    static ERVecRep* getRep(ERFile& file);
+
+    /// A block of capacity for `bytes` that holds the first min(bytes, from->length) bytes of
+    /// `from`. Its length is that of `from`, whatever `bytes`: a clone made to grow keeps the old
+    /// length, and one made shorter is given its length by the caller.
+    static ERVecRep* clone(const ERVecRep* from, unsigned bytes);
+    ERVecRep* duplicate() const;  ///< same content and length
+
+    /// Puts `inserted` bytes from src in the place of the `removed` bytes at pos; a null src leaves
+    /// them undefined. pos <= length; `removed` is cut to what lies behind pos. Answers the block
+    /// with the result: rep itself when it has one owner, holds the new length without wasting more
+    /// than maxWaste, and src does not lie in it; else a new one, with rep unchanged.
+    static ERVecRep* replace(ERVecRep* rep, unsigned pos, unsigned removed, const void* src,
+                             unsigned inserted);
+
+    /// A new block with gaps of `gap` undefined bytes at pos, pos + period, pos + 2 period ... in
+    /// terms of rep: as many as rep has whole periods, none beyond its end. pos <= length and
+    /// period > 0.
+    static ERVecRep* polyInsert(const ERVecRep* rep, unsigned pos, unsigned gap, unsigned period);
+    /// Removes, in place, `gap` bytes at pos, pos + period, pos + 2 period ... up to the end.
+    /// pos <= length, period > 0, gap <= period.
+    void polyRemove(unsigned pos, unsigned gap, unsigned period);
+
+    // Low-level fills: in place, without regard to who else owns the block.
+
+    void setLength(unsigned bytes) { length = bytes; }  ///< bytes <= capacity
+    void init(unsigned pos, unsigned bytes);            ///< zeros
+    void initWithValue(unsigned pos, unsigned count, unsigned elementSize, const void* value);
+    void initWithVector(unsigned pos, const void* src, unsigned bytes);
+
+    bool isShared() const { return referenceCount.load(std::memory_order_relaxed) > 0; }
+    void addReference() {
+        referenceCount.store(referenceCount.load(std::memory_order_relaxed) + 1,
+                             std::memory_order_relaxed);
+    }
+    void removeReference() {
+        const std::int32_t owners = referenceCount.load(std::memory_order_relaxed);
+        referenceCount.store(owners - 1, std::memory_order_relaxed);
+        if (owners == 0) free();
+    }
+
+    /// Hands a block without owner to the thread's cache, or to the heap when the thread has none.
+    void free();
+
+    /// The length (32 bits), then the bytes.
+    void saveGuts(ERFile& file) const;
+    ERULong binaryStoreSize() const { return length + 4; }
+
+    /// The one block of all empty vectors. It has no room and is never freed.
+    static ERVecRep* empty();
+
+    /// The block whose data starts there.
+    static ERVecRep* ofData(void* data) { return static_cast<ERVecRep*>(data) - 1; }
+
+    unsigned char* bytes() { return static_cast<unsigned char*>(data); }
+    const unsigned char* bytes() const { return static_cast<const unsigned char*>(data); }
+};
+
+struct EmptyBlock {
+    ERVecRep header;
+    alignas(ERVecRep) unsigned char behind[alignof(ERVecRep)];
+};
+/// Constant-initialised, so that vectors of static storage may be empty at any time.
+extern KERF_EXPORT EmptyBlock globalEmptyBlock;
+
+inline ERVecRep* ERVecRep::empty() { return &globalEmptyBlock.header; }
+
+}  // namespace QuickAlgebra
+
+using QuickAlgebra::ERVecRep;
+
+}  // namespace kerf
