@@ -1,0 +1,82 @@
+#pragma once
+#include <memory>
+
+#include "kerf/numerics/matrix.h"
+#include "kerf/numerics/vector.h"
+#include "kerf/platform/config.h"
+
+// Direct solution of small dense systems: elimination with partial pivoting, the LU decomposition
+// and its readings.
+namespace kerf {
+
+/// The decomposition P A = L U with partial pivoting of a matrix, packed in the base: U on and
+/// above the diagonal, the multipliers of L below. Singular: a pivot below 1e-20 stops the
+/// elimination and sets the flag; the packed factors are then
+///           partly eliminated. Nothing else tests the flag: read isSingular() before solve, which
+///           otherwise answers infinities or NaNs. A matrix with more rows than columns is
+///           singular.
+/// Wide:     of a matrix with more columns than rows the leading square part is factored, and the
+///           further columns are right-hand sides that hold their solutions afterwards.
+class KERF_EXPORT ERLUDecomp : public ERMatrix<double> {
+public:
+    ERLUDecomp(const ERMatrix<double>& a);
+    ERLUDecomp(const ERLUDecomp& other);
+    ~ERLUDecomp() override = default;
+    ERLUDecomp& operator=(const ERMatrix<double>& a);
+    ERLUDecomp& operator=(const ERLUDecomp& other);
+
+    int isSingular() const { return singular; }
+    /// The rows of P A = L U: row i of P A is row permutation()[i] of A. One entry per row.
+    const int* permutation() const { return rowOrder.get(); }
+    int exchanges() const { return exchangeCount; }
+    const ERMatrix<double>& original() const { return given; }
+
+    ERMatrix<double> L() const;  ///< rows by rows, unit diagonal
+    ERMatrix<double> U() const;  ///< rows by cols
+    ERMatrix<double> P() const;  ///< rows by rows, 1.0 at (i, permutation()[i])
+
+    /// The rank as the diagonal of U tells it: the number of rows, less one for each trailing
+    /// diagonal element within 1e-11 of 0. A singular decomposition answers the number of rows all
+    /// the same; callers read isSingular() first.
+    unsigned int rang() const;
+
+private:
+    void factor();
+
+    ERMatrix<double> given;
+    std::unique_ptr<int[]> rowOrder;
+    int singular = 0;
+    int exchangeCount = 0;
+};
+
+/// Gaussian elimination in place of a matrix with m rows. The leading m by m part becomes its
+/// packed LU decomposition; columns from m on are right-hand sides and become their solutions.
+/// permutation: receives a new array of one int per row, to be released by the caller with delete[]
+///              whatever the result; a former pointer is not looked at.
+/// exchanges:   receives the number of row exchanges.
+/// Returns 1, or 0 at the first pivot below tol in absolute value: the matrix stays partly
+/// eliminated. Also 0 for more rows than columns.
+KERF_EXPORT int MatriceGaussPivot(ERMatrix<double>& m, int*& permutation, int& exchanges,
+                                  double tol);
+
+/// The determinant of the matrix that was factored; 1 for an empty one.
+KERF_EXPORT double determinant(const ERLUDecomp& lu);
+
+/// The solution of A x = b, with b of one element per row. A is square; of another shape the
+/// leading square system is solved and further unknowns are 0.
+KERF_EXPORT ERVec<double> solve(const ERLUDecomp& lu, const ERVec<double>& b);
+/// The same for each column of B.
+KERF_EXPORT ERMatrix<double> solve(const ERLUDecomp& lu, const ERMatrix<double>& B);
+/// The solution for a zero right-hand side: zeros, of one element per column, if A is not singular.
+KERF_EXPORT ERVec<double> solve(const ERLUDecomp& lu);
+KERF_EXPORT ERMatrix<double> inverse(const ERLUDecomp& lu);
+KERF_EXPORT ERMatrix<double> IdentityMatrix(unsigned int n);
+
+/// The coefficients of the hyperplane through the origin that holds the given row points, one for
+/// each column: a non-null solution x of the homogeneous system a x = 0, of no particular length.
+/// The first cols - 1 rows decide; further rows must follow from them. There is no pivoting for
+/// size: rows are exchanged only where a leading element is exactly 0.0, and a null column gives
+/// the unit vector of its coordinate.
+KERF_EXPORT ERVec<double> ResolveHyperPlan(const ERMatrix<double>& a);
+
+}  // namespace kerf
