@@ -1,0 +1,406 @@
+#pragma once
+#include <array>
+#include <cmath>
+#include <limits>
+
+#include "kerf/platform/config.h"
+#include "kerf/values/point.h"
+#include "kerf/values/vector_instances.h"
+
+// Axis-aligned boxes in two and three dimensions, and where one stands relative to another. Every
+// test is exact: no tolerance is applied anywhere, and each says whether the border counts.
+namespace kerf {
+
+class CArchive;
+class ERFile;
+class ERMinimax2D;
+class ERMinimax3D;
+class ERPole2DH;
+class ERPole3DH;
+
+/// Where a first box stands relative to a second.
+enum RELATIVE_BOX_POSITION {
+    BoxDisjoint = 0,  ///< apart; boxes that touch are not
+    BoxWithin = 1,    ///< the first lies in the second or equals it
+    BoxContains = 2,  ///< the second lies strictly inside the first
+    BoxOverlap = 3    ///< anything else, a second box inside the first that touches its border too
+};
+
+/// Where a segment stands relative to a box.
+enum ER_MINMAX_POSITION_SEGMENT { SegmentOutside = 0, SegmentCrossing = 1, SegmentInside = 2 };
+
+/// Where a box stands relative to a closed polygon.
+enum ER_MINMAX_POSITION_POLYGONE {
+    PolygonOutside = 0,   ///< the two are apart
+    PolygonCrossing = 1,  ///< an edge passes through the border of the box
+    PolygonInside = 2,    ///< the polygon surrounds the box
+    PolygonPartly = 3     ///< the polygon lies in the box
+};
+
+/// The fields of ERMinimax2D by number.
+enum class MinMax2D { XMin = 0, YMin = 1, XMax = 2, YMax = 3 };
+
+/// What AxisAlignedBox needs to know of the space a box lives in.
+template <class Box>
+struct BoxSpace;
+
+template <>
+struct BoxSpace<ERMinimax2D> {
+    using Point = ERPoint2D;
+    static constexpr unsigned int axes = 2;
+    static std::array<double, 2> coordinates(const ERPoint2D& p) { return {p.x(), p.y()}; }
+    static ERPoint2D point(const double* c) { return ERPoint2D(c[0], c[1]); }
+};
+
+template <>
+struct BoxSpace<ERMinimax3D> {
+    using Point = ERPoint3D;
+    static constexpr unsigned int axes = 3;
+    static std::array<double, 3> coordinates(const ERPoint3D& p) { return {p.x(), p.y(), p.z()}; }
+    static ERPoint3D point(const double* c) { return ERPoint3D(c[0], c[1], c[2]); }
+};
+
+/// What the boxes of the plane and of space share; used through ERMinimax2D and ERMinimax3D.
+///
+/// Reset:   a box that holds nothing has all minima at the largest double and all maxima at its
+///          negative, so that the first Update lands on the point.
+/// Unsorted: a box built or filled with a minimum above its maximum is kept so.
+/// Failure: nothing is reported, and only invalid() tells a reset box: every other operation
+///          computes on its extreme values, unless it says otherwise.
+/// NaN:     a NaN coordinate never widens a box.
+template <class Box>
+class AxisAlignedBox {
+public:
+    using Space = BoxSpace<Box>;
+    using Point = typename Space::Point;
+    static constexpr unsigned int axes = Space::axes;
+
+    void Reset() {
+        for (unsigned int axis = 0; axis < axes; ++axis) {
+            bounds_[axis] = std::numeric_limits<double>::max();
+            bounds_[axes + axis] = -std::numeric_limits<double>::max();
+        }
+    }
+
+    /// 1 for a reset box. Only the minimum in x is looked at; callers rely on it to mark a box.
+    int invalid() const { return bounds_[0] == std::numeric_limits<double>::max(); }
+
+    /// The minimum and the maximum on an axis: 0 is x, 1 y, 2 z.
+    double lower(unsigned int axis) const { return bounds_[axis]; }
+    double upper(unsigned int axis) const { return bounds_[axes + axis]; }
+
+    double xmin() const { return lower(0); }
+    double xmax() const { return upper(0); }
+    double ymin() const { return lower(1); }
+    double ymax() const { return upper(1); }
+    Point MinPoint() const { return Space::point(bounds_); }
+    Point MaxPoint() const { return Space::point(bounds_ + axes); }
+    double xlength() const { return length(0); }
+    double ylength() const { return length(1); }
+
+    /// Widens the box to hold the point or the other box.
+    void Update(const Point& p) {
+        const auto c = Space::coordinates(p);
+        for (unsigned int axis = 0; axis < axes; ++axis) widen(axis, c[axis], c[axis]);
+    }
+    void Update(const Box& other) {
+        for (unsigned int axis = 0; axis < axes; ++axis)
+            widen(axis, other.lower(axis), other.upper(axis));
+    }
+    Box& operator+=(const Point& p) {
+        Update(p);
+        return self();
+    }
+    Box operator+(const Point& p) const {
+        Box widened = self();
+        widened.Update(p);
+        return widened;
+    }
+
+    /// Moves every face outwards by d, inwards when d is negative. A reset box is not looked for.
+    void Inflate(double d) {
+        for (unsigned int axis = 0; axis < axes; ++axis) {
+            bounds_[axis] -= d;
+            bounds_[axes + axis] += d;
+        }
+    }
+    Box& operator+=(double d) {
+        Inflate(d);
+        return self();
+    }
+    Box& operator-=(double d) {
+        Inflate(-d);
+        return self();
+    }
+
+    /// 1 when p lies in the box, border included.
+    int contains(const Point& p) const {
+        const auto c = Space::coordinates(p);
+        for (unsigned int axis = 0; axis < axes; ++axis) {
+            if (!(lower(axis) <= c[axis] && c[axis] <= upper(axis))) return 0;
+        }
+        return 1;
+    }
+
+    /// 1 when p lies in the box, border excluded.
+    int stricklyContains(const Point& p) const {
+        const auto c = Space::coordinates(p);
+        for (unsigned int axis = 0; axis < axes; ++axis) {
+            if (!(lower(axis) < c[axis] && c[axis] < upper(axis))) return 0;
+        }
+        return 1;
+    }
+
+protected:
+    AxisAlignedBox() { Reset(); }
+
+    double length(unsigned int axis) const { return upper(axis) - lower(axis); }
+    double diagonalLength() const {
+        double sum = 0.0;
+        for (unsigned int axis = 0; axis < axes; ++axis) sum += length(axis) * length(axis);
+        return std::sqrt(sum);
+    }
+    void set(unsigned int axis, double low, double high) {
+        bounds_[axis] = low;
+        bounds_[axes + axis] = high;
+    }
+    void widen(unsigned int axis, double low, double high) {
+        if (low < bounds_[axis]) bounds_[axis] = low;
+        if (high > bounds_[axes + axis]) bounds_[axes + axis] = high;
+    }
+
+    double bounds_[2 * axes];  // all minima, then all maxima: the order in files
+
+private:
+    Box& self() { return static_cast<Box&>(*this); }
+    const Box& self() const { return static_cast<const Box&>(*this); }
+
+    template <class AnyBox>
+    friend AnyBox intersection(const AxisAlignedBox<AnyBox>& a, const AxisAlignedBox<AnyBox>& b);
+};
+
+/// A box in the plane. In memory and in files: xmin, ymin, xmax, ymax.
+class KERF_EXPORT ERMinimax2D : public AxisAlignedBox<ERMinimax2D> {
+public:
+    ERMinimax2D() = default;  ///< reset
+    /// Stored as given. The arguments come in pairs for each axis, unlike the fields.
+    ERMinimax2D(double xmin, double xmax, double ymin, double ymax) {
+        Garnir(xmin, xmax, ymin, ymax);
+    }
+    /// The box with these two corners, in any order.
+    ERMinimax2D(const ERPoint2D& a, const ERPoint2D& b);
+    /// The box of the points, of the Cartesian points for poles; reset when there are none.
+    explicit ERMinimax2D(const ERVec<ERPoint2D>& points) { Update(points); }
+    explicit ERMinimax2D(const ERVec<ERPole2DH>& poles);
+
+    void Garnir(double xmin, double xmax, double ymin, double ymax) {
+        set(0, xmin, xmax);
+        set(1, ymin, ymax);
+    }
+
+    using AxisAlignedBox::Update;
+    void Update(const ERVec<ERPoint2D>& points);
+
+    /// A field by number; the index is the caller's duty.
+    double operator[](enum MinMax2D field) const { return bounds_[static_cast<int>(field)]; }
+
+    /// The Euclidean length of the diagonal.
+    double DiametreBoule() const { return diagonalLength(); }
+
+    /// The corners (xmin, ymin), (xmax, ymin), (xmin, ymax), (xmax, ymax): not a loop round the
+    /// box, and callers rely on this order.
+    ERVec<ERPoint2D> getVertice() const;
+
+    /// 1 when p lies exactly on one of the four sides.
+    int onBorder(const ERPoint2D& p) const;
+
+    /// 1 when the infinite line through p meets the box, border included; directions may be of any
+    /// length, and a null one meets nothing. Reset boxes are not looked for.
+    int intersect(const ERPoint2D& p, const ERVector2D& direction) const;
+
+    /// 1 unless SutherCohen finds the segment outside.
+    int isVisible(const ERPoint2D& a, const ERPoint2D& b) const;
+    /// What SutherCohen finds for the segment.
+    ER_MINMAX_POSITION_SEGMENT positionRelative(const ERPoint2D& a, const ERPoint2D& b) const;
+    /// Where the box stands relative to the polygon of n points, closed from the last to the first.
+    /// A corner of the box on the polygon's border, as Inside tells it, does not count as inside.
+    ER_MINMAX_POSITION_POLYGONE positionRelative(const ERPoint2D* polygon, unsigned int n) const;
+    ER_MINMAX_POSITION_POLYGONE positionRelative(const ERVec<ERPoint2D>& polygon) const;
+
+    void saveGuts(ERFile& file) const;
+    void restoreGuts(ERFile& file);
+    ERULong binaryStoreSize() const { return 32; }
+};
+
+/// A box in space. In memory and in files: xmin, ymin, zmin, xmax, ymax, zmax.
+class KERF_EXPORT ERMinimax3D : public AxisAlignedBox<ERMinimax3D> {
+public:
+    ERMinimax3D() = default;  ///< reset
+    /// Stored as given. The arguments come in pairs for each axis, unlike the fields.
+    ERMinimax3D(double xmin, double xmax, double ymin, double ymax, double zmin, double zmax) {
+        Garnir(xmin, xmax, ymin, ymax, zmin, zmax);
+    }
+    /// The box of the points, of the Cartesian points for poles; reset when there are none.
+    explicit ERMinimax3D(const ERVec<ERPoint3D>& points) { Update(points); }
+    explicit ERMinimax3D(const ERVec<ERPole3DH>& poles);
+
+    void Garnir(double xmin, double xmax, double ymin, double ymax, double zmin, double zmax) {
+        set(0, xmin, xmax);
+        set(1, ymin, ymax);
+        set(2, zmin, zmax);
+    }
+
+    using AxisAlignedBox::Update;
+    void Update(const ERVec<ERPoint3D>& points);
+
+    double zmin() const { return lower(2); }
+    double zmax() const { return upper(2); }
+    double zlength() const { return length(2); }
+
+    /// The Euclidean length of the diagonal.
+    double diagonal() const { return diagonalLength(); }
+
+    /// The corners: the loop (xmin, ymin), (xmax, ymin), (xmax, ymax), (xmin, ymax) at zmin, then
+    /// the same loop at zmax.
+    ERVec<ERPoint3D> getVertice() const;
+
+    /// 1 when the infinite line through p meets the box, border included; directions may be of any
+    /// length, and a null one meets nothing. 0 for a reset box.
+    int intersect(const ERPoint3D& p, const ERVector3D& direction) const;
+
+    void saveGuts(ERFile& file) const;
+    void restoreGuts(ERFile& file);
+    ERULong binaryStoreSize() const { return 48; }
+};
+
+template <class Box>
+int operator==(const AxisAlignedBox<Box>& a, const AxisAlignedBox<Box>& b) {
+    for (unsigned int axis = 0; axis < Box::axes; ++axis) {
+        if (!(a.lower(axis) == b.lower(axis) && a.upper(axis) == b.upper(axis))) return 0;
+    }
+    return 1;
+}
+
+template <class Box>
+int operator!=(const AxisAlignedBox<Box>& a, const AxisAlignedBox<Box>& b) {
+    return !(a == b);
+}
+
+/// 1 when the closed intervals have no number in common. One branch for both sides, since which of
+/// them it is cannot be predicted.
+inline int intervalsApart(double aLow, double aHigh, double bLow, double bHigh) {
+    return static_cast<int>(aHigh < bLow) | static_cast<int>(bHigh < aLow);
+}
+
+/// 1 when the boxes are apart on some axis. The operator tells separation, not contact, and callers
+/// rely on it; boxes that share a face, an edge or a corner are not apart.
+template <class Box>
+int operator|(const AxisAlignedBox<Box>& a, const AxisAlignedBox<Box>& b) {
+    for (unsigned int axis = 0; axis < Box::axes; ++axis) {
+        if (intervalsApart(a.lower(axis), a.upper(axis), b.lower(axis), b.upper(axis))) return 1;
+    }
+    return 0;
+}
+
+/// Where a stands relative to b. The two containments differ: a lies within b when borders touch or
+/// the boxes are equal, but it contains b only strictly on every axis.
+template <class Box>
+RELATIVE_BOX_POSITION RelativePosition(const AxisAlignedBox<Box>& a, const AxisAlignedBox<Box>& b) {
+    bool within = true;
+    bool containing = true;
+    for (unsigned int axis = 0; axis < Box::axes; ++axis) {
+        const double aLow = a.lower(axis), aHigh = a.upper(axis);
+        const double bLow = b.lower(axis), bHigh = b.upper(axis);
+        if (intervalsApart(aLow, aHigh, bLow, bHigh)) return BoxDisjoint;
+        within = within && bLow <= aLow && bHigh >= aHigh;
+        containing = containing && bLow > aLow && bHigh < aHigh;
+    }
+    if (containing) return BoxContains;
+    return within ? BoxWithin : BoxOverlap;
+}
+
+/// 1 when a lies within b (BoxWithin), when a contains b (BoxContains).
+template <class Box>
+int operator<<(const AxisAlignedBox<Box>& a, const AxisAlignedBox<Box>& b) {
+    return RelativePosition(a, b) == BoxWithin;
+}
+template <class Box>
+int operator>>(const AxisAlignedBox<Box>& a, const AxisAlignedBox<Box>& b) {
+    return RelativePosition(a, b) == BoxContains;
+}
+
+/// As << and >>, 1 for overlapping boxes too.
+template <class Box>
+int operator<(const AxisAlignedBox<Box>& a, const AxisAlignedBox<Box>& b) {
+    const RELATIVE_BOX_POSITION position = RelativePosition(a, b);
+    return position == BoxWithin || position == BoxOverlap;
+}
+template <class Box>
+int operator>(const AxisAlignedBox<Box>& a, const AxisAlignedBox<Box>& b) {
+    const RELATIVE_BOX_POSITION position = RelativePosition(a, b);
+    return position == BoxContains || position == BoxOverlap;
+}
+
+/// The smallest box around both.
+template <class Box>
+Box Union(const AxisAlignedBox<Box>& a, const AxisAlignedBox<Box>& b) {
+    Box both;
+    both.Update(static_cast<const Box&>(a));
+    both.Update(static_cast<const Box&>(b));
+    return both;
+}
+
+/// What the boxes have in common: a reset box when they are apart, a flat one when they touch.
+template <class Box>
+Box intersection(const AxisAlignedBox<Box>& a, const AxisAlignedBox<Box>& b) {
+    Box common;
+    if (a | b) return common;
+    AxisAlignedBox<Box>& bounds = common;
+    for (unsigned int axis = 0; axis < Box::axes; ++axis) {
+        bounds.set(axis, a.lower(axis) > b.lower(axis) ? a.lower(axis) : b.lower(axis),
+                   a.upper(axis) < b.upper(axis) ? a.upper(axis) : b.upper(axis));
+    }
+    return common;
+}
+
+/// The squared length, from the origin, of p clamped to the box. p is not subtracted, so this is
+/// the distance from p for p at the origin alone; callers rely on the figure.
+template <class Box>
+double minimumSquaredDistance(const AxisAlignedBox<Box>& box, const typename Box::Point& p) {
+    const auto c = Box::Space::coordinates(p);
+    double sum = 0.0;
+    for (unsigned int axis = 0; axis < Box::axes; ++axis) {
+        double clamped = c[axis];
+        if (clamped < box.lower(axis)) clamped = box.lower(axis);
+        if (clamped > box.upper(axis)) clamped = box.upper(axis);
+        sum += clamped * clamped;
+    }
+    return sum;
+}
+
+/// The squared length, from the origin, of the corner farthest from p, the maximum of an axis when
+/// both ends are as far. p is not subtracted; callers rely on the figure.
+template <class Box>
+double maximumSquaredDistance(const AxisAlignedBox<Box>& box, const typename Box::Point& p) {
+    const auto c = Box::Space::coordinates(p);
+    double sum = 0.0;
+    for (unsigned int axis = 0; axis < Box::axes; ++axis) {
+        const double low = box.lower(axis), high = box.upper(axis);
+        const double farther = low + high >= 2.0 * c[axis] ? high : low;
+        sum += farther * farther;
+    }
+    return sum;
+}
+
+/// The fields, raw. A file that ends too early leaves the fields that it did not hold.
+KERF_EXPORT ERFile& operator<<(ERFile& file, const ERMinimax2D& box);
+KERF_EXPORT ERFile& operator>>(ERFile& file, ERMinimax2D& box);
+KERF_EXPORT ERFile& operator<<(ERFile& file, const ERMinimax3D& box);
+KERF_EXPORT ERFile& operator>>(ERFile& file, ERMinimax3D& box);
+KERF_EXPORT CArchive& operator<<(CArchive& archive, ERMinimax3D box);
+KERF_EXPORT CArchive& operator>>(CArchive& archive, ERMinimax3D& box);
+
+KERF_DECLARE_SIMPLE_VECTOR(ERMinimax3D)
+KERF_DECLARE_SIMPLE_GRID(ERMinimax3D)
+
+}  // namespace kerf

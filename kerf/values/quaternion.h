@@ -1,0 +1,81 @@
+#pragma once
+#include "kerf/numerics/matrix.h"
+#include "kerf/numerics/vector.h"
+#include "kerf/platform/config.h"
+#include "kerf/values/point.h"
+
+namespace kerf {
+
+/// A quaternion w + x i + y j + z k. Of length 1 it stands for the rotation by 2 acos(w) about
+/// (x, y, z); nothing here normalises, so that the length is the caller's duty wherever a rotation
+/// is meant. No operation reports failure.
+class KERF_EXPORT ERQuaternion {
+public:
+    double w = 1.0;
+    double x = 0.0;
+    double y = 0.0;
+    double z = 0.0;
+
+    ERQuaternion() = default;  ///< the identity rotation (1, 0, 0, 0)
+    /// From a vector of three parameters along the axis, v = tan(half angle) axis: w = cos(atan
+    /// |v|), the vector part is w v. The result has length 1.
+    explicit ERQuaternion(const ERVector3D& v);
+    /// The rotation by `angle` radians about `axis`, which is normalised here.
+    ERQuaternion(const ERVector3D& axis, double angle);
+    /// 4 elements: w, x, y, z. 3 elements: as from the vector of three parameters. Any other length
+    /// leaves the identity.
+    explicit ERQuaternion(const ERVec<double>& elements);
+    /// The rotation of a 3 by 3 rotation matrix.
+    explicit ERQuaternion(const ERMatrix<double>& m);
+
+    ERQuaternion operator+(const ERQuaternion& b) const;
+    ERQuaternion operator-(const ERQuaternion& b) const;
+    ERQuaternion operator*(const ERQuaternion& b) const;  ///< as rotations, b acts first
+    ERQuaternion operator*(double factor) const;
+    ERQuaternion operator-() const;
+
+    double Dot(const ERQuaternion& b) const;
+    double Norm2() const;  ///< the squared length
+
+    ERQuaternion Inverse() const;      ///< the zero quaternion for the zero quaternion
+    ERQuaternion UnitInverse() const;  ///< the conjugate: the inverse for length 1
+    /// The exponential of a quaternion whose w is taken as 0. Where |sin| of the length of the
+    /// vector part is below 0.001 the vector part is copied as it stands.
+    ERQuaternion Exp() const;
+    /// The logarithm for length 1, with w = 0. The vector part is copied as it stands where |w| >=
+    /// 1 or |sin(acos w)| is below 0.001.
+    ERQuaternion Log() const;
+
+    ERVector3D Axis() const;             ///< the normalised vector part; null when that is null
+    double Angle() const;                ///< in radians, in [0, 2 pi]
+    ERMatrix<double> GetMatrix() const;  ///< 3 by 3, of this quaternion as it is
+    operator ERMatrix<double>() const { return GetMatrix(); }
+    ERVector3D operator*(const ERVector3D& v) const;  ///< v turned by the rotation
+
+    /// Spherical interpolation from p at t = 0 to q at t = 1, both of length 1. The arc is not
+    /// shortened by changing a sign. Answers p for an angle below 0.001 radians, and for p . q
+    /// outside
+    /// [-1, 1], which is not clamped and has no angle.
+    static ERQuaternion Slerp(double t, const ERQuaternion& p, const ERQuaternion& q);
+    /// The same with `spins` additional half turns of the arc on the way.
+    static ERQuaternion SlerpExtraSpins(double t, const ERQuaternion& p, const ERQuaternion& q,
+                                        int spins);
+    /// a: the inner control quaternion of Squad at q1, which gives the spans that meet there one
+    /// speed. b: its mirror image about q1.
+    static void Intermediate(const ERQuaternion& q0, const ERQuaternion& q1, const ERQuaternion& q2,
+                             ERQuaternion& a, ERQuaternion& b);
+    /// Spherical cubic interpolation (Shoemake) from q0 to q1 with the inner controls a and b.
+    static ERQuaternion Squad(double t, const ERQuaternion& q0, const ERQuaternion& a,
+                              const ERQuaternion& b, const ERQuaternion& q1);
+};
+
+KERF_EXPORT ERQuaternion operator*(double factor, const ERQuaternion& q);
+
+/// The rotation that turns the direction `from` onto `to`; opposite directions are turned by way of
+/// a perpendicular one.
+KERF_EXPORT void find_lock_quaternion(ERVector3D from, ERVector3D to, ERQuaternion& result);
+KERF_EXPORT void find_lock_matrix(ERVector3D from, ERVector3D to, ERMatrix<double>& result);
+/// The half turn about a direction perpendicular to the axis: it turns the axis round.
+KERF_EXPORT void find_flip_matrix(ERVector3D axis, ERMatrix<double>& result);
+
+}  // namespace kerf

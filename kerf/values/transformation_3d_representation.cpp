@@ -1,0 +1,508 @@
+#include "kerf/values/transformation_3d_representation.h"
+
+#include <cmath>
+#include <ostream>
+
+#include "kerf/core/file.h"
+#include "kerf/numerics/linear_solvers.h"
+#include "kerf/platform/thread_storage.h"
+#include "kerf/values/box_clipping.h"
+#include "kerf/values/linear_map.h"
+
+namespace kerf {
+
+ER_DEFINE_ABSTRACT_CLASS(ERTr3DRevRep, ERTr3DRev)
+ER_DEFINE_ABSTRACT_CLASS(ERAnySimilitude3D, ERTr3DRevRep)
+ER_DEFINE_ABSTRACT_CLASS(ERAnyIsometrie3D, ERAnySimilitude3D)
+ER_DEFINE_CLASS(_ERIdentity3D, ERAnyIsometrie3D)
+ER_DEFINE_CLASS(_ERTranslation3D, ERAnyIsometrie3D)
+ER_DEFINE_CLASS(_ERRotation3D, ERAnyIsometrie3D)
+ER_DEFINE_CLASS(_ERWorkplane, ERAnyIsometrie3D)
+ER_DEFINE_CLASS(_ERScaling3D, ERAnySimilitude3D)
+ER_DEFINE_CLASS(_ERSymetrie3D, ERAnySimilitude3D)
+ER_DEFINE_CLASS(_ERSimilitude3D, ERAnySimilitude3D)
+
+/// What each thread keeps: its identity, with a share of its own, so that no handle deletes it.
+class ERTr3DRevRep_ThreadLocalData : public CNoTrackObject {
+public:
+    ERTr3DRevRep_ThreadLocalData() : identity(new _ERIdentity3D) { identity->addReference(); }
+    // Handles in static objects may outlive the thread's data; the last of them deletes it then.
+    ~ERTr3DRevRep_ThreadLocalData() override {
+        if (identity->removeReference() == 0) delete identity;
+    }
+
+    const _ERIdentity3D* identity;
+};
+
+namespace {
+
+constexpr double tolerance = 1e-11;
+
+CThreadLocal<ERTr3DRevRep_ThreadLocalData> threadIdentity;
+
+// The loops over arrays. The map is a value with its coefficients inside, so that they stay in
+// registers; it takes a point and gives its image.
+template <class Map>
+void mapPoints(ERPoint3D* points, unsigned int count, Map map) {
+    for (unsigned int i = 0; i < count; ++i) points[i] = map(points[i]);
+}
+
+template <class Map>
+void mapPoles(ERVec<ERPole3DH>& poles, Map map) {
+    const unsigned int count = poles.length();
+    ERPole3DH* const pole = poles.data();
+    for (unsigned int i = 0; i < count; ++i) {
+        const double w = pole[i].weigth();
+        pole[i] = ERPole3DH(map(pole[i].castToPoint()) * w, w);
+    }
+}
+
+struct Shift {
+    ERPoint3D t;
+    ERPoint3D operator()(const ERPoint3D& p) const {
+        return ERPoint3D(p.x() + t.x(), p.y() + t.y(), p.z() + t.z());
+    }
+};
+
+struct ShiftBack {
+    ERPoint3D t;
+    ERPoint3D operator()(const ERPoint3D& p) const {
+        return ERPoint3D(p.x() - t.x(), p.y() - t.y(), p.z() - t.z());
+    }
+};
+
+struct Scale {
+    double k;
+    ERPoint3D operator()(const ERPoint3D& p) const {
+        return ERPoint3D(k * p.x(), k * p.y(), k * p.z());
+    }
+};
+
+struct ScaleBack {
+    double k;
+    ERPoint3D operator()(const ERPoint3D& p) const {
+        return ERPoint3D(p.x() / k, p.y() / k, p.z() / k);
+    }
+};
+
+// M p + o, and M^T (p - o) with the matrix given transposed.
+struct FromFrame {
+    LinearMap m;
+    Shift shift;
+    ERPoint3D operator()(const ERPoint3D& p) const { return shift(m(p)); }
+};
+
+struct ToFrame {
+    LinearMap transposed;
+    ShiftBack shift;
+    ERPoint3D operator()(const ERPoint3D& p) const { return transposed(shift(p)); }
+};
+
+// M (k p) + t, and M^T (p - t) / k.
+struct FromSimilitude {
+    Scale scale;
+    LinearMap m;
+    Shift shift;
+    ERPoint3D operator()(const ERPoint3D& p) const { return shift(m(scale(p))); }
+};
+
+struct ToSimilitude {
+    ShiftBack shift;
+    LinearMap transposed;
+    ScaleBack scale;
+    ERPoint3D operator()(const ERPoint3D& p) const { return scale(transposed(shift(p))); }
+};
+
+ERVector3D asVector(const ERPoint3D& p) { return ERVector3D(p.x(), p.y(), p.z()); }
+ERPoint3D asPoint(const ERVector3D& v) { return ERPoint3D(v.i(), v.j(), v.k()); }
+
+bool isNull(const ERPoint3D& p) {
+    return std::fabs(p.x()) <= tolerance && std::fabs(p.y()) <= tolerance &&
+           std::fabs(p.z()) <= tolerance;
+}
+
+bool isUnit(const ERMatrix<double>& m) {
+    return LinearMap::fits(m) && LinearMap(m).isUnit(tolerance);
+}
+
+// The reduced form of what is simplest already: the object itself, or a copy that can be shared.
+template <class Representation>
+const ERTr3DRevRep* shareable(const Representation& simplest) {
+    return simplest.isOnTheHeap() ? &simplest : simplest.getCopy();
+}
+
+// A stored matrix of another shape would be read out of its bounds by nobody, but means nothing
+// either: it becomes the unit matrix.
+void restoreMatrix(ERMatrix<double>& matrix, ERFile& file) {
+    matrix.restoreGuts(file);
+    if (!LinearMap::fits(matrix)) matrix = IdentityMatrix(3);
+}
+
+LinearMap frame(const ERVector3D& x, const ERVector3D& y) {
+    const ERVector3D first = x.getnormalized();
+    const ERVector3D third = (x ^ y).getnormalized();
+    return LinearMap::fromColumns(first, third ^ first, third);
+}
+
+LinearMap frame(const ERVector3D& z) {
+    ERVector3D first, second;
+    GetOrthogonalDirections(z, first, second);
+    return LinearMap::fromColumns(first, second, z.getnormalized());
+}
+
+}  // namespace
+
+const ERTr3DRevRep* ERTr3DRevRep::GetIdentity() { return threadIdentity.GetData()->identity; }
+
+const ERTr3DRevRep* ERTr3DRevRep::getReduced() const { return shareable(*this); }
+
+ERMatrix<double> ERTr3DRevRep::unscaledMatrix() const {
+    return isA() == _ERScaling3D::desc() ? IdentityMatrix(3) : getMatrix();
+}
+
+double ERAnyIsometrie3D::getFactHomo() const { return 1.0; }
+int ERAnyIsometrie3D::isDirect() const { return 1; }
+
+// The identity.
+
+void _ERIdentity3D::TransTo(ERVec<ERPole3DH>&) const {}
+void _ERIdentity3D::TransTo(ERPoint3D*, unsigned int) const {}
+void _ERIdentity3D::TransTo(ERVec<ERPoint3D>&) const {}
+void _ERIdentity3D::TransTo(ERVector3D&) const {}
+void _ERIdentity3D::TransTo(ERPoint3D&) const {}
+void _ERIdentity3D::TransFrom(ERVec<ERPole3DH>&) const {}
+void _ERIdentity3D::TransFrom(ERVec<ERPoint3D>&) const {}
+void _ERIdentity3D::TransFrom(ERPoint3D*, unsigned int) const {}
+void _ERIdentity3D::TransFrom(ERVector3D&) const {}
+void _ERIdentity3D::TransFrom(ERPoint3D&) const {}
+
+int _ERIdentity3D::isEqual(const ERTr3D& other) const {
+    const void* const part = other._castdown(*ERTr3DRev::desc());
+    if (part == nullptr) return 0;
+    const ERTr3DRev& right = *static_cast<const ERTr3DRev*>(part);
+    return isUnit(right.getMatrix()) && isNull(right.origine()) &&
+           std::fabs(right.getFactHomo() - 1.0) <= tolerance;
+}
+
+const ERTr3DRevRep* _ERIdentity3D::getInverse() const { return GetIdentity(); }
+ERMatrix<double> _ERIdentity3D::getMatrix() const { return IdentityMatrix(3); }
+ERPoint3D _ERIdentity3D::getTrans() const { return ERPoint3D(); }
+_ERIdentity3D* _ERIdentity3D::getCopy() const { return new _ERIdentity3D(*this); }
+void _ERIdentity3D::printOn(std::ostream& os) const { os << "Identite" << std::endl; }
+const ERTr3DRevRep* _ERIdentity3D::getReduced() const { return GetIdentity(); }
+
+// Translations.
+
+void _ERTranslation3D::TransTo(ERVec<ERPole3DH>& poles) const {
+    mapPoles(poles, ShiftBack{translation});
+}
+void _ERTranslation3D::TransTo(ERPoint3D* points, unsigned int n) const {
+    mapPoints(points, n, ShiftBack{translation});
+}
+void _ERTranslation3D::TransTo(ERVector3D&) const {}
+void _ERTranslation3D::TransTo(ERPoint3D& p) const { p = ShiftBack{translation}(p); }
+void _ERTranslation3D::TransFrom(ERVec<ERPole3DH>& poles) const {
+    mapPoles(poles, Shift{translation});
+}
+void _ERTranslation3D::TransFrom(ERPoint3D* points, unsigned int n) const {
+    mapPoints(points, n, Shift{translation});
+}
+void _ERTranslation3D::TransFrom(ERVector3D&) const {}
+void _ERTranslation3D::TransFrom(ERPoint3D& p) const { p = Shift{translation}(p); }
+
+const ERTr3DRevRep* _ERTranslation3D::getInverse() const {
+    return new _ERTranslation3D(-translation);
+}
+ERMatrix<double> _ERTranslation3D::getMatrix() const { return IdentityMatrix(3); }
+_ERTranslation3D* _ERTranslation3D::getCopy() const { return new _ERTranslation3D(*this); }
+void _ERTranslation3D::printOn(std::ostream& os) const {
+    os << "Composante Translation : " << translation;
+}
+
+void _ERTranslation3D::saveGuts(ERFile& file) const {
+    ERAnyIsometrie3D::saveGuts(file);
+    translation.saveGuts(file);
+}
+void _ERTranslation3D::restoreGuts(ERFile& file) {
+    ERAnyIsometrie3D::restoreGuts(file);
+    translation.restoreGuts(file);
+}
+ERULong _ERTranslation3D::binaryStoreSize() const {
+    return ERAnyIsometrie3D::binaryStoreSize() + translation.binaryStoreSize();
+}
+
+const ERTr3DRevRep* _ERTranslation3D::getReduced() const {
+    return isNull(translation) ? GetIdentity() : shareable(*this);
+}
+
+// Rotations.
+
+_ERRotation3D::_ERRotation3D() : matrix(IdentityMatrix(3)) {}
+
+void _ERRotation3D::TransTo(ERVec<ERPole3DH>& poles) const {
+    mapPoles(poles, LinearMap(matrix).transposed());
+}
+void _ERRotation3D::TransTo(ERPoint3D* points, unsigned int n) const {
+    mapPoints(points, n, LinearMap(matrix).transposed());
+}
+void _ERRotation3D::TransTo(ERVector3D& v) const { v = LinearMap(matrix).transposed()(v); }
+void _ERRotation3D::TransTo(ERPoint3D& p) const { p = LinearMap(matrix).transposed()(p); }
+void _ERRotation3D::TransFrom(ERVec<ERPole3DH>& poles) const { mapPoles(poles, LinearMap(matrix)); }
+void _ERRotation3D::TransFrom(ERPoint3D* points, unsigned int n) const {
+    mapPoints(points, n, LinearMap(matrix));
+}
+void _ERRotation3D::TransFrom(ERVector3D& v) const { v = LinearMap(matrix)(v); }
+void _ERRotation3D::TransFrom(ERPoint3D& p) const { p = LinearMap(matrix)(p); }
+
+const ERTr3DRevRep* _ERRotation3D::getInverse() const {
+    return new _ERRotation3D(LinearMap(matrix).transposed().asMatrix());
+}
+ERPoint3D _ERRotation3D::getTrans() const { return ERPoint3D(); }
+_ERRotation3D* _ERRotation3D::getCopy() const { return new _ERRotation3D(*this); }
+void _ERRotation3D::printOn(std::ostream& os) const {
+    os << "Matrice de Rotation : ";
+    matrix.printOn(os);
+}
+
+void _ERRotation3D::saveGuts(ERFile& file) const {
+    ERAnyIsometrie3D::saveGuts(file);
+    matrix.saveGuts(file);
+}
+void _ERRotation3D::restoreGuts(ERFile& file) {
+    ERAnyIsometrie3D::restoreGuts(file);
+    restoreMatrix(matrix, file);
+}
+ERULong _ERRotation3D::binaryStoreSize() const {
+    return ERAnyIsometrie3D::binaryStoreSize() + matrix.binaryStoreSize();
+}
+
+const ERTr3DRevRep* _ERRotation3D::getReduced() const {
+    return isUnit(matrix) ? GetIdentity() : shareable(*this);
+}
+
+// Workplanes.
+
+_ERWorkplane::_ERWorkplane() : matrix(IdentityMatrix(3)) {}
+_ERWorkplane::_ERWorkplane(const ERVector3D& x, const ERVector3D& y, const ERPoint3D& o)
+    : matrix(frame(x, y).asMatrix()), origin(o) {}
+_ERWorkplane::_ERWorkplane(const ERVector3D& z, const ERPoint3D& o)
+    : matrix(frame(z).asMatrix()), origin(o) {}
+_ERWorkplane::_ERWorkplane(const _ERRotation3D& rotation, const _ERTranslation3D& translation)
+    : matrix(rotation.getMatrix()), origin(translation.getTrans()) {}
+_ERWorkplane::_ERWorkplane(const ERAnyIsometrie3D& isometry)
+    : matrix(isometry.getMatrix()), origin(isometry.getTrans()) {}
+
+void _ERWorkplane::TransTo(ERVec<ERPole3DH>& poles) const {
+    mapPoles(poles, ToFrame{LinearMap(matrix).transposed(), {origin}});
+}
+void _ERWorkplane::TransTo(ERPoint3D* points, unsigned int n) const {
+    mapPoints(points, n, ToFrame{LinearMap(matrix).transposed(), {origin}});
+}
+void _ERWorkplane::TransTo(ERVector3D& v) const { v = LinearMap(matrix).transposed()(v); }
+void _ERWorkplane::TransTo(ERPoint3D& p) const {
+    p = ToFrame{LinearMap(matrix).transposed(), {origin}}(p);
+}
+void _ERWorkplane::TransFrom(ERVec<ERPole3DH>& poles) const {
+    mapPoles(poles, FromFrame{LinearMap(matrix), {origin}});
+}
+void _ERWorkplane::TransFrom(ERPoint3D* points, unsigned int n) const {
+    mapPoints(points, n, FromFrame{LinearMap(matrix), {origin}});
+}
+void _ERWorkplane::TransFrom(ERVector3D& v) const { v = LinearMap(matrix)(v); }
+void _ERWorkplane::TransFrom(ERPoint3D& p) const { p = FromFrame{LinearMap(matrix), {origin}}(p); }
+
+const ERTr3DRevRep* _ERWorkplane::getInverse() const {
+    const LinearMap transposed = LinearMap(matrix).transposed();
+    return new _ERWorkplane(transposed.asMatrix(), -transposed(origin));
+}
+_ERWorkplane* _ERWorkplane::getCopy() const { return new _ERWorkplane(*this); }
+void _ERWorkplane::printOn(std::ostream& os) const {
+    os << "Matrice de Rotation    : ";
+    matrix.printOn(os);
+    os << "Composante Translation : " << origin;
+}
+
+void _ERWorkplane::saveGuts(ERFile& file) const {
+    ERAnyIsometrie3D::saveGuts(file);
+    matrix.saveGuts(file);
+    origin.saveGuts(file);
+}
+void _ERWorkplane::restoreGuts(ERFile& file) {
+    ERAnyIsometrie3D::restoreGuts(file);
+    restoreMatrix(matrix, file);
+    origin.restoreGuts(file);
+}
+ERULong _ERWorkplane::binaryStoreSize() const {
+    return ERAnyIsometrie3D::binaryStoreSize() + matrix.binaryStoreSize() +
+           origin.binaryStoreSize();
+}
+
+const ERTr3DRevRep* _ERWorkplane::getReduced() const {
+    if (isNull(origin)) return _ERRotation3D(matrix).getReduced();
+    if (isUnit(matrix)) return new _ERTranslation3D(origin);
+    return shareable(*this);
+}
+
+// Scalings.
+
+void _ERScaling3D::TransTo(ERVec<ERPole3DH>& poles) const { mapPoles(poles, ScaleBack{factor}); }
+void _ERScaling3D::TransTo(ERPoint3D* points, unsigned int n) const {
+    mapPoints(points, n, ScaleBack{factor});
+}
+void _ERScaling3D::TransTo(ERVector3D& v) const { v = asVector(ScaleBack{factor}(asPoint(v))); }
+void _ERScaling3D::TransTo(ERPoint3D& p) const { p = ScaleBack{factor}(p); }
+void _ERScaling3D::TransFrom(ERVec<ERPole3DH>& poles) const { mapPoles(poles, Scale{factor}); }
+void _ERScaling3D::TransFrom(ERPoint3D* points, unsigned int n) const {
+    mapPoints(points, n, Scale{factor});
+}
+void _ERScaling3D::TransFrom(ERVector3D& v) const { v = asVector(Scale{factor}(asPoint(v))); }
+void _ERScaling3D::TransFrom(ERPoint3D& p) const { p = Scale{factor}(p); }
+
+const ERTr3DRevRep* _ERScaling3D::getInverse() const { return new _ERScaling3D(1.0 / factor); }
+ERMatrix<double> _ERScaling3D::getMatrix() const {
+    return LinearMap(factor, 0.0, 0.0, 0.0, factor, 0.0, 0.0, 0.0, factor).asMatrix();
+}
+ERPoint3D _ERScaling3D::getTrans() const { return ERPoint3D(); }
+int _ERScaling3D::isDirect() const { return 1; }
+_ERScaling3D* _ERScaling3D::getCopy() const { return new _ERScaling3D(*this); }
+void _ERScaling3D::printOn(std::ostream& os) const { os << "Homothetie de rapport :" << factor; }
+
+void _ERScaling3D::saveGuts(ERFile& file) const {
+    ERAnySimilitude3D::saveGuts(file);
+    file.Write(factor);
+}
+void _ERScaling3D::restoreGuts(ERFile& file) {
+    ERAnySimilitude3D::restoreGuts(file);
+    file.Read(factor);
+}
+ERULong _ERScaling3D::binaryStoreSize() const {
+    return ERAnySimilitude3D::binaryStoreSize() + static_cast<ERULong>(sizeof factor);
+}
+
+const ERTr3DRevRep* _ERScaling3D::getReduced() const {
+    return std::fabs(factor - 1.0) <= tolerance ? GetIdentity() : shareable(*this);
+}
+
+// Symmetries.
+
+_ERSymetrie3D::_ERSymetrie3D()
+    : matrix(LinearMap(1.0, 0.0, 0.0, 0.0, 1.0, 0.0, 0.0, 0.0, -1.0).asMatrix()) {}
+
+void _ERSymetrie3D::TransTo(ERVec<ERPole3DH>& poles) const { TransFrom(poles); }
+void _ERSymetrie3D::TransTo(ERPoint3D* points, unsigned int n) const { TransFrom(points, n); }
+void _ERSymetrie3D::TransTo(ERVector3D& v) const { TransFrom(v); }
+void _ERSymetrie3D::TransTo(ERPoint3D& p) const { TransFrom(p); }
+void _ERSymetrie3D::TransFrom(ERVec<ERPole3DH>& poles) const { mapPoles(poles, LinearMap(matrix)); }
+void _ERSymetrie3D::TransFrom(ERPoint3D* points, unsigned int n) const {
+    mapPoints(points, n, LinearMap(matrix));
+}
+void _ERSymetrie3D::TransFrom(ERVector3D& v) const { v = LinearMap(matrix)(v); }
+void _ERSymetrie3D::TransFrom(ERPoint3D& p) const { p = LinearMap(matrix)(p); }
+
+ERPoint3D _ERSymetrie3D::getTrans() const { return ERPoint3D(); }
+double _ERSymetrie3D::getFactHomo() const { return 1.0; }
+int _ERSymetrie3D::isDirect() const { return determinant(ERLUDecomp(matrix)) > 0.0 ? 1 : 0; }
+_ERSymetrie3D* _ERSymetrie3D::getCopy() const { return new _ERSymetrie3D(*this); }
+void _ERSymetrie3D::printOn(std::ostream& os) const {
+    os << "Symetrie de matrice : ";
+    matrix.printOn(os);
+}
+
+void _ERSymetrie3D::saveGuts(ERFile& file) const {
+    ERAnySimilitude3D::saveGuts(file);
+    matrix.saveGuts(file);
+}
+void _ERSymetrie3D::restoreGuts(ERFile& file) {
+    ERAnySimilitude3D::restoreGuts(file);
+    restoreMatrix(matrix, file);
+}
+ERULong _ERSymetrie3D::binaryStoreSize() const {
+    return ERAnySimilitude3D::binaryStoreSize() + matrix.binaryStoreSize();
+}
+
+const ERTr3DRevRep* _ERSymetrie3D::getReduced() const { return shareable(*this); }
+
+// The general similitude.
+
+_ERSimilitude3D::_ERSimilitude3D() : matrix(IdentityMatrix(3)) {}
+_ERSimilitude3D::_ERSimilitude3D(const ERAnySimilitude3D& any)
+    : matrix(any.unscaledMatrix()), translation(any.getTrans()), factor(any.getFactHomo()) {}
+
+void _ERSimilitude3D::TransTo(ERVec<ERPole3DH>& poles) const {
+    mapPoles(poles, ToSimilitude{{translation}, LinearMap(matrix).transposed(), {factor}});
+}
+void _ERSimilitude3D::TransTo(ERPoint3D* points, unsigned int n) const {
+    mapPoints(points, n, ToSimilitude{{translation}, LinearMap(matrix).transposed(), {factor}});
+}
+void _ERSimilitude3D::TransTo(ERVector3D& v) const {
+    v = asVector(ScaleBack{factor}(LinearMap(matrix).transposed()(asPoint(v))));
+}
+void _ERSimilitude3D::TransTo(ERPoint3D& p) const {
+    p = ToSimilitude{{translation}, LinearMap(matrix).transposed(), {factor}}(p);
+}
+void _ERSimilitude3D::TransFrom(ERVec<ERPole3DH>& poles) const {
+    mapPoles(poles, FromSimilitude{{factor}, LinearMap(matrix), {translation}});
+}
+void _ERSimilitude3D::TransFrom(ERPoint3D* points, unsigned int n) const {
+    mapPoints(points, n, FromSimilitude{{factor}, LinearMap(matrix), {translation}});
+}
+void _ERSimilitude3D::TransFrom(ERVector3D& v) const {
+    v = asVector(LinearMap(matrix)(Scale{factor}(asPoint(v))));
+}
+void _ERSimilitude3D::TransFrom(ERPoint3D& p) const {
+    p = FromSimilitude{{factor}, LinearMap(matrix), {translation}}(p);
+}
+
+const ERTr3DRevRep* _ERSimilitude3D::getInverse() const {
+    const LinearMap transposed = LinearMap(matrix).transposed();
+    return new _ERSimilitude3D(transposed.asMatrix(), -ScaleBack{factor}(transposed(translation)),
+                               1.0 / factor);
+}
+int _ERSimilitude3D::isDirect() const { return determinant(ERLUDecomp(matrix)) > 0.0 ? 1 : 0; }
+_ERSimilitude3D* _ERSimilitude3D::getCopy() const { return new _ERSimilitude3D(*this); }
+
+int _ERSimilitude3D::isValid() const {
+    if (!ERAnySimilitude3D::isValid() || !LinearMap::fits(matrix)) return 0;
+    const double volume = std::fabs(determinant(ERLUDecomp(matrix)));
+    return std::fabs(volume - 1.0) <= tolerance && std::isfinite(factor) && factor != 0.0;
+}
+
+void _ERSimilitude3D::printOn(std::ostream& os) const {
+    os << "Matrice de Rotation    : ";
+    matrix.printOn(os);
+    os << "Composante Translation : " << translation;
+    os << "facteur d'homothetie   : " << factor;
+}
+
+void _ERSimilitude3D::saveGuts(ERFile& file) const {
+    ERAnySimilitude3D::saveGuts(file);
+    matrix.saveGuts(file);
+    translation.saveGuts(file);
+    file.Write(factor);
+}
+void _ERSimilitude3D::restoreGuts(ERFile& file) {
+    ERAnySimilitude3D::restoreGuts(file);
+    restoreMatrix(matrix, file);
+    translation.restoreGuts(file);
+    file.Read(factor);
+}
+ERULong _ERSimilitude3D::binaryStoreSize() const {
+    return ERAnySimilitude3D::binaryStoreSize() + matrix.binaryStoreSize() +
+           translation.binaryStoreSize() + static_cast<ERULong>(sizeof factor);
+}
+
+const ERTr3DRevRep* _ERSimilitude3D::getReduced() const {
+    if (!LinearMap::fits(matrix)) return shareable(*this);
+    const bool unitFactor = std::fabs(factor - 1.0) <= tolerance;
+    const bool centred = isNull(translation);
+    if (isDirect()) {
+        if (unitFactor) return _ERWorkplane(matrix, translation).getReduced();
+        if (centred && isUnit(matrix)) return _ERScaling3D(factor).getReduced();
+    } else if (unitFactor && centred) {
+        const LinearMap m(matrix);
+        if ((m * m).isUnit(tolerance)) return _ERSymetrie3D(matrix).getReduced();
+    }
+    return shareable(*this);
+}
+
+}  // namespace kerf

@@ -1,0 +1,332 @@
+#pragma once
+#include "kerf/values/transformation_3d.h"
+
+// The seven classes that a 3D transformation can be. What each does is the formula of ERTr3DRev,
+// cut down to what the class needs; programs meet them through the handles. All are immutable once
+// built. A matrix that is not 3 by 3 makes an object that is not valid and acts as if its linear
+// part were the unit matrix.
+namespace kerf {
+
+/// Anything with readings M, k, t.
+class KERF_EXPORT ERAnySimilitude3D : public ERTr3DRevRep {
+    ER_OBJECT_CLASS(ERAnySimilitude3D);
+
+protected:
+    ERAnySimilitude3D() = default;
+    ERAnySimilitude3D(const ERAnySimilitude3D&) = default;
+    ERAnySimilitude3D& operator=(const ERAnySimilitude3D&) = default;
+};
+
+/// The direct isometries.
+class KERF_EXPORT ERAnyIsometrie3D : public ERAnySimilitude3D {
+    ER_OBJECT_CLASS(ERAnyIsometrie3D);
+
+public:
+    double getFactHomo() const override;  ///< 1
+    int isDirect() const override;        ///< 1
+
+protected:
+    ERAnyIsometrie3D() = default;
+    ERAnyIsometrie3D(const ERAnyIsometrie3D&) = default;
+    ERAnyIsometrie3D& operator=(const ERAnyIsometrie3D&) = default;
+};
+
+/// Leaves everything where it is; the operations on arrays do not look at them.
+class KERF_EXPORT _ERIdentity3D : public ERAnyIsometrie3D {
+    ER_OBJECT_CLASS(_ERIdentity3D);
+
+public:
+    _ERIdentity3D() = default;
+
+    void TransTo(ERVec<ERPole3DH>& poles) const override;
+    void TransTo(ERPoint3D* points, unsigned int n) const override;
+    void TransTo(ERVec<ERPoint3D>& points) const override;
+    void TransTo(ERVector3D& v) const override;
+    void TransTo(ERPoint3D& p) const override;
+    int isEqual(const ERTr3D& other) const override;
+    const ERTr3DRevRep* getInverse() const override;
+    void TransFrom(ERVec<ERPole3DH>& poles) const override;
+    void TransFrom(ERVec<ERPoint3D>& points) const override;
+    void TransFrom(ERPoint3D* points, unsigned int n) const override;
+    void TransFrom(ERVector3D& v) const override;
+    void TransFrom(ERPoint3D& p) const override;
+    ERMatrix<double> getMatrix() const override;
+    ERPoint3D getTrans() const override;
+
+    _ERIdentity3D* getCopy() const override;
+    void printOn(std::ostream& os) const override;
+    const ERTr3DRevRep* getReduced() const override;
+    const ERTr3DRevRep* operator*(const ERTr3DRevRep* right) const override;
+    const ERTr3DRevRep* multiplyWith_ERTranslation3D(const _ERTranslation3D*) const override;
+    const ERTr3DRevRep* multiplyWith_ERRotation3D(const _ERRotation3D*) const override;
+    const ERTr3DRevRep* multiplyWith_ERWorkplane(const _ERWorkplane*) const override;
+    const ERTr3DRevRep* multiplyWith_ERScaling3D(const _ERScaling3D*) const override;
+    const ERTr3DRevRep* multiplyWith_ERSimilitude3D(const _ERSimilitude3D*) const override;
+    const ERTr3DRevRep* multiplyWith_ERSymetrie3D(const _ERSymetrie3D*) const override;
+};
+
+/// p + t. Vectors stay.
+class KERF_EXPORT _ERTranslation3D : public ERAnyIsometrie3D {
+    ER_OBJECT_CLASS(_ERTranslation3D);
+
+public:
+    _ERTranslation3D() = default;
+    explicit _ERTranslation3D(const ERPoint3D& t) : translation(t) {}
+
+    using ERAnyIsometrie3D::TransFrom;
+    using ERAnyIsometrie3D::TransTo;
+    void TransTo(ERVec<ERPole3DH>& poles) const override;
+    void TransTo(ERPoint3D* points, unsigned int n) const override;
+    void TransTo(ERVector3D& v) const override;
+    void TransTo(ERPoint3D& p) const override;
+    const ERTr3DRevRep* getInverse() const override;
+    void TransFrom(ERVec<ERPole3DH>& poles) const override;
+    void TransFrom(ERPoint3D* points, unsigned int n) const override;
+    void TransFrom(ERVector3D& v) const override;
+    void TransFrom(ERPoint3D& p) const override;
+    ERMatrix<double> getMatrix() const override;
+    ERPoint3D getTrans() const override { return translation; }
+
+    _ERTranslation3D* getCopy() const override;
+    void printOn(std::ostream& os) const override;
+    void saveGuts(ERFile& file) const override;
+    void restoreGuts(ERFile& file) override;
+    ERULong binaryStoreSize() const override;
+    const ERTr3DRevRep* getReduced() const override;
+    const ERTr3DRevRep* operator*(const ERTr3DRevRep* right) const override;
+    const ERTr3DRevRep* multiplyWith_ERTranslation3D(const _ERTranslation3D*) const override;
+    const ERTr3DRevRep* multiplyWith_ERRotation3D(const _ERRotation3D*) const override;
+    const ERTr3DRevRep* multiplyWith_ERWorkplane(const _ERWorkplane*) const override;
+    const ERTr3DRevRep* multiplyWith_ERScaling3D(const _ERScaling3D*) const override;
+    const ERTr3DRevRep* multiplyWith_ERSimilitude3D(const _ERSimilitude3D*) const override;
+    const ERTr3DRevRep* multiplyWith_ERSymetrie3D(const _ERSymetrie3D*) const override;
+
+private:
+    ERPoint3D translation;
+};
+
+/// M p, with an orthonormal M of determinant 1.
+class KERF_EXPORT _ERRotation3D : public ERAnyIsometrie3D {
+    ER_OBJECT_CLASS(_ERRotation3D);
+
+public:
+    _ERRotation3D();  ///< the unit matrix
+    explicit _ERRotation3D(const ERMatrix<double>& m) : matrix(m) {}
+
+    using ERAnyIsometrie3D::TransFrom;
+    using ERAnyIsometrie3D::TransTo;
+    void TransTo(ERVec<ERPole3DH>& poles) const override;
+    void TransTo(ERPoint3D* points, unsigned int n) const override;
+    void TransTo(ERVector3D& v) const override;
+    void TransTo(ERPoint3D& p) const override;
+    const ERTr3DRevRep* getInverse() const override;
+    void TransFrom(ERVec<ERPole3DH>& poles) const override;
+    void TransFrom(ERPoint3D* points, unsigned int n) const override;
+    void TransFrom(ERVector3D& v) const override;
+    void TransFrom(ERPoint3D& p) const override;
+    ERMatrix<double> getMatrix() const override { return matrix; }
+    ERPoint3D getTrans() const override;
+
+    _ERRotation3D* getCopy() const override;
+    void printOn(std::ostream& os) const override;
+    void saveGuts(ERFile& file) const override;
+    void restoreGuts(ERFile& file) override;
+    ERULong binaryStoreSize() const override;
+    const ERTr3DRevRep* getReduced() const override;
+    const ERTr3DRevRep* operator*(const ERTr3DRevRep* right) const override;
+    const ERTr3DRevRep* multiplyWith_ERTranslation3D(const _ERTranslation3D*) const override;
+    const ERTr3DRevRep* multiplyWith_ERRotation3D(const _ERRotation3D*) const override;
+    const ERTr3DRevRep* multiplyWith_ERWorkplane(const _ERWorkplane*) const override;
+    const ERTr3DRevRep* multiplyWith_ERScaling3D(const _ERScaling3D*) const override;
+    const ERTr3DRevRep* multiplyWith_ERSimilitude3D(const _ERSimilitude3D*) const override;
+    const ERTr3DRevRep* multiplyWith_ERSymetrie3D(const _ERSymetrie3D*) const override;
+
+private:
+    ERMatrix<double> matrix;
+};
+
+/// M p + o: a right-handed frame at o whose axes are the columns of M.
+class KERF_EXPORT _ERWorkplane : public ERAnyIsometrie3D {
+    ER_OBJECT_CLASS(_ERWorkplane);
+
+public:
+    _ERWorkplane();  ///< the reference frame
+    /// First axis x, third axis x ^ y, all normalised.
+    _ERWorkplane(const ERVector3D& x, const ERVector3D& y, const ERPoint3D& o);
+    /// Third axis z normalised, the others from GetOrthogonalDirections.
+    _ERWorkplane(const ERVector3D& z, const ERPoint3D& o);
+    _ERWorkplane(const ERMatrix<double>& m, const ERPoint3D& o) : matrix(m), origin(o) {}
+    /// The rotation, then the translation.
+    _ERWorkplane(const _ERRotation3D& rotation, const _ERTranslation3D& translation);
+    explicit _ERWorkplane(const ERAnyIsometrie3D& isometry);
+
+    using ERAnyIsometrie3D::TransFrom;
+    using ERAnyIsometrie3D::TransTo;
+    void TransTo(ERVec<ERPole3DH>& poles) const override;
+    void TransTo(ERPoint3D* points, unsigned int n) const override;
+    void TransTo(ERVector3D& v) const override;
+    void TransTo(ERPoint3D& p) const override;
+    const ERTr3DRevRep* getInverse() const override;
+    void TransFrom(ERVec<ERPole3DH>& poles) const override;
+    void TransFrom(ERPoint3D* points, unsigned int n) const override;
+    void TransFrom(ERVector3D& v) const override;
+    void TransFrom(ERPoint3D& p) const override;
+    ERMatrix<double> getMatrix() const override { return matrix; }
+    ERPoint3D getTrans() const override { return origin; }
+
+    _ERWorkplane* getCopy() const override;
+    void printOn(std::ostream& os) const override;
+    void saveGuts(ERFile& file) const override;
+    void restoreGuts(ERFile& file) override;
+    ERULong binaryStoreSize() const override;
+    const ERTr3DRevRep* getReduced() const override;
+    const ERTr3DRevRep* operator*(const ERTr3DRevRep* right) const override;
+    const ERTr3DRevRep* multiplyWith_ERTranslation3D(const _ERTranslation3D*) const override;
+    const ERTr3DRevRep* multiplyWith_ERRotation3D(const _ERRotation3D*) const override;
+    const ERTr3DRevRep* multiplyWith_ERWorkplane(const _ERWorkplane*) const override;
+    const ERTr3DRevRep* multiplyWith_ERScaling3D(const _ERScaling3D*) const override;
+    const ERTr3DRevRep* multiplyWith_ERSimilitude3D(const _ERSimilitude3D*) const override;
+    const ERTr3DRevRep* multiplyWith_ERSymetrie3D(const _ERSymetrie3D*) const override;
+
+private:
+    ERMatrix<double> matrix;
+    ERPoint3D origin;
+};
+
+/// k p. A factor of 0 is legal; TransTo then gives infinities.
+class KERF_EXPORT _ERScaling3D : public ERAnySimilitude3D {
+    ER_OBJECT_CLASS(_ERScaling3D);
+
+public:
+    _ERScaling3D() = default;
+    explicit _ERScaling3D(double k) : factor(k) {}
+
+    using ERAnySimilitude3D::TransFrom;
+    using ERAnySimilitude3D::TransTo;
+    void TransTo(ERVec<ERPole3DH>& poles) const override;
+    void TransTo(ERPoint3D* points, unsigned int n) const override;
+    void TransTo(ERVector3D& v) const override;
+    void TransTo(ERPoint3D& p) const override;
+    const ERTr3DRevRep* getInverse() const override;
+    void TransFrom(ERVec<ERPole3DH>& poles) const override;
+    void TransFrom(ERPoint3D* points, unsigned int n) const override;
+    void TransFrom(ERVector3D& v) const override;
+    void TransFrom(ERPoint3D& p) const override;
+    /// k times the unit matrix, beside getFactHomo() = k: callers rely on it (see unscaledMatrix).
+    ERMatrix<double> getMatrix() const override;
+    ERPoint3D getTrans() const override;
+    double getFactHomo() const override { return factor; }
+    int isDirect() const override;  ///< 1, whatever the sign of the factor
+
+    _ERScaling3D* getCopy() const override;
+    void printOn(std::ostream& os) const override;
+    void saveGuts(ERFile& file) const override;
+    void restoreGuts(ERFile& file) override;
+    ERULong binaryStoreSize() const override;
+    const ERTr3DRevRep* getReduced() const override;
+    const ERTr3DRevRep* operator*(const ERTr3DRevRep* right) const override;
+    const ERTr3DRevRep* multiplyWith_ERTranslation3D(const _ERTranslation3D*) const override;
+    const ERTr3DRevRep* multiplyWith_ERRotation3D(const _ERRotation3D*) const override;
+    const ERTr3DRevRep* multiplyWith_ERWorkplane(const _ERWorkplane*) const override;
+    const ERTr3DRevRep* multiplyWith_ERScaling3D(const _ERScaling3D*) const override;
+    const ERTr3DRevRep* multiplyWith_ERSimilitude3D(const _ERSimilitude3D*) const override;
+    const ERTr3DRevRep* multiplyWith_ERSymetrie3D(const _ERSymetrie3D*) const override;
+
+private:
+    double factor = 1.0;
+};
+
+/// M p with an orthonormal M of determinant -1 that is its own inverse: a mirror through the
+/// origin, or the negation of everything.
+class KERF_EXPORT _ERSymetrie3D : public ERAnySimilitude3D {
+    ER_OBJECT_CLASS(_ERSymetrie3D);
+
+public:
+    _ERSymetrie3D();  ///< the mirror z = 0
+    explicit _ERSymetrie3D(const ERMatrix<double>& m) : matrix(m) {}
+
+    using ERAnySimilitude3D::TransFrom;
+    using ERAnySimilitude3D::TransTo;
+    void TransTo(ERVec<ERPole3DH>& poles) const override;
+    void TransTo(ERPoint3D* points, unsigned int n) const override;
+    void TransTo(ERVector3D& v) const override;
+    void TransTo(ERPoint3D& p) const override;
+    const ERTr3DRevRep* getInverse() const override { return this; }
+    void TransFrom(ERVec<ERPole3DH>& poles) const override;
+    void TransFrom(ERPoint3D* points, unsigned int n) const override;
+    void TransFrom(ERVector3D& v) const override;
+    void TransFrom(ERPoint3D& p) const override;
+    ERMatrix<double> getMatrix() const override { return matrix; }
+    ERPoint3D getTrans() const override;
+    double getFactHomo() const override;
+    int isDirect() const override;
+
+    _ERSymetrie3D* getCopy() const override;
+    void printOn(std::ostream& os) const override;
+    void saveGuts(ERFile& file) const override;
+    void restoreGuts(ERFile& file) override;
+    ERULong binaryStoreSize() const override;
+    const ERTr3DRevRep* getReduced() const override;
+    const ERTr3DRevRep* operator*(const ERTr3DRevRep* right) const override;
+    const ERTr3DRevRep* multiplyWith_ERTranslation3D(const _ERTranslation3D*) const override;
+    const ERTr3DRevRep* multiplyWith_ERRotation3D(const _ERRotation3D*) const override;
+    const ERTr3DRevRep* multiplyWith_ERWorkplane(const _ERWorkplane*) const override;
+    const ERTr3DRevRep* multiplyWith_ERScaling3D(const _ERScaling3D*) const override;
+    const ERTr3DRevRep* multiplyWith_ERSimilitude3D(const _ERSimilitude3D*) const override;
+    const ERTr3DRevRep* multiplyWith_ERSymetrie3D(const _ERSymetrie3D*) const override;
+
+private:
+    ERMatrix<double> matrix;
+};
+
+/// M (k p) + t: the general case.
+class KERF_EXPORT _ERSimilitude3D : public ERAnySimilitude3D {
+    ER_OBJECT_CLASS(_ERSimilitude3D);
+
+public:
+    _ERSimilitude3D();  ///< leaves everything where it is
+    explicit _ERSimilitude3D(const ERMatrix<double>& m) : matrix(m) {}
+    _ERSimilitude3D(const ERMatrix<double>& m, const ERPoint3D& t, double k)
+        : matrix(m), translation(t), factor(k) {}
+    explicit _ERSimilitude3D(const ERAnySimilitude3D& any);
+
+    using ERAnySimilitude3D::TransFrom;
+    using ERAnySimilitude3D::TransTo;
+    void TransTo(ERVec<ERPole3DH>& poles) const override;
+    void TransTo(ERPoint3D* points, unsigned int n) const override;
+    void TransTo(ERVector3D& v) const override;
+    void TransTo(ERPoint3D& p) const override;
+    const ERTr3DRevRep* getInverse() const override;
+    void TransFrom(ERVec<ERPole3DH>& poles) const override;
+    void TransFrom(ERPoint3D* points, unsigned int n) const override;
+    void TransFrom(ERVector3D& v) const override;
+    void TransFrom(ERPoint3D& p) const override;
+    ERMatrix<double> getMatrix() const override { return matrix; }
+    ERPoint3D getTrans() const override { return translation; }
+    double getFactHomo() const override { return factor; }
+    int isDirect() const override;
+
+    _ERSimilitude3D* getCopy() const override;
+    /// 1 for a 3 by 3 matrix whose determinant is 1 or -1 within 1e-11 and a finite factor other
+    /// than 0. That the matrix is orthogonal is not tested.
+    int isValid() const override;
+    void printOn(std::ostream& os) const override;
+    void saveGuts(ERFile& file) const override;
+    void restoreGuts(ERFile& file) override;
+    ERULong binaryStoreSize() const override;
+    const ERTr3DRevRep* getReduced() const override;
+    const ERTr3DRevRep* operator*(const ERTr3DRevRep* right) const override;
+    const ERTr3DRevRep* multiplyWith_ERTranslation3D(const _ERTranslation3D*) const override;
+    const ERTr3DRevRep* multiplyWith_ERRotation3D(const _ERRotation3D*) const override;
+    const ERTr3DRevRep* multiplyWith_ERWorkplane(const _ERWorkplane*) const override;
+    const ERTr3DRevRep* multiplyWith_ERScaling3D(const _ERScaling3D*) const override;
+    const ERTr3DRevRep* multiplyWith_ERSimilitude3D(const _ERSimilitude3D*) const override;
+    const ERTr3DRevRep* multiplyWith_ERSymetrie3D(const _ERSymetrie3D*) const override;
+
+private:
+    ERMatrix<double> matrix;
+    ERPoint3D translation;
+    double factor = 1.0;
+};
+
+}  // namespace kerf
