@@ -1,0 +1,61 @@
+#pragma once
+#include "kerf/core/object.h"
+#include "kerf/core/smart_pointer.h"
+#include "kerf/persistence/property.h"
+
+namespace kerf {
+
+/// A general stored object: a reference to any other object, and a table of typed properties.
+/// Colour, level and name have accessors of their own; each write form answers the object and sets
+/// it dirty.
+///
+/// Stored form: the table, then the reference (an int, 1 when null; else 0 and the object's ID).
+class KERF_EXPORT ERDBObject : public ERObject {
+    ER_OBJECT_CLASS(ERDBObject);
+
+public:
+    ERDBObject();
+    explicit ERDBObject(t_SmartPtr<ERObject> referred);
+    ERDBObject(ERDBObject const&) = default;
+    ERDBObject& operator=(ERDBObject const&) = default;
+    ~ERDBObject() override;
+
+    t_SmartPtr<ERObject> object() const { return object_; }
+    ERDBObject& object(t_SmartPtr<ERObject> referred);
+
+    /// 0 when the property is missing.
+    ERLong color() const;
+    ERDBObject& color(ERLong value);
+    ERLong level() const;
+    ERDBObject& level(ERLong value);
+    ERULong color_rgb() const;
+    ERDBObject& color_rgb(ERULong value);
+
+    /// The empty string when the property is missing; reading it then creates an undefined entry,
+    /// which is stored with the object: files written by callers hold such entries.
+    char const* name();
+    ERDBObject& name(char const* value);
+    char const* level_name();
+    ERDBObject& level_name(char const* value);
+
+    /// A property under a key of the caller's; undefined when it is missing.
+    ERDBObjProperty property(ERLong key) const;
+    ERDBObject& property(ERLong key, long value);
+    ERDBObject& property(ERLong key, int value);
+    ERDBObject& property(ERLong key, double value);
+    ERDBObject& property(ERLong key, char const* value);
+
+    ERObject* getCopy() const override;
+    void printOn(std::ostream& os) const override;
+    void saveGuts(ERFile& file) const override;
+    void restoreGuts(ERFile& file) override;
+    ERULong binaryStoreSize() const override;
+
+private:
+    ERDBObject& setProperty(ERLong key, ERDBObjProperty const& value);
+
+    t_SmartPtr<ERObject> object_;
+    ERDBObjPropertyTable properties;
+};
+
+}  // namespace kerf

@@ -1,0 +1,75 @@
+#pragma once
+#include <memory>
+
+#include "kerf/core/file.h"
+#include "kerf/persistence/free_list.h"
+
+namespace kerf {
+
+/// A file that is a heap of blocks of any size. The first block ever allocated is the file's root,
+/// from which everything else is found; it is never freed.
+///
+/// Location: where the data of a block begins, a multiple of 4 from 284 up; -1 means none.
+/// Writing:  header words and free-list nodes go straight to the file; nothing is delayed.
+/// Failure:  the platform's CFileException passes from every function that reads or writes.
+/// Sharing:  read-only denies others to write; otherwise the file is this object's alone. Nothing
+///           here keeps a read-only file from a write: that fails as the platform says.
+class KERF_EXPORT ERFileManager : public ERFile {
+public:
+    /// Where the first block begins, with its size word; a free-list node and the header lie
+    /// before.
+    static constexpr ERLong firstData = 280;
+
+    /// Opens the file, or creates it when there is none of that name. An empty file becomes a heap;
+    /// one that does not begin with the header of a heap has no list manager, and allocates
+    /// nothing.
+    ERFileManager(const char* name, int readOnly);
+    ~ERFileManager() override;
+
+    /// The location of a new block for `size` bytes, or -1, with nothing changed, when it would
+    /// reach past 2147483647 or the file is no heap.
+    ERLong allocate(ERULong size);
+
+    /// As allocate, but the caller must write `blockSize` into the 4 bytes before the location,
+    /// with the data in one write. Until then the block cannot be freed.
+    ERLong allocateUnwritten(ERULong size, ERULong& blockSize);
+
+    /// Gives the block back. Nothing happens for -1, for the root, and for a location that is no
+    /// block's.
+    void deallocate(ERLong location);
+
+    int isReadOnly() const { return readOnly; }
+    ERLong start() const { return root; }    ///< the root's location, -1 while there is none
+    ERLong endData() const { return end_; }  ///< the first offset behind all data
+
+protected:
+    ERLong rootOffset() const { return firstNode; }
+
+    /// Moves the end of the data up by `size` and returns where it was; -1, with nothing changed,
+    /// past 2147483647.
+    ERLong allocateAtEnd(ERULong size);
+    /// 1 when the range reached the end of the data, which then becomes `location`; else 0.
+    int deallocateFromEnd(ERLong location, ERULong size);
+
+    void readErr();
+    void writeErr();
+    void seekErr();
+
+private:
+    friend class ERListManager;
+
+    static constexpr ERLong firstNode = 12;
+    static constexpr ERLong nodeSize = 268;
+    static_assert(firstData == firstNode + nodeSize);
+
+    ERLong keepAsRoot(ERLong location);
+    void writeWord(ERLong offset, ERLong& field, ERLong value);
+    bool hasRoomAtEnd(ERULong size) const;
+
+    int readOnly;
+    std::unique_ptr<ERListManager> listManager;
+    ERLong root = -1;
+    ERLong end_ = -1;
+};
+
+}  // namespace kerf

@@ -1,0 +1,140 @@
+#include "kerf/persistence/node_cache.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "kerf/core/file.h"
+
+namespace kerf {
+
+// Why a list in the order of last use finds the slot of the greatest age: every read and write
+// makes all used slots older by 1 and one of them 0, so that two slots used at different calls
+// differ, and the one used earlier is the older. Only getFreeSlot, called from outside, gives slots
+// without a use; they come in rising order, join the list at its new end, and so the oldest of the
+// list is still the first of the oldest.
+
+ERCacheManager::ERCacheManager(ERFile* cachedFile, unsigned int sizeOfBlocks, unsigned int count)
+    : file(cachedFile), slots(std::max(count, 1u)), blockSize_(sizeOfBlocks) {}
+
+ERCacheManager::~ERCacheManager() = default;
+
+const char* ERCacheManager::peek(ERLong location) {
+    bool hit = false;
+    const unsigned int slot = slotFor(location, hit);
+    touch(slot);
+    if (!hit) {
+        file->SeekTo(location);
+        if (!file->Read(block(slot), blockSize_)) return nullptr;
+        assign(slot, location);
+    }
+    return block(slot);
+}
+
+int ERCacheManager::read(ERLong location, void* target) {
+    const char* const source = peek(location);
+    if (source == nullptr) return 0;
+    std::memcpy(target, source, blockSize_);
+    return 1;
+}
+
+// From the first byte written until the last the slot holds nothing: a write that fails leaves the
+// file in a state that is not known here.
+int ERCacheManager::write(ERLong location, const void* source) {
+    bool hit = false;
+    const unsigned int slot = slotFor(location, hit);
+    touch(slot);
+    release(slot);
+    file->SeekTo(location);
+    file->Write(static_cast<const char*>(source), blockSize_);
+    std::memcpy(block(slot), source, blockSize_);
+    assign(slot, location);
+    return 1;
+}
+
+void ERCacheManager::invalidate() {
+    slotOf.clear();
+    entries.clear();
+    newest = oldest = none;
+}
+
+void ERCacheManager::invalidate(ERLong location) {
+    const auto found = slotOf.find(location);
+    if (found != slotOf.end()) release(found->second);
+}
+
+unsigned int ERCacheManager::LRU() const { return oldest == none ? 0 : oldest; }
+
+int ERCacheManager::ageAndFindSlot(ERLong location) {
+    ++clock;
+    const auto found = slotOf.find(location);
+    return found == slotOf.end() ? -1 : static_cast<int>(found->second);
+}
+
+unsigned int ERCacheManager::getFreeSlot() {
+    if (used() >= slots) return LRU();
+    const unsigned int slot = used();
+    const std::size_t needed = std::size_t{slot + 1} * blockSize_;
+    if (buffer.size() < needed)
+        buffer.resize(
+            std::min(std::max(needed, 2 * buffer.size()), std::size_t{slots} * blockSize_));
+    entries.push_back({-1, none, none, clock});
+    linkNewest(slot);
+    return slot;
+}
+
+unsigned int ERCacheManager::age(unsigned int slot) const {
+    KERF_CHECK_ARGUMENT(slot < used());
+    return static_cast<unsigned int>(clock - entries[slot].lastUse);
+}
+
+ERLong ERCacheManager::location(unsigned int slot) const {
+    KERF_CHECK_ARGUMENT(slot < used());
+    return entries[slot].location;
+}
+
+// The slot that holds the location, or an emptied one for it.
+unsigned int ERCacheManager::slotFor(ERLong location, bool& hit) {
+    const int held = ageAndFindSlot(location);
+    hit = held != -1;
+    if (hit) return static_cast<unsigned int>(held);
+    const unsigned int slot = getFreeSlot();
+    release(slot);
+    return slot;
+}
+
+void ERCacheManager::touch(unsigned int slot) {
+    entries[slot].lastUse = clock;
+    if (slot == newest) return;
+    unlink(slot);
+    linkNewest(slot);
+}
+
+void ERCacheManager::unlink(unsigned int slot) {
+    const Entry& entry = entries[slot];
+    (entry.newer == none ? newest : entries[entry.newer].older) = entry.older;
+    (entry.older == none ? oldest : entries[entry.older].newer) = entry.newer;
+}
+
+void ERCacheManager::linkNewest(unsigned int slot) {
+    entries[slot].newer = none;
+    entries[slot].older = newest;
+    (newest == none ? oldest : entries[newest].newer) = slot;
+    newest = slot;
+}
+
+void ERCacheManager::release(unsigned int slot) {
+    if (entries[slot].location == -1) return;
+    slotOf.erase(entries[slot].location);
+    entries[slot].location = -1;
+}
+
+void ERCacheManager::assign(unsigned int slot, ERLong location) {
+    slotOf.emplace(location, slot);
+    entries[slot].location = location;
+}
+
+char* ERCacheManager::block(unsigned int slot) {
+    return buffer.data() + std::size_t{slot} * blockSize_;
+}
+
+}  // namespace kerf

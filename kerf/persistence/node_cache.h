@@ -1,0 +1,87 @@
+#pragma once
+#include <cstddef>
+#include <cstdint>
+#include <unordered_map>
+#include <vector>
+
+#include "kerf/platform/config.h"
+
+namespace kerf {
+
+class ERFile;
+
+/// Keeps the blocks of one size that were used last. Write-through: a block in here is always the
+/// same as in the file. Finding a block, and the slot to give up for another, takes constant time
+/// whatever the number of slots.
+///
+/// The age of a slot is the number of reads and writes since its last use. The first `slots` blocks
+/// take free slots; then the slot of the greatest age is given up.
+/// Failure: the platform's exceptions pass; the slot concerned then holds nothing.
+class KERF_EXPORT ERCacheManager {
+public:
+    /// With 0 slots it works as with 1. The file is not owned. Memory is taken as slots fill.
+    ERCacheManager(ERFile* file, unsigned int blockSize, unsigned int slots);
+    ERCacheManager(const ERCacheManager&) = delete;
+    ERCacheManager& operator=(const ERCacheManager&) = delete;
+    ~ERCacheManager();
+
+    /// Copies the block at that location to `target`. 0, with the target unchanged, when the file
+    /// does not hold it whole.
+    int read(ERLong location, void* target);
+
+    /// Writes the block to the file and keeps it. Answers 1.
+    int write(ERLong location, const void* source);
+
+    /// As read, in place: null, or the block until the next call of this object.
+    const char* peek(ERLong location);
+
+    /// Forgets every block.
+    void invalidate();
+    /// Forgets that block. Its slot ages on, empty.
+    void invalidate(ERLong location);
+
+    /// The slot of the greatest age, the first of equal ones.
+    unsigned int LRU() const;
+    /// Makes every used slot older by 1; the slot that holds the location, or -1.
+    int ageAndFindSlot(ERLong location);
+    /// The next free slot while there is one, or LRU().
+    unsigned int getFreeSlot();
+
+    unsigned int blockSize() const { return blockSize_; }
+    unsigned int used() const { return static_cast<unsigned int>(entries.size()); }
+    unsigned int age(unsigned int slot) const;
+    /// The location of the block in that slot; -1 when it is empty.
+    ERLong location(unsigned int slot) const;
+
+private:
+    // A slot, linked into the order of last use. Ages are not stored: an age is the time since the
+    // last use.
+    struct Entry {
+        ERLong location;
+        unsigned int older;
+        unsigned int newer;
+        std::uint64_t lastUse;
+    };
+
+    static constexpr unsigned int none = static_cast<unsigned int>(-1);
+
+    unsigned int slotFor(ERLong location, bool& hit);
+    void touch(unsigned int slot);
+    void unlink(unsigned int slot);
+    void linkNewest(unsigned int slot);
+    void release(unsigned int slot);
+    void assign(unsigned int slot, ERLong location);
+    char* block(unsigned int slot);
+
+    ERFile* file;
+    unsigned int slots;
+    unsigned int blockSize_;
+    std::uint64_t clock = 0;
+    unsigned int newest = none;
+    unsigned int oldest = none;
+    std::vector<Entry> entries;
+    std::vector<char> buffer;
+    std::unordered_map<ERLong, unsigned int> slotOf;
+};
+
+}  // namespace kerf

@@ -1,0 +1,33 @@
+#pragma once
+#include <cstring>
+
+#include "kerf/platform/config.h"
+
+namespace kerf {
+
+/// A number as the key of a binary tree: its four bytes, low byte first. Trees order such keys by
+/// their bytes, not by their value.
+class NumberKey {
+public:
+    static constexpr unsigned int length = 4;
+
+    explicit NumberKey(ERLong number) {
+        const ERULong bits = static_cast<ERULong>(number);
+        for (unsigned int i = 0; i < length; ++i)
+            bytes[i] = static_cast<char>((bits >> (8 * i)) & 0xFF);
+    }
+
+    operator char const*() const { return bytes; }
+
+    static ERLong numberOf(char const* key) {
+        ERULong bits = 0;
+        for (unsigned int i = 0; i < length; ++i)
+            bits |= static_cast<ERULong>(static_cast<unsigned char>(key[i])) << (8 * i);
+        return static_cast<ERLong>(bits);
+    }
+
+private:
+    char bytes[length];
+};
+
+}  // namespace kerf

@@ -1,0 +1,38 @@
+#pragma once
+#include <memory>
+
+#include "kerf/persistence/object_database.h"
+
+namespace kerf {
+
+class ERAuxilaryIndex;
+
+/// A database whose objects are numbered from 0 in the order in which they were saved. The numbers
+/// are kept by an index object, which is the first record of the file.
+class KERF_EXPORT ERDataBase {
+public:
+    ERDataBase();
+    ERDataBase(ERDataBase const&) = delete;
+    ERDataBase& operator=(ERDataBase const&) = delete;
+    virtual ~ERDataBase();  ///< closes
+
+    /// As ERObjectDataBase::Open; also 0 for a file whose first record is no index.
+    virtual int Open(char const* name, int readOnly);
+    virtual void Close();
+
+    /// Stores the object and returns its number; -1 when nothing was stored.
+    virtual ERLong save(t_SmartPtr<ERObject> object);
+    /// Builds the object of that number; null when there is none.
+    virtual t_SmartPtr<ERObject> restore(ERLong number);
+
+    /// How many numbers are given; the next object saved gets this one.
+    ERLong getNbEnt() const { return nextEntry; }
+    ERObjectDataBase& objects() { return base; }
+
+private:
+    ERObjectDataBase base;
+    std::unique_ptr<ERAuxilaryIndex> index;
+    ERLong nextEntry = 0;
+};
+
+}  // namespace kerf

@@ -1,0 +1,123 @@
+#pragma once
+#include <iosfwd>
+#include <memory>
+#include <string>
+#include <unordered_map>
+#include <unordered_set>
+#include <vector>
+
+#include "kerf/core/object.h"
+#include "kerf/core/reference.h"
+#include "kerf/core/smart_pointer.h"
+
+namespace kerf {
+
+class ERBTreeOnDisk;
+class ERFileManager;
+class RecordFile;
+
+/// Objects in one file, each a record of variable size found by its ID. A record begins with the
+/// signature of its class, a small number that a tree of the file gives for the class name.
+///
+/// IDs:       start at 1 and are never given twice. An object that refers to another holds its ID;
+/// no
+///            cache of loaded objects exists, so an object referred to twice comes back as two.
+/// Failure:   nothing of the library's is thrown. A write that fails passes the platform's
+///            CFileException on; the object then keeps its former ID and database. Open catches it
+///            and shows its text.
+/// Crash:     records and trees are on disk when a call returns. The counters of the header are
+///            written by Close alone; after a crash an ID that is in use is passed over.
+/// Threads:   one thread; the current database is shared by the whole process.
+class KERF_EXPORT ERObjectDataBase : public ERReference {
+public:
+    ERObjectDataBase();
+    ERObjectDataBase(ERObjectDataBase const&) = delete;
+    ERObjectDataBase& operator=(ERObjectDataBase const&) = delete;
+    virtual ~ERObjectDataBase();  ///< closes
+
+    /// Opens the file of that name, or creates it unless readOnly is set. 1 when the base is open
+    /// at the end. 0 for a file that is missing (read only), empty, or no database: its bytes stay
+    /// as they are. A file error is shown under the title "File Error" and answers 0.
+    virtual int Open(char const* name, int readOnly);
+    virtual void Close();
+
+    /// Writes the object as a new record, or as a new version of the one it has here: the former
+    /// record is freed when the new one is complete. Returns the object's ID, or -1 when the base
+    /// is closed or the file cannot grow; nothing has changed then.
+    virtual ERLong Store(ERObject& object);
+
+    /// Fills the object from the record of that ID, whatever class the record was stored from. 0
+    /// when there is none.
+    virtual int Retrieve(ERLong id, ERObject& object);
+
+    /// Builds the object of that ID. Null when there is none, when its class is unknown to this
+    /// program or abstract, when its record is being read already (records that refer to each other
+    /// in a ring), or behind a chain of deepestNesting references.
+    virtual t_SmartPtr<ERObject> RetrieveAndCreate(ERLong id);
+
+    /// Frees the record. 0 when there is none. getNbObj() stays as it is: callers rely on it as the
+    /// number of objects ever stored.
+    virtual int Delete(ERLong id);
+
+    /// Lists the classes and the objects of the file.
+    virtual void summarize(std::ostream& os);
+
+    /// The signature of a class; -1 for a class that the base does not know.
+    ERLong getSignature(char const* className);
+
+    /// The signature that the record of that ID begins with; -1 when there is no such record.
+    ERLong signatureOf(ERLong id);
+
+    /// Stores a plain number under a new ID, which is returned (-1 on failure). It is no location:
+    /// nothing is freed when the ID is deleted.
+    ERLong InsertSpecial(ERLong value);
+    /// The number under that ID, or -1.
+    ERLong ReadSpecial(ERLong id);
+    /// Replaces the number under that ID; 0 when there is no such ID.
+    int SetSpecial(ERLong id, ERLong value);
+
+    /// Null while the base is closed.
+    ERFileManager* fileManager();
+    unsigned int getNbObj() const { return objectCount; }
+
+    /// How deep a chain of references is followed by RetrieveAndCreate.
+    static constexpr std::size_t deepestNesting = 1000;
+
+protected:
+    ERLong GetOrCreateSignature(char const* className);
+
+private:
+    struct NameHash {
+        using is_transparent = void;
+        std::size_t operator()(std::string_view name) const {
+            return std::hash<std::string_view>()(name);
+        }
+    };
+    class PendingStore;
+
+    void create(char const* name);
+    bool openExisting(char const* name, int readOnly);
+    void readClasses();
+    void writeCounters();
+    void closeFile();
+    ERLong nextFreeID(ERLong id);
+    ERLong findRecord(ERLong id, ERULong& signature);
+    bool mayBeRecord(ERLong location) const;
+    ERULong signatureAt(ERLong location);
+
+    std::unique_ptr<RecordFile> file;
+    std::unique_ptr<ERBTreeOnDisk> classTree;   ///< class name, up to 60 bytes, to signature
+    std::unique_ptr<ERBTreeOnDisk> objectTree;  ///< object ID to record location
+    ERLong classTreeLocation = -1;
+    ERLong objectTreeLocation = -1;
+    ERLong lastObjectID = 0;
+    ERULong objectCount = 0;
+    ERULong lastSignature = 0;
+    std::unordered_map<std::string, ERULong, NameHash, std::equal_to<>> signatures;
+    std::unordered_map<ERULong, ERClassRegistration::Creator> creators;
+    std::unordered_set<ERLong> specials;  ///< IDs known to hold plain numbers
+    std::vector<ERLong> beingRetrieved;   ///< IDs of the records being read, outermost first
+    unsigned int refusedStores = 0;       ///< stores that answered -1 since the base was made
+};
+
+}  // namespace kerf

@@ -1,0 +1,62 @@
+// How an object meets its database: the operations of ERObject that need to know what a database
+// is.
+#include "kerf/core/object.h"
+#include "kerf/core/smart_pointer.h"
+#include "kerf/persistence/object_database.h"
+
+namespace kerf {
+
+int ERObject::Save(ERObjectDataBase* target) {
+    if (target == nullptr && database == nullptr) return 0;
+    if (target != nullptr && target != database) {
+        if (database != nullptr && dirty && objectID != -1 && database->Store(*this) == -1)
+            return 0;
+
+        // Whatever ends the store early, the object keeps the identity that it came with.
+        struct Identity {
+            ERObject& object;
+            const ERLong objectID = object.objectID;
+            ERObjectDataBase* const database = object.database;
+            bool keep = true;
+            ~Identity() {
+                if (!keep) return;
+                object.objectID = objectID;
+                object.database = database;
+            }
+        } former{*this};
+        database = nullptr;
+        objectID = 0;  // the missing database alone makes this a new record
+        if (target->Store(*this) == -1) return 0;
+        former.keep = false;
+    } else if (dirty && database->Store(*this) == -1) {
+        return 0;
+    }
+    dirty = 0;
+    return 1;
+}
+
+int ERObject::Delete() {
+    if (database == nullptr || objectID == -1) return 0;
+    if (database->Delete(objectID) == 0) return 0;
+    database = nullptr;
+    objectID = -1;
+    return 1;
+}
+
+void ERObject::recursiveSaveOn(ERFile& file) {
+    const ERLong position = file.CurOffset();
+    Save(theCurrentDataBase);
+    file.SeekTo(position);
+    file.Write(objectID);
+}
+
+t_SmartPtr<ERObject> ERObject::recursiveRestoreFrom(ERFile& file) {
+    ERLong id = -1;
+    if (!file.Read(id) || theCurrentDataBase == nullptr) return {};
+    const ERLong position = file.CurOffset();
+    t_SmartPtr<ERObject> restored = theCurrentDataBase->RetrieveAndCreate(id);
+    file.SeekTo(position);
+    return restored;
+}
+
+}  // namespace kerf

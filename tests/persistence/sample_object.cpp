@@ -1,0 +1,7 @@
+#include "tests/persistence/sample_object.h"
+
+namespace kerf {
+
+ER_DEFINE_CLASS(Sample, ERObject)
+
+}  // namespace kerf
