@@ -70,7 +70,16 @@ private:
         FreeList* next;  // in the same bucket
     };
 
-    FreeList* listOf(unsigned capacity);
+    // The list for a capacity, made if there is none yet; null without memory for it.
+    FreeList* listOf(unsigned capacity) {
+        // Capacities are multiples of 64 unless the policy was changed. The product spreads them
+        // over 32 bits, of which the bucket is the fraction: no division is needed.
+        const std::uint32_t hash = (capacity / 64 + capacity % 64 * 2048) * 0x9E3779B1u;
+        FreeList** const bucket = buckets_ + (std::uint64_t{hash} * bucketCount_ >> 32);
+        FreeList* const front = *bucket;
+        return front->capacity == capacity ? front : bringToFront(bucket, capacity);
+    }
+    FreeList* bringToFront(FreeList** bucket, unsigned capacity);
 
     [[maybe_unused]] int reserved_ = -1;
     unsigned byteLimit_;
@@ -80,7 +89,38 @@ private:
     unsigned hits_ = 0;
     unsigned misses_ = 0;
     unsigned bucketCount_;
-    FreeList** buckets_;  // null when there was no memory for it: then nothing is kept
+    FreeList** buckets_;  // chains that end with noList, so that none is ever empty
+    static FreeList noList;
 };
+
+inline ERVecBlock* ERVecRepCache::getRep(unsigned capacity) {
+    FreeList* const list = capacity > largestCapacity ? nullptr : listOf(capacity);
+    if (!list || !list->head) {
+        ++misses_;
+        return nullptr;
+    }
+    ERVecBlock* const block = list->head;
+    list->head = static_cast<ERVecBlock*>(block->data);
+    --list->length;
+    block->data = block + 1;
+    ++hits_;
+    cachedBytes_ -= capacity;
+    --cachedCount_;
+    return block;
+}
+
+inline void ERVecRepCache::free(ERVecBlock* block) {
+    if (cachedCount_ > countLimit_ || cachedBytes_ > byteLimit_) flush();
+    FreeList* const list = block->capacity > largestCapacity ? nullptr : listOf(block->capacity);
+    if (!list) {
+        releaseBlock(block);
+        return;
+    }
+    block->data = list->head;
+    list->head = block;
+    ++list->length;
+    cachedBytes_ += block->capacity;
+    ++cachedCount_;
+}
 
 }  // namespace kerf

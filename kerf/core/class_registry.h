@@ -62,13 +62,14 @@ public:
     ERClassRegistration const** bases = nullptr;  ///< direct bases, null-terminated; may be null
     ERClassRegistration const** members =
         nullptr;                          ///< null-terminated; empty in the library's classes
-    Creator creator = nullptr;     ///< builds an empty heap object; null when abstract
+    Creator creator = nullptr;            ///< builds an empty heap object; null when abstract
     ERClassRegistration* next = nullptr;  ///< the chain
 
     static ERClassRegistration* pFirstClass;
 };
 
-/// What a program that links the static library refers to, so that the linker takes the whole of it.
+/// What a program that links the static library refers to, so that the linker takes the whole of
+/// it.
 struct WholeLibrary {
     ERClassRegistration const* const* classes;
     void (*initModule)();
@@ -90,17 +91,22 @@ struct ERClassLink {
 KERF_EXPORT void erreurCastDown(ERClassRegistration const* wanted,
                                 ERClassRegistration const* found);
 
+template <class Base, class Object>
+void* castdownThroughBase(const Object& object, ERClassRegistration const& wanted) {
+    return object.Base::_castdown(wanted);
+}
+
 /// Asks each base in turn for its part of the class `wanted`. A later answer that differs from an
 /// earlier one is reported to erreurCastDown and then stands.
-template <class FirstBase, class... FurtherBases, class Object>
+template <class... Bases, class Object>
 void* castdownThroughBases(const Object& object, ERClassRegistration const& wanted) {
-    void* answer = object.FirstBase::_castdown(wanted);
-    [[maybe_unused]] const auto ask = [&](void* other) {
-        if (other == nullptr) return;
-        if (answer != nullptr && other != answer) erreurCastDown(&wanted, Object::desc());
-        answer = other;
+    void* answer = nullptr;
+    const auto consider = [&](void* part) {
+        if (part == nullptr) return;
+        if (answer != nullptr && part != answer) erreurCastDown(&wanted, Object::desc());
+        answer = part;
     };
-    (ask(object.FurtherBases::_castdown(wanted)), ...);
+    (consider(castdownThroughBase<Bases>(object, wanted)), ...);
     return answer;
 }
 
@@ -131,30 +137,34 @@ X& referenceOrNull(X* object) {
 // The members that every class of the family carries. `castdown` of a pointer answers null for null
 // and for an object of another class; of a reference it answers a null reference on failure, which
 // callers must not use: who wants safety takes the pointer form or isKindOf.
-#define ER_OBJECT_CLASS_MEMBERS(Class, virtualMark, overrideMark)            \
-public:                                                                      \
-    static ::kerf::ERClassRegistration m_ClassDef_##Class;                   \
-    static ::kerf::ERClassRegistration const* m_Inherite_##Class[];          \
-    static ::kerf::ERClassRegistration const* m_Member_##Class[];            \
-    static ::kerf::CRuntimeClass class##Class;                               \
-    static ::kerf::CRuntimeClass* _GetBaseClass();                           \
-    static ::kerf::CRuntimeClass* GetThisClass() {                           \
-        return &class##Class;                                                \
-    }                                                                        \
-    static ::kerf::ERClassRegistration const* desc() {                       \
-        return &m_ClassDef_##Class;                                          \
-    }                                                                        \
-    static Class* castdown(::kerf::ERObject* object);                        \
-    static Class const* castdown(::kerf::ERObject const* object);            \
-    static Class& castdown(::kerf::ERObject& object);                        \
-    static Class const& castdown(::kerf::ERObject const& object);            \
-    ::kerf::CRuntimeClass* GetRuntimeClass() const override;                 \
-    virtualMark ::kerf::ERClassRegistration const* isA() const overrideMark; \
-    virtualMark char const* className() const overrideMark;                  \
-    virtualMark void* _castdown(::kerf::ERClassRegistration const& wanted) const overrideMark
+#define ER_OBJECT_CLASS_RECORDS(Class)                                                        \
+public:                                                                                       \
+    static ::kerf::ERClassRegistration m_ClassDef_##Class;                                    \
+    static ::kerf::ERClassRegistration const* m_Inherite_##Class[];                           \
+    static ::kerf::ERClassRegistration const* m_Member_##Class[];                             \
+    static ::kerf::CRuntimeClass class##Class;                                                \
+    static ::kerf::CRuntimeClass* _GetBaseClass() { return ::kerf::CObject::GetThisClass(); } \
+    static ::kerf::CRuntimeClass* GetThisClass() { return &class##Class; }                    \
+    static ::kerf::ERClassRegistration const* desc() { return &m_ClassDef_##Class; }          \
+    ::kerf::CRuntimeClass* GetRuntimeClass() const override { return &class##Class; }
 
 /// In the body of a class of the object family; what follows is public.
-#define ER_OBJECT_CLASS(Class) ER_OBJECT_CLASS_MEMBERS(Class, , override)
+#define ER_OBJECT_CLASS(Class)                                                                     \
+    ER_OBJECT_CLASS_RECORDS(Class)                                                                 \
+    ::kerf::ERClassRegistration const* isA() const override { return desc(); }                     \
+    char const* className() const override { return desc()->name; }                                \
+    [[maybe_unused]] void* _castdown(::kerf::ERClassRegistration const& wanted) const override;    \
+    static Class* castdown(::kerf::ERObject* object) { return ::kerf::castdownTo<Class>(object); } \
+    static Class const* castdown(::kerf::ERObject const* object) {                                 \
+        return ::kerf::castdownTo<Class const>(object);                                            \
+    }                                                                                              \
+    static Class& castdown(::kerf::ERObject& object) {                                             \
+        return ::kerf::referenceOrNull(::kerf::castdownTo<Class>(&object));                        \
+    }                                                                                              \
+    static Class const& castdown(::kerf::ERObject const& object) {                                 \
+        return ::kerf::referenceOrNull(::kerf::castdownTo<Class const>(&object));                  \
+    }                                                                                              \
+    static_assert(true, "asks for the semicolon")
 
 #define ER_DESCRIPTOR_OF(Class) &Class::m_ClassDef_##Class
 #define ER_DESCRIPTORS(First, ...) \
@@ -171,36 +181,12 @@ public:                                                                      \
         Class::m_Inherite_##Class, Class::m_Member_##Class, creatorFunction);                      \
     static const ::kerf::ERClassLink linkOf##Class(Class::m_ClassDef_##Class);                     \
     ::kerf::CRuntimeClass Class::class##Class = {#Class, static_cast<int>(sizeof(Class)), 0xFFFF,  \
-                                                 nullptr, &Class::_GetBaseClass};                  \
-    ::kerf::CRuntimeClass* Class::_GetBaseClass() {                                                \
-        return ::kerf::CObject::GetThisClass();                                                    \
-    }                                                                                              \
-    ::kerf::CRuntimeClass* Class::GetRuntimeClass() const {                                        \
-        return &Class::class##Class;                                                               \
-    }                                                                                              \
-    ::kerf::ERClassRegistration const* Class::isA() const {                                        \
-        return Class::desc();                                                                      \
-    }                                                                                              \
-    char const* Class::className() const {                                                         \
-        return Class::m_ClassDef_##Class.name;                                                     \
-    }
+                                                 nullptr, &Class::_GetBaseClass};
 
-#define ER_DEFINE_CLASS_CASTS(Class, ...)                                         \
-    void* Class::_castdown(::kerf::ERClassRegistration const& wanted) const {     \
-        if (&wanted == desc()) return const_cast<Class*>(this);                   \
-        return ::kerf::castdownThroughBases<__VA_ARGS__>(*this, wanted);          \
-    }                                                                             \
-    Class* Class::castdown(::kerf::ERObject* object) {                            \
-        return ::kerf::castdownTo<Class>(object);                                 \
-    }                                                                             \
-    Class const* Class::castdown(::kerf::ERObject const* object) {                \
-        return ::kerf::castdownTo<Class const>(object);                           \
-    }                                                                             \
-    Class& Class::castdown(::kerf::ERObject& object) {                            \
-        return ::kerf::referenceOrNull(::kerf::castdownTo<Class>(&object));       \
-    }                                                                             \
-    Class const& Class::castdown(::kerf::ERObject const& object) {                \
-        return ::kerf::referenceOrNull(::kerf::castdownTo<Class const>(&object)); \
+#define ER_DEFINE_CLASS_CASTS(Class, ...)                                     \
+    void* Class::_castdown(::kerf::ERClassRegistration const& wanted) const { \
+        if (&wanted == desc()) return const_cast<Class*>(this);               \
+        return ::kerf::castdownThroughBases<__VA_ARGS__>(*this, wanted);      \
     }
 
 /// In the source: a class that can be built empty, to be filled by restoreGuts. The direct bases of

@@ -60,23 +60,15 @@ int claimHeapBlock(void const* object) {
 
 }  // namespace
 
-// The root has no base to ask, so its descriptor and casts are written out.
+// The root has no base to ask, so its casts are written out.
 ER_DEFINE_CLASS_RECORDS(ERObject, nullptr)
+
+ERClassRegistration const* ERObject::isA() const { return desc(); }
+
+char const* ERObject::className() const { return desc()->name; }
 
 void* ERObject::_castdown(ERClassRegistration const& wanted) const {
     return &wanted == desc() ? const_cast<ERObject*>(this) : nullptr;
-}
-ERObject* ERObject::castdown(ERObject* object) {
-    return object;
-}
-ERObject const* ERObject::castdown(ERObject const* object) {
-    return object;
-}
-ERObject& ERObject::castdown(ERObject& object) {
-    return object;
-}
-ERObject const& ERObject::castdown(ERObject const& object) {
-    return object;
 }
 
 ERObjectDataBase* ERObject::theCurrentDataBase = nullptr;
@@ -114,21 +106,13 @@ void ERObject::Dump(CDumpContext& context) const {
     context << text.str().c_str();
 }
 
-ERObject* ERObject::getCopy() const {
-    return nullptr;
-}
+ERObject* ERObject::getCopy() const { return nullptr; }
 
-int ERObject::isKindOf(ERClassRegistration const* c) const {
-    return isA()->isKindOf(c);
-}
+int ERObject::isKindOf(ERClassRegistration const* c) const { return isA()->isKindOf(c); }
 
-int ERObject::isMemberOf(ERClassRegistration const* c) const {
-    return c->hasMember(isA());
-}
+int ERObject::isMemberOf(ERClassRegistration const* c) const { return c->hasMember(isA()); }
 
-int ERObject::isValid() const {
-    return 1;
-}
+int ERObject::isValid() const { return 1; }
 
 void ERObject::printOn(std::ostream&) const {}
 
@@ -136,9 +120,7 @@ void ERObject::saveGuts(ERFile&) const {}
 
 void ERObject::restoreGuts(ERFile&) {}
 
-ERULong ERObject::binaryStoreSize() const {
-    return 0;
-}
+ERULong ERObject::binaryStoreSize() const { return 0; }
 
 void ERObject::CleanUpTemporaries(int) {}
 
@@ -158,9 +140,7 @@ void* ERObject::operator new(std::size_t size) {
     return memory;
 }
 
-void* ERObject::operator new(std::size_t size, char const*, int) {
-    return operator new(size);
-}
+void* ERObject::operator new(std::size_t size, char const*, int) { return operator new(size); }
 
 void* ERObject::operator new(std::size_t size, ERObjectDataBase* target) {
     void* const memory = operator new(size);
@@ -174,13 +154,9 @@ void ERObject::operator delete(void* memory) {
     ::operator delete(memory);
 }
 
-void ERObject::operator delete(void* memory, char const*, int) {
-    operator delete(memory);
-}
+void ERObject::operator delete(void* memory, char const*, int) { operator delete(memory); }
 
-void ERObject::operator delete(void* memory, ERObjectDataBase*) {
-    operator delete(memory);
-}
+void ERObject::operator delete(void* memory, ERObjectDataBase*) { operator delete(memory); }
 
 void ER_assert(void const* text, char const* file, int line) {
     char message[256];

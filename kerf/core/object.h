@@ -32,14 +32,22 @@ class t_SmartPtr;
 /// Threads:   one thread at a time for an object; the static hand-over and theCurrentDataBase make
 ///            work on databases single-threaded in the whole process.
 class KERF_EXPORT ERObject : public CObject, public ERReference {
-    ER_OBJECT_CLASS_MEMBERS(ERObject, virtual, );
+    ER_OBJECT_CLASS_RECORDS(ERObject)
 
-public:
     ~ERObject() override;
     void Serialize(CArchive& archive) override;
     void AssertValid() const override;
     /// The class name and the text of printOn.
     void Dump(CDumpContext& context) const override;
+
+    virtual ERClassRegistration const* isA() const;
+    virtual char const* className() const;
+    /// The address of the object's part of the class `wanted`; null when it has none.
+    virtual void* _castdown(ERClassRegistration const& wanted) const;
+    static ERObject* castdown(ERObject* object) { return object; }
+    static ERObject const* castdown(ERObject const* object) { return object; }
+    static ERObject& castdown(ERObject& object) { return object; }
+    static ERObject const& castdown(ERObject const& object) { return object; }
 
     /// A new heap copy, owned by the caller, without identity. The body in ERObject answers null.
     virtual ERObject* getCopy() const = 0;

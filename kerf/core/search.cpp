@@ -24,4 +24,8 @@ int ERbsearch(const void* key, const void* base, unsigned int n, unsigned int wi
     return low < n && order(low) == 0;
 }
 
+extern "C" int compareDouble(const void* a, const void* b) {
+    return compareDouble(static_cast<const double*>(a), static_cast<const double*>(b));
+}
+
 }  // namespace kerf

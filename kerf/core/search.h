@@ -9,11 +9,10 @@ namespace kerf {
 KERF_EXPORT int ERbsearch(const void* key, const void* base, unsigned int n, unsigned int width,
                           int (*compare)(const void*, const void*), unsigned int& index);
 
-/// -1, 0 or 1 in the plain order of doubles; 0 when one is a NaN.
+/// -1, 0 or 1 in the plain order of the two doubles; 0 when one is a NaN. This form has plain
+/// linkage and serves ERbsearch and the standard sorting routine.
+extern "C" KERF_EXPORT int compareDouble(const void* a, const void* b);
+
 inline int compareDouble(const double* a, const double* b) { return (*a > *b) - (*a < *b); }
-/// The same in the form that ERbsearch takes.
-inline int compareDouble(const void* a, const void* b) {
-    return compareDouble(static_cast<const double*>(a), static_cast<const double*>(b));
-}
 
 }  // namespace kerf

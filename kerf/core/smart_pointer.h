@@ -73,7 +73,16 @@ private:
         if (object != nullptr) object->addReference();
     }
     static void release(T* former) {
-        if (former != nullptr && former->removeReference() == 0) delete former;
+        if (former != nullptr && former->removeReference() == 0) destroy(former);
+    }
+    // Out of line: the rare case, and a compiler that sees it inlined suspects every later owner of
+    // using what was deleted.
+#if defined(__GNUC__)
+    [[gnu::noinline]]
+#endif
+    static void
+    destroy(T* last) {
+        delete last;
     }
 
     T* object = nullptr;

@@ -2,7 +2,8 @@
 #include <cstddef>
 #include <cstdint>
 
-// What every file of the library may rely on: the export mark, the fixed widths, the check of arguments.
+// What every file of the library may rely on: the export mark, the fixed widths, the check of
+// arguments.
 
 #if defined(KERF_STATIC)
 #define KERF_EXPORT
@@ -16,13 +17,14 @@
 #define KERF_EXPORT __attribute__((visibility("default")))
 #endif
 
-/// Asserts what is the caller's duty (an index, a shape). Costs nothing unless the option KERF_CHECKED
-/// is on; then a broken duty stops the program.
+/// Asserts what is the caller's duty (an index, a shape). Costs nothing unless the option
+/// KERF_CHECKED is on; then a broken duty stops the program.
 #if defined(KERF_CHECKED)
-#define KERF_CHECK_ARGUMENT(condition) \
-    ((condition) ? static_cast<void>(0) : ::kerf::argumentCheckFailed(#condition, __FILE__, __LINE__))
+#define KERF_CHECK_ARGUMENT(condition)  \
+    ((condition) ? static_cast<void>(0) \
+                 : ::kerf::argumentCheckFailed(#condition, __FILE__, __LINE__))
 #else
-#define KERF_CHECK_ARGUMENT(condition) static_cast<void>(0)
+#define KERF_CHECK_ARGUMENT(condition) static_cast<void>(sizeof((condition) ? 1 : 0))
 #endif
 
 namespace kerf {
@@ -32,7 +34,9 @@ namespace kerf {
 using ERLong = std::int32_t;
 using ERULong = std::uint32_t;
 
-/// Prints the broken condition on standard error and aborts; called through KERF_CHECK_ARGUMENT only.
-[[noreturn]] KERF_EXPORT void argumentCheckFailed(const char* condition, const char* file, int line);
+/// Prints the broken condition on standard error and aborts; called through KERF_CHECK_ARGUMENT
+/// only.
+[[noreturn]] KERF_EXPORT void argumentCheckFailed(const char* condition, const char* file,
+                                                  int line);
 
 }  // namespace kerf

@@ -114,7 +114,7 @@ TEST(HashDictionary, FollowsAMapThroughRandomOperations) {
 
 TEST(HashDictionary, WalksItsBucketsInOrderOfArrival) {
     Dictionary dictionary(identity, 4);
-    for (const int key : {9, 2, 5, 1, 4, 13}) dictionary[key] = "v";
+    for (const int key : {9, 2, 5, 1, 4, 13}) dictionary[key] = std::string(1, 'v');
     const auto keys = [](const Dictionary& d) {
         std::vector<int> all;
         for (const auto& entry : contents(d)) all.push_back(entry.first);
@@ -136,7 +136,7 @@ TEST(HashDictionary, WalksItsBucketsInOrderOfArrival) {
 TEST(HashDictionary, ValuesStayInPlaceAndAreChangedByTheWalk) {
     Dictionary dictionary(identity, 2);
     std::string& first = dictionary[1];
-    for (int key = 2; key < 200; ++key) dictionary[key] = "v";
+    for (int key = 2; key < 200; ++key) dictionary[key] = std::string(1, 'v');
     dictionary.resize(50);
     EXPECT_EQ(&dictionary[1], &first);
     dictionary.applyToKeyAndValue(

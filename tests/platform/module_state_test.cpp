@@ -25,6 +25,10 @@ TEST(ModuleState, IsTheApplicationsUntilAThreadSetsItsOwn) {
 }
 
 TEST(ExtensionModule, IsInitialisedOnceAndTakesItsLibrariesWithIt) {
+    // Kerf itself is attached to the application, once, by being loaded.
+    const std::vector<CDynLinkLibrary*> before = CDynLinkLibrary::attachedTo(AfxGetModuleState());
+    ASSERT_EQ(before.size(), 1u);
+    EXPECT_STREQ(before[0]->module().name, "kerf");
     ExtensionModule module{"ours"}, other{"other"};
     EXPECT_EQ(initExtensionModule(module), 1);
     EXPECT_EQ(initExtensionModule(module), 0);
@@ -38,12 +42,13 @@ TEST(ExtensionModule, IsInitialisedOnceAndTakesItsLibrariesWithIt) {
     setModuleState(application);
     EXPECT_EQ(deleted, 1);
     EXPECT_EQ(CDynLinkLibrary::attachedTo(application),
-              (std::vector<CDynLinkLibrary*>{&foreign, first}));
+              (std::vector<CDynLinkLibrary*>{&foreign, first, before[0]}));
     EXPECT_EQ(CDynLinkLibrary::attachedTo(&own), (std::vector<CDynLinkLibrary*>{second}));
     termExtensionModule(module);
     EXPECT_EQ(deleted, 3);
     EXPECT_EQ(kept, 0);
-    EXPECT_EQ(CDynLinkLibrary::attachedTo(application), (std::vector<CDynLinkLibrary*>{&foreign}));
+    EXPECT_EQ(CDynLinkLibrary::attachedTo(application),
+              (std::vector<CDynLinkLibrary*>{&foreign, before[0]}));
     EXPECT_EQ(initExtensionModule(module), 1);
 }
 
