@@ -2,6 +2,7 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 
 #include "kerf/platform/config.h"
 
@@ -73,11 +74,13 @@ private:
     // The list for a capacity, made if there is none yet; null without memory for it.
     FreeList* listOf(unsigned capacity) {
         // Capacities are multiples of 64 unless the policy was changed. The product spreads them
-        // over 32 bits, of which the bucket is the fraction: no division is needed.
+        // over 32 bits; taken as a fraction they choose the bucket without a division.
         const std::uint32_t hash = (capacity / 64 + capacity % 64 * 2048) * 0x9E3779B1u;
-        FreeList** const bucket = buckets_ + (std::uint64_t{hash} * bucketCount_ >> 32);
+        const std::size_t index =
+            static_cast<std::size_t>(std::uint64_t{hash} * bucketCount_ >> 32);
+        FreeList** const bucket = &buckets_[index];
         FreeList* const front = *bucket;
-        return front->capacity == capacity ? front : bringToFront(bucket, capacity);
+        return front && front->capacity == capacity ? front : bringToFront(bucket, capacity);
     }
     FreeList* bringToFront(FreeList** bucket, unsigned capacity);
 
@@ -89,8 +92,7 @@ private:
     unsigned hits_ = 0;
     unsigned misses_ = 0;
     unsigned bucketCount_;
-    FreeList** buckets_;  // chains that end with noList, so that none is ever empty
-    static FreeList noList;
+    std::unique_ptr<FreeList*[]> buckets_;
 };
 
 inline ERVecBlock* ERVecRepCache::getRep(unsigned capacity) {

@@ -1,5 +1,6 @@
 #include "kerf/core/circular_buffer.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstring>
 
@@ -26,7 +27,8 @@ void ER_CirBuf::Put(char c) {
 }
 
 void ER_CirBuf::Put(const char* text, int n) {
-    const std::size_t length = n == -1 ? std::strlen(text) : static_cast<std::size_t>(n);
+    const std::size_t length =
+        n == -1 ? std::strlen(text) : static_cast<std::size_t>(std::max(n, 0));
     for (std::size_t i = 0; i < length; ++i) Put(text[i]);
 }
 
@@ -41,13 +43,13 @@ int ER_CirBuf::Get() {
 int ER_CirBuf::operator[](int i) const {
     KERF_CHECK_ARGUMENT(i >= 0);
     if (i >= count) return -1;
-    return static_cast<unsigned char>(data[(tail + i) % size]);
+    return static_cast<unsigned char>(data[behindTail(i)]);
 }
 
 void ER_CirBuf::Consomme(int n) {
     KERF_CHECK_ARGUMENT(n >= 0);
     if (n < count) {
-        tail = (tail + n) % size;
+        tail = behindTail(n);
         count -= n;
     } else {
         tail = head;

@@ -17,7 +17,8 @@ public:
     ER_CirBuf& operator=(const ER_CirBuf&) = delete;
 
     void Put(char c);
-    /// The first n bytes of the text, or with -1 all up to its final 0.
+    /// The first n bytes of the text, or with -1 all up to its final 0; no byte for any other
+    /// negative n.
     void Put(const char* text, int n = -1);
     /// Takes out the oldest byte; -1 when there is none.
     int Get();
@@ -33,6 +34,8 @@ public:
 
 private:
     int after(int position) const { return position + 1 == size ? 0 : position + 1; }
+    // The position n places behind the oldest byte, n from 0 to the size.
+    int behindTail(int n) const { return n < size - tail ? tail + n : n - (size - tail); }
 
     char* data;
     int head = 0;  // where the next byte goes

@@ -1,5 +1,6 @@
 #include "kerf/core/class_registry.h"
 
+#include <algorithm>
 #include <cstring>
 #include <string>
 
@@ -11,8 +12,7 @@ constinit ERClassRegistration* ERClassRegistration::pFirstClass = nullptr;
 
 ERClassRegistration::ERClassRegistration(const char* className, unsigned int classSize,
                                          ERClassRegistration const** directBases,
-                                         ERClassRegistration const** memberClasses,
-                                         Creator builder)
+                                         ERClassRegistration const** memberClasses, Creator builder)
     : ERClassRegistration(Unlinked{}, className, classSize, directBases, memberClasses, builder) {
     link();
 }
@@ -61,7 +61,7 @@ ERClassRegistration::Creator ERClassRegistration::findCreator(char const* classN
 void ERClassRegistration::DumpBased(int level) const {
     if (bases == nullptr) return;
     for (ERClassRegistration const** base = bases; *base != nullptr; ++base) {
-        const std::string tabs(static_cast<std::size_t>(level + 1), '\t');
+        const std::string tabs(static_cast<std::size_t>(std::max(level, -1) + 1), '\t');
         outputDebugText((tabs + "+------->" + (*base)->name + "\n").c_str());
         (*base)->DumpBased(level + 1);
     }

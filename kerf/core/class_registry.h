@@ -137,15 +137,15 @@ X& referenceOrNull(X* object) {
 // The members that every class of the family carries. `castdown` of a pointer answers null for null
 // and for an object of another class; of a reference it answers a null reference on failure, which
 // callers must not use: who wants safety takes the pointer form or isKindOf.
-#define ER_OBJECT_CLASS_RECORDS(Class)                                                        \
-public:                                                                                       \
-    static ::kerf::ERClassRegistration m_ClassDef_##Class;                                    \
-    static ::kerf::ERClassRegistration const* m_Inherite_##Class[];                           \
-    static ::kerf::ERClassRegistration const* m_Member_##Class[];                             \
-    static ::kerf::CRuntimeClass class##Class;                                                \
-    static ::kerf::CRuntimeClass* _GetBaseClass() { return ::kerf::CObject::GetThisClass(); } \
-    static ::kerf::CRuntimeClass* GetThisClass() { return &class##Class; }                    \
-    static ::kerf::ERClassRegistration const* desc() { return &m_ClassDef_##Class; }          \
+#define ER_OBJECT_CLASS_RECORDS(Class)                                                         \
+public:                                                                                        \
+    static ::kerf::ERClassRegistration m_ClassDef_##Class;                                     \
+    static ::kerf::ERClassRegistration const* m_Inherite_##Class[];                            \
+    static ::kerf::ERClassRegistration const* m_Member_##Class[];                              \
+    static ::kerf::CRuntimeClass class##Class;                                                 \
+    static ::kerf::CRuntimeClass* _GetBaseClass() { return ::kerf::CObject::GetThisClass(); }  \
+    static ::kerf::CRuntimeClass* GetThisClass() { return &class##Class; }                     \
+    static constexpr ::kerf::ERClassRegistration const* desc() { return &m_ClassDef_##Class; } \
     ::kerf::CRuntimeClass* GetRuntimeClass() const override { return &class##Class; }
 
 /// In the body of a class of the object family; what follows is public.
@@ -166,11 +166,8 @@ public:                                                                         
     }                                                                                              \
     static_assert(true, "asks for the semicolon")
 
-#define ER_DESCRIPTOR_OF(Class) &Class::m_ClassDef_##Class
-#define ER_DESCRIPTORS(First, ...) \
-    ER_DESCRIPTOR_OF(First) __VA_OPT__(, ER_FURTHER_DESCRIPTORS(__VA_ARGS__))
-#define ER_FURTHER_DESCRIPTORS(First, ...) \
-    ER_DESCRIPTOR_OF(First) __VA_OPT__(, ER_DESCRIPTOR_OF(__VA_ARGS__))
+#define ER_DESCRIPTORS(First, ...) First::desc() __VA_OPT__(, ER_FURTHER_DESCRIPTORS(__VA_ARGS__))
+#define ER_FURTHER_DESCRIPTORS(First, ...) First::desc() __VA_OPT__(, __VA_ARGS__::desc())
 
 #define ER_DEFINE_CLASS_RECORDS(Class, creatorFunction, ...)                                       \
     ::kerf::ERClassRegistration const* Class::m_Inherite_##Class[] = {                             \

@@ -1,4 +1,5 @@
 #pragma once
+#include <algorithm>
 #include <bit>
 #include <concepts>
 #include <cstdint>
@@ -56,14 +57,20 @@ constexpr ERULong smallestStoredSize() {
 }
 
 template <ERStorable T>
-ERULong storedSize(const T* elements, unsigned int n) {
+std::uint64_t storedSize(const T* elements, unsigned int n) {
     if constexpr (ERStoredRaw<T>) {
-        return static_cast<ERULong>(sizeof(T)) * n;
+        return std::uint64_t{sizeof(T)} * n;
     } else {
-        ERULong size = 0;
+        std::uint64_t size = 0;
         for (unsigned int i = 0; i < n; ++i) size += elements[i].binaryStoreSize();
         return size;
     }
+}
+
+/// The answer of a binaryStoreSize; a size that does not fit is all ones, which no file has room
+/// for.
+constexpr ERULong storeSizeFrom(std::uint64_t bytes) {
+    return static_cast<ERULong>(std::min<std::uint64_t>(bytes, 0xFFFFFFFFu));
 }
 
 template <ERStorable T>

@@ -195,6 +195,8 @@ void ERTValHashDictionary<K, V>::clear() {
 template <class K, class V>
 void ERTValHashDictionary<K, V>::resize(unsigned int buckets) {
     ERTValHashDictionary spread(hash, buckets);
+    // All that can run out of memory comes first: from then on entries only move.
+    visitEntries([&](const Entry& entry) { spread.bucketForUse(spread.hashIndex(entry.key)); });
     for (unsigned int i = 0; i < length(); ++i) {
         Bucket* const bucket = bucketAt(i);
         if (bucket == nullptr) continue;

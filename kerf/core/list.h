@@ -1,5 +1,6 @@
 #pragma once
 #include <cstddef>
+#include <cstdint>
 #include <iterator>
 #include <memory>
 #include <type_traits>
@@ -442,12 +443,13 @@ public:
 
 template <class T>
 ERULong ERTValDlist<T>::binaryStoreSize() const {
-    ERULong size = 0;
     if constexpr (ERStorable<T>) {
-        size = 4;
+        std::uint64_t size = 4;
         for (const T& value : *this) size += storedSize(&value, 1);
+        return storeSizeFrom(size);
+    } else {
+        return 0;
     }
-    return size;
 }
 
 template <class T>

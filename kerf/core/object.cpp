@@ -156,7 +156,12 @@ void ERObject::operator delete(void* memory) {
 
 void ERObject::operator delete(void* memory, char const*, int) { operator delete(memory); }
 
-void ERObject::operator delete(void* memory, ERObjectDataBase*) { operator delete(memory); }
+// The constructor that the hand-over was meant for has not run to its end.
+void ERObject::operator delete(void* memory, ERObjectDataBase*) {
+    m_NextAllocationOnDatabase = 0;
+    m_DatabaseForNextAllocation = nullptr;
+    operator delete(memory);
+}
 
 void ER_assert(void const* text, char const* file, int line) {
     char message[256];

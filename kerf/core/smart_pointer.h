@@ -18,7 +18,10 @@ public:
     t_SmartPtr(t_SmartPtr const& other) : object(other.object) { share(); }
     t_SmartPtr(T* shared) : object(shared) { share(); }
     /// Holds a copy (getCopy) of the value, not the value itself.
-    explicit t_SmartPtr(T const& value) : object(T::castdown(value.getCopy())) { share(); }
+    explicit t_SmartPtr(T const& value) {
+        const t_SmartPtr<ERObject> copy(value.getCopy());
+        *this = T::castdown(copy.getObject());
+    }
     template <class U>
     requires(!std::same_as<U, T> && std::convertible_to<U*, T*>)
         t_SmartPtr(t_SmartPtr<U> const& other)

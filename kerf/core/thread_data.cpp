@@ -11,9 +11,15 @@ constexpr unsigned int cachedBytesLimit = 0x1FA000;
 constexpr unsigned int cachedBlocksLimit = 10000;
 constexpr unsigned int cacheBuckets = 20;
 
-CThreadLocal<kerfThreadLocalData> allThreadsData;
+// Built before and so destroyed after the static objects of a program that links the library
+// statically: a list among these still gives its links back to the pools.
+#if defined(__GNUC__)
+[[gnu::init_priority(101)]]
+#endif
+CThreadLocal<kerfThreadLocalData>
+    allThreadsData;
 
-constinit thread_local kerfThreadLocalData* thisThreadsData = nullptr;
+KERF_NEAR_THREAD_LOCAL constinit thread_local kerfThreadLocalData* thisThreadsData = nullptr;
 
 // Never destroyed: a thread may build its data while the process is already ending.
 CriticalSection& construction() {

@@ -157,7 +157,7 @@ void ERTValVector<T>::printElements(std::ostream& os, unsigned int n) const {
 template <class T>
 ERULong ERTValVector<T>::storeSizeOf([[maybe_unused]] unsigned int n) const {
     if constexpr (ERStorable<T>)
-        return 4 + storedSize(array, n);
+        return storeSizeFrom(4 + storedSize(array, n));
     else
         return 0;
 }

@@ -260,13 +260,14 @@ template <class T>
 T ERMatrix<T>::trace() const requires HasSum<T> {
     const ERSlice<T> onDiagonal = diagonal();
     T sum = T();
-    for (unsigned i = 0; i < onDiagonal.length(); ++i) sum += onDiagonal[i];
+    if constexpr (HasSum<T>)
+        for (unsigned i = 0; i < onDiagonal.length(); ++i) sum += onDiagonal[i];
     return sum;
 }
 
 template <class T>
 bool ERMatrix<T>::operator==(const ERMatrix& other) const requires HasEquality<T> {
-    return rows_ == other.rows_ && cols_ == other.cols_ && asVector() == other.asVector();
+    return rows_ == other.rows_ && cols_ == other.cols_ && areEqual(asVector(), other.asVector());
 }
 
 template <class T>

@@ -8,10 +8,15 @@
 // The bodies of the vectors and slices; only for sources that instantiate them (see vector.h).
 namespace kerf::QuickAlgebra {
 
-// Elements are copied as raw bytes: this neither asks for nor calls anything of T.
+// Elements are copied as raw bytes: this neither asks for nor calls anything of T. Long runs are
+// copied from what is there already, twice as much each time.
 template <class T>
 void fillElements(T* to, std::size_t n, const T& value) {
-    for (std::size_t i = 0; i < n; ++i) std::memcpy(static_cast<void*>(to + i), &value, sizeof(T));
+    constexpr std::size_t singly = 32;
+    for (std::size_t i = 0; i < std::min(n, singly); ++i)
+        std::memcpy(static_cast<void*>(to + i), &value, sizeof(T));
+    for (std::size_t done = singly; done < n; done *= 2)
+        std::memcpy(static_cast<void*>(to + done), to, std::min(done, n - done) * sizeof(T));
 }
 
 // Copies the n elements at from, from + stride ... to a run that does not overlap them.
@@ -36,6 +41,15 @@ public:
 private:
     alignas(T) unsigned char bytes_[sizeof(T)];
 };
+
+// One compiler instantiates even the members that a type is not to have, so these compile without.
+template <class T>
+bool areEqual([[maybe_unused]] const T& a, [[maybe_unused]] const T& b) {
+    if constexpr (HasEquality<T>)
+        return static_cast<bool>(a == b);
+    else
+        return false;
+}
 
 template <class T>
 void printElement(std::ostream& os, const T& element) {
@@ -279,7 +293,7 @@ template <class T>
 unsigned ERVec<T>::findFirst(const T& value) const requires HasEquality<T> {
     const T* const elements = this->data();
     for (unsigned i = 0; i < this->length(); ++i)
-        if (elements[i] == value) return i;
+        if (areEqual(elements[i], value)) return i;
     return 0xFFFFFFFF;
 }
 
@@ -287,15 +301,14 @@ template <class T>
 unsigned ERVec<T>::findLast(const T& value) const requires HasEquality<T> {
     const T* const elements = this->data();
     for (unsigned i = this->length(); i-- > 0;)
-        if (elements[i] == value) return i;
+        if (areEqual(elements[i], value)) return i;
     return 0xFFFFFFFF;
 }
 
 template <class T>
 bool ERVec<T>::operator==(const ERVec& other) const requires HasEquality<T> {
     if (this->block() == other.block()) return true;
-    return std::equal(begin(), end(), other.begin(), other.end(),
-                      [](const T& a, const T& b) { return static_cast<bool>(a == b); });
+    return std::equal(begin(), end(), other.begin(), other.end(), areEqual<T>);
 }
 
 template <class T>
@@ -341,10 +354,12 @@ void ERSlice<T>::printOn(std::ostream& os) const {
 }  // namespace kerf::QuickAlgebra
 
 // clang-format off
-#define KERF_INSTANTIATE_SIMPLE_VECTOR(T) template class KERF_DEFINED_INSTANCE ::kerf::QuickAlgebra::ERSimpleVec<T>;
-#define KERF_INSTANTIATE_SIMPLE_GRID(T) template class KERF_DEFINED_INSTANCE ::kerf::QuickAlgebra::ERSimpleVec2<T>;
-#define KERF_INSTANTIATE_VECTOR(T)                           \
-    KERF_INSTANTIATE_SIMPLE_VECTOR(T)                        \
-    template class KERF_DEFINED_INSTANCE ::kerf::QuickAlgebra::ERSlice<T>;         \
+#define KERF_INSTANTIATE_SIMPLE_VECTOR(T) \
+    template class KERF_DEFINED_INSTANCE ::kerf::QuickAlgebra::ERSimpleVec<T>;
+#define KERF_INSTANTIATE_SIMPLE_GRID(T) \
+    template class KERF_DEFINED_INSTANCE ::kerf::QuickAlgebra::ERSimpleVec2<T>;
+#define KERF_INSTANTIATE_VECTOR(T)                                        \
+    KERF_INSTANTIATE_SIMPLE_VECTOR(T)                                     \
+    template class KERF_DEFINED_INSTANCE ::kerf::QuickAlgebra::ERSlice<T>; \
     template class KERF_DEFINED_INSTANCE ::kerf::QuickAlgebra::ERVec<T>;
 // clang-format on

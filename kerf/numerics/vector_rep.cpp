@@ -4,6 +4,7 @@
 #include <cstring>
 #include <functional>
 #include <memory>
+#include <utility>
 
 #include "kerf/core/file.h"
 #include "kerf/core/thread_data.h"
@@ -63,7 +64,15 @@ ERVecRep* ERVecRep::getRep(unsigned bytes, int noInit) {
     if (!block) block = allocateBlock(room);
     if (!block) return nullptr;
     block->length = bytes;
-    if (!noInit) std::memset(block->data, 0, bytes);
+    if (!noInit) {
+        // Of a fixed size for the many small blocks, where the room behind the length is zeroed
+        // too.
+        constexpr unsigned small = 64;
+        if (bytes <= small && room >= small)
+            std::memset(block->data, 0, small);
+        else
+            std::memset(block->data, 0, bytes);
+    }
     return static_cast<ERVecRep*>(block);
 }
 

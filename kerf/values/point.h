@@ -10,6 +10,7 @@
 // Points and free vectors of the plane and of space, and the rules by which lengths are compared.
 namespace kerf {
 
+class ERMainDirection;
 class ERPoint3D;
 class ERVector2D;
 class ERVector3D;
@@ -189,6 +190,8 @@ public:
     /// The axis of the largest absolute component: CoordX only when strictly above both others,
     /// then CoordY only when |j| > |k| strictly, else CoordZ, the null vector included.
     enum Coord3D axeOptimum() const;
+    /// That axis with the sign of its component; declared whole in main_direction.h.
+    ERMainDirection mainDirection() const;
 
     ERVector2D castToVector2D(enum Coord3D axis) const;  ///< as castToPoint2D
 

@@ -153,9 +153,8 @@ public:
 };
 
 /// Points of a surface and their pairs (u, v), of equal number, as an object that can be stored.
-/// Storage: the points, then the pairs. When a damaged file gives them different lengths both are
-/// cut
-///          to the shorter.
+/// Storage: the points, then the pairs. Where a damaged file gives different lengths, both are
+///          cut to the shorter.
 /// Text:    none.
 class KERF_EXPORT ERVecPoint23 : public ERObject {
     ER_OBJECT_CLASS(ERVecPoint23);

@@ -14,12 +14,8 @@ class ERPole2DH;
 
 /// A similarity of the plane, with or without a reflection, as a map from its local system to the
 /// reference system: x' = a x + b y + tx, y' = c x + d y + ty.
-/// Failure:  nothing is reported. A singular transformation gives infinities or NaNs through
-/// TransTo
-///           and operator~.
-/// Lengths:  those on an entity are multiplied by factHomo() under TransFrom and divided by it
-/// under
-///           TransTo.
+/// Failure:  nothing is reported. A singular one gives infinities or NaNs by TransTo and operator~.
+/// Lengths:  of an entity are times factHomo() under TransFrom, over factHomo() under TransTo.
 class KERF_EXPORT ERTransfo2D : public ERObject {
     ER_OBJECT_CLASS(ERTransfo2D);
 

@@ -131,6 +131,15 @@ const ERTr3DRevRep* shareable(const Representation& simplest) {
     return simplest.isOnTheHeap() ? &simplest : simplest.getCopy();
 }
 
+// The identity, rotation or translation that equals the frame; null when it takes a workplane.
+const ERTr3DRevRep* simplerThanWorkplane(const ERMatrix<double>& matrix, const ERPoint3D& origin) {
+    if (isNull(origin)) {
+        if (isUnit(matrix)) return ERTr3DRevRep::GetIdentity();
+        return new _ERRotation3D(matrix);
+    }
+    return isUnit(matrix) ? new _ERTranslation3D(origin) : nullptr;
+}
+
 // A stored matrix of another shape would be read out of its bounds by nobody, but means nothing
 // either: it becomes the unit matrix.
 void restoreMatrix(ERMatrix<double>& matrix, ERFile& file) {
@@ -338,9 +347,8 @@ ERULong _ERWorkplane::binaryStoreSize() const {
 }
 
 const ERTr3DRevRep* _ERWorkplane::getReduced() const {
-    if (isNull(origin)) return _ERRotation3D(matrix).getReduced();
-    if (isUnit(matrix)) return new _ERTranslation3D(origin);
-    return shareable(*this);
+    const ERTr3DRevRep* const simpler = simplerThanWorkplane(matrix, origin);
+    return simpler != nullptr ? simpler : shareable(*this);
 }
 
 // Scalings.
@@ -496,11 +504,14 @@ const ERTr3DRevRep* _ERSimilitude3D::getReduced() const {
     const bool unitFactor = std::fabs(factor - 1.0) <= tolerance;
     const bool centred = isNull(translation);
     if (isDirect()) {
-        if (unitFactor) return _ERWorkplane(matrix, translation).getReduced();
-        if (centred && isUnit(matrix)) return _ERScaling3D(factor).getReduced();
+        if (unitFactor) {
+            const ERTr3DRevRep* const simpler = simplerThanWorkplane(matrix, translation);
+            return simpler != nullptr ? simpler : new _ERWorkplane(matrix, translation);
+        }
+        if (centred && isUnit(matrix)) return new _ERScaling3D(factor);
     } else if (unitFactor && centred) {
         const LinearMap m(matrix);
-        if ((m * m).isUnit(tolerance)) return _ERSymetrie3D(matrix).getReduced();
+        if ((m * m).isUnit(tolerance)) return new _ERSymetrie3D(matrix);
     }
     return shareable(*this);
 }

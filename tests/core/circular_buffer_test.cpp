@@ -92,6 +92,8 @@ TEST(CircularBuffer, ConsumingTooMuchLeavesANegativeCount) {
     EXPECT_EQ(buffer[0], -1);
     buffer.RAZ();
     EXPECT_EQ(buffer.GetNbChar(), 0);
+    buffer.Put("abc", -2);
+    EXPECT_EQ(buffer.GetNbChar(), 0);
 }
 
 TEST(CircularBuffer, AnOverrideMayKeepWhatItHas) {

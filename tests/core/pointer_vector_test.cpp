@@ -300,5 +300,16 @@ TEST_F(VectorInAFile, ElementsWithoutAFileFormWriteNothing) {
     EXPECT_EQ(*movable.removeAt(0), 4);
 }
 
+struct Gigabyte {
+    void saveGuts(ERFile&) const {}
+    void restoreGuts(ERFile&) {}
+    ERULong binaryStoreSize() const { return 1u << 30; }
+};
+
+TEST(ValueVector, AStoredSizePastAllFilesDoesNotWrap) {
+    EXPECT_EQ(ERTValVector<Gigabyte>(3).binaryStoreSize(), 4u + (3u << 30));
+    EXPECT_EQ(ERTValVector<Gigabyte>(4).binaryStoreSize(), ~0u);
+}
+
 }  // namespace
 }  // namespace kerf

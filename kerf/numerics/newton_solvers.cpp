@@ -1,0 +1,440 @@
+#include "kerf/numerics/newton_solvers.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <limits>
+
+#include "kerf/numerics/linear_solvers.h"
+
+namespace kerf {
+
+namespace {
+
+enum NewtonStatus {
+    converged = 0,
+    convergedOnFunction = 1,
+    running = 2,
+    flatDerivative = 3,
+    noDescent = 3,
+    failed = 4
+};
+
+enum BackTrackingStatus {
+    iterationLimit = -1,
+    stationary = 0,
+    functionConverged = 1,
+    stepConverged = 2,
+    spuriousStop = 5
+};
+
+// A residual that shrinks from far is let grow now and then; growth counts above this multiple of
+// the tolerance, and so many growths are forgiven.
+constexpr double growthScale = 1e7;
+constexpr int forgivenGrowths = 20;
+
+// The part of the predicted decrease that a damped step has to bring (Armijo's condition).
+constexpr double sufficientDecrease = 1e-4;
+// A rejected factor is multiplied by something in this range.
+constexpr double strongestDamping = 0.1;
+constexpr double weakestDamping = 0.5;
+
+constexpr double smallestFactor = 1e-10;
+// The longest step of a minimisation, relative to the size of x, and its square.
+constexpr double longestStep = 200.0;
+constexpr double longestStep2 = 40000.0;
+
+constexpr double longestSearch = 100.0;
+constexpr double startTolerance = 1.0000000000000002e-10;
+constexpr double gradientTolerance = 1e-6;
+constexpr double stepTolerance = 1e-9;
+
+double dot(const ERVec<double>& u, const ERVec<double>& v) {
+    const double* const a = u.data();
+    const double* const b = v.data();
+    const unsigned int n = u.length();
+    double sum = 0.0;
+    for (unsigned int i = 0; i < n; ++i) sum += a[i] * b[i];
+    return sum;
+}
+
+double norm(const ERVec<double>& v) { return std::sqrt(dot(v, v)); }
+
+double distance(const ERVec<double>& u, const ERVec<double>& v) {
+    const double* const a = u.data();
+    const double* const b = v.data();
+    const unsigned int n = u.length();
+    double sum = 0.0;
+    for (unsigned int i = 0; i < n; ++i) sum += (a[i] - b[i]) * (a[i] - b[i]);
+    return std::sqrt(sum);
+}
+
+void scale(ERVec<double>& v, double factor) {
+    double* const a = v.data();
+    const unsigned int n = v.length();
+    for (unsigned int i = 0; i < n; ++i) a[i] *= factor;
+}
+
+// result = x + t d.
+void moveAlong(ERVec<double>& result, const ERVec<double>& x, double t, const ERVec<double>& d) {
+    const unsigned int n = x.length();
+    if (result.length() != n) result = x;
+    double* const to = result.data();
+    const double* const from = x.data();
+    const double* const direction = d.data();
+    for (unsigned int i = 0; i < n; ++i) to[i] = from[i] + t * direction[i];
+}
+
+ERVec<double> transposedProduct(const ERMatrix<double>& m, const ERVec<double>& v) {
+    ERVec<double> product(m.cols());
+    double* const sums = product.data();
+    const double* row = m.data();
+    const double* const factors = v.data();
+    for (unsigned int r = 0; r < m.rows(); ++r, row += m.cols())
+        for (unsigned int c = 0; c < m.cols(); ++c) sums[c] += row[c] * factors[r];
+    return product;
+}
+
+bool magnitudesBelow(const ERVec<double>& v, double bound) {
+    return std::all_of(v.begin(), v.end(), [bound](double e) { return std::fabs(e) < bound; });
+}
+
+double relativeTo(double x) { return std::max(std::fabs(x), 1.0); }
+
+// The largest |step_i| / max(|x_i|, 1); NaN as soon as one of them is.
+double largestRelative(const ERVec<double>& step, const ERVec<double>& x) {
+    const double* const s = step.data();
+    const double* const at = x.data();
+    const unsigned int n = x.length();
+    double largest = 0.0;
+    for (unsigned int i = 0; i < n; ++i) {
+        const double ratio = std::fabs(s[i]) / relativeTo(at[i]);
+        if (ratio > largest || std::isnan(ratio)) largest = ratio;
+    }
+    return largest;
+}
+
+// The status of an iterate whose residual is within the tolerance.
+NewtonStatus stepTest(double step, double size, double tol) {
+    return step <= tol * size ? converged : convergedOnFunction;
+}
+
+}  // namespace
+
+ERCNewtonS::~ERCNewtonS() = default;
+
+double ERCNewtonSDelta::fprime(double x) { return (f(x + h) - f(x - h)) * 0.5 / h; }
+
+ERCNewtonM::~ERCNewtonM() = default;
+
+ERMatrix<double> ERCNewtonMDelta::fprime(const ERVec<double>& x) {
+    const unsigned int n = x.length();
+    const double factor = 1.0 / (2.0 * h);
+    ERMatrix<double> derivatives;
+    // Written through [], not through a pointer: what f answers may share this block.
+    ERVec<double> point = x;
+    for (unsigned int i = 0; i < n; ++i) {
+        const double centre = point.data()[i];
+        point[i] = centre + h;
+        const ERVec<double> right = f(point);
+        point[i] = centre - h;
+        const ERVec<double> left = f(point);
+        point[i] = centre;
+
+        if (i == 0) derivatives = ERMatrix<double>(right.length(), n);
+        KERF_CHECK_ARGUMENT(right.length() == derivatives.rows());
+        KERF_CHECK_ARGUMENT(left.length() == derivatives.rows());
+        double* const column = derivatives.data() + i;
+        const double* const r = right.data();
+        const double* const l = left.data();
+        for (unsigned int k = 0; k < derivatives.rows(); ++k)
+            column[std::size_t{k} * n] = (r[k] - l[k]) * factor;
+    }
+
+    double* const elements = derivatives.data();
+    const unsigned int square = std::min(derivatives.rows(), derivatives.cols());
+    for (unsigned int i = 1; i < square; ++i) {
+        for (unsigned int j = 0; j < i; ++j) {
+            double& below = elements[std::size_t{i} * n + j];
+            double& above = elements[std::size_t{j} * n + i];
+            below = above = (below + above) * 0.5;
+        }
+    }
+    return derivatives;
+}
+
+ERVec<double> ERCNewtonH::f(const ERVec<double>& x) {
+    const unsigned int n = x.length();
+    const double factor = 1.0 / (2.0 * h);
+    ERVec<double> gradient(n);
+    double* const g = gradient.data();
+    ERVec<double> point = x;
+    for (unsigned int i = 0; i < n; ++i) {
+        const double centre = point.data()[i];
+        point[i] = centre + h;
+        const double right = H(point);
+        point[i] = centre - h;
+        const double left = H(point);
+        point[i] = centre;
+        g[i] = (right - left) * factor;
+    }
+    return gradient;
+}
+
+int ERCNewtonH::HDomaine(const ERVec<double>&) { return 1; }
+
+ERNewtonSSolver::ERNewtonSSolver(ERCNewtonS* given, double flatness, int maxIter)
+    : status(running), problem(given), maxIterations(maxIter), epsilon(flatness) {}
+
+int ERNewtonSSolver::Resoudre(double& x, double tol) {
+    previousX = x;
+    lastF = problem->f(x);
+    iterations = 0;
+    status = running;
+    while (iterations < maxIterations && status == running) {
+        derivative = problem->fprime(previousX);
+        if (!(std::fabs(lastF) * epsilon <= std::fabs(derivative))) {
+            status = flatDerivative;
+            break;
+        }
+        ++iterations;
+        x -= lastF / derivative;
+        lastF = problem->f(x);
+        if (std::fabs(lastF) <= tol) status = stepTest(std::fabs(previousX - x), std::fabs(x), tol);
+        previousX = x;
+    }
+    return status;
+}
+
+NewtonVectorSolver::NewtonVectorSolver(unsigned int dimension, double flatness, int maxIter)
+    : status(running),
+      previousX(dimension),
+      residual(dimension),
+      maxIterations(maxIter),
+      jacobian(dimension, dimension),
+      epsilon(flatness) {}
+
+double NewtonVectorSolver::GetLastCriteria() const { return norm(residual); }
+
+ERNewtonMSolver::ERNewtonMSolver(ERCNewtonM* given, unsigned int dimension, double flatness,
+                                 int maxIter)
+    : NewtonVectorSolver(dimension, flatness, maxIter), problem(given) {}
+
+int ERNewtonMSolver::Resoudre(ERVec<double>& x, double tol) {
+    previousX = x;
+    residual = problem->f(x);
+    double size = norm(residual);
+    double best = std::numeric_limits<double>::max();
+    int growths = 0;
+    iterations = 0;
+    status = running;
+    while (iterations < maxIterations && status == running) {
+        jacobian = problem->fprime(x);
+        const ERLUDecomp lu(jacobian);
+        if (lu.isSingular()) {
+            status = failed;
+            break;
+        }
+        if (size * epsilon > norm(jacobian)) {
+            status = flatDerivative;
+            break;
+        }
+        ++iterations;
+        const ERVec<double> step = solve(lu, residual);
+        KERF_CHECK_ARGUMENT(step.length() == x.length());
+        moveAlong(x, previousX, -1.0, step);
+        residual = problem->f(x);
+        size = norm(residual);
+        if (best < size && tol * growthScale < size && ++growths > forgivenGrowths) status = failed;
+        best = size;
+        if (size <= tol) status = stepTest(distance(x, previousX), norm(x), tol);
+        if (status == running && x == previousX) status = convergedOnFunction;
+        previousX = x;
+    }
+    return status;
+}
+
+ERNewtonMSolverEx::ERNewtonMSolverEx(ERCNewtonH* given, double flatness, int maxIter)
+    : NewtonVectorSolver(0, flatness, maxIter), problem(given) {}
+
+int ERNewtonMSolverEx::Resoudre(ERVec<double>& x, double tol) {
+    previousX = x;
+    double value = 0.0;
+    const bool usable = evaluate(x, value);
+    residual = problem->f(x);
+    double size = norm(residual);
+    iterations = 0;
+    status = running;
+    while (iterations < maxIterations && status == running) {
+        jacobian = problem->fprime(x);
+        const ERLUDecomp lu(jacobian);
+        if (lu.isSingular()) {
+            status = failed;
+            break;
+        }
+        if (size * epsilon > norm(jacobian)) {
+            status = flatDerivative;
+            break;
+        }
+
+        ERVec<double> direction = solve(lu, residual);
+        KERF_CHECK_ARGUMENT(direction.length() == x.length());
+        scale(direction, -1.0);
+        const double slope = dot(residual, direction);
+        const bool atRest = slope == 0.0 && size <= tol;
+        if (!usable || !(slope < 0.0 || atRest)) {
+            status = noDescent;
+            break;
+        }
+        const double scale2 = std::max(dot(x, x), static_cast<double>(x.length()));
+        const double length2 = dot(direction, direction);
+        if (length2 > longestStep2 * scale2)
+            scale(direction, longestStep * std::sqrt(scale2) / std::sqrt(length2));
+        if (!search(previousX, value, direction, dot(residual, direction), longestStep2 * scale2, x,
+                    value)) {
+            x = previousX;
+            status = noDescent;
+            break;
+        }
+        ++iterations;
+        residual = problem->f(x);
+        size = norm(residual);
+        if (size <= tol) status = stepTest(distance(x, previousX), norm(x), tol);
+        if (status == running && x == previousX) status = convergedOnFunction;
+        previousX = x;
+    }
+    return status;
+}
+
+// False, with H not called or its value not finite, where H is of no use.
+bool ERNewtonMSolverEx::evaluate(const ERVec<double>& x, double& value) {
+    if (problem->HDomaine(x) == 0) return false;
+    value = problem->H(x);
+    return std::isfinite(value);
+}
+
+// The line search: x = from + t d with `value` its H, or false when no t brings a descent.
+bool ERNewtonMSolverEx::search(const ERVec<double>& from, double start, const ERVec<double>& d,
+                               double slope, double longest2, ERVec<double>& x, double& value) {
+    double t = 1.0;
+    for (;;) {
+        if (t < smallestFactor) return false;
+        moveAlong(x, from, t, d);
+        double next = weakestDamping * t;
+        if (evaluate(x, value)) {
+            if (value <= start + sufficientDecrease * t * slope) break;
+            const double parabola = -slope * t * t / (2.0 * (value - start - t * slope));
+            if (parabola < next) next = std::max(parabola, strongestDamping * t);
+        }
+        t = next;
+    }
+    if (t != 1.0) return true;
+
+    const double length2 = dot(d, d);
+    ERVec<double> further;
+    double furtherValue = 0.0;
+    while (4.0 * t * t * length2 <= longest2) {
+        moveAlong(further, from, 2.0 * t, d);
+        if (!evaluate(further, furtherValue) || !(furtherValue < value)) break;
+        t *= 2.0;
+        x = further;
+        value = furtherValue;
+    }
+    return true;
+}
+
+ERNewtonMSolverWithBackTracking::ERNewtonMSolverWithBackTracking(ERCNewtonM* given,
+                                                                 double tolerance, int maxIter)
+    : NewtonVectorSolver(0, tolerance, maxIter), problem(given) {}
+
+int ERNewtonMSolverWithBackTracking::Resoudre(ERVec<double>& x, double tol) {
+    previousX = x;
+    iterations = 0;
+    residual = problem->f(x);
+    double merit = 0.5 * dot(residual, residual);
+    if (magnitudesBelow(residual, startTolerance)) return status = functionConverged;
+
+    const double dimension = x.length();
+    const double stepMax = longestSearch * std::max(norm(x), dimension);
+    while (iterations < maxIterations) {
+        ++iterations;
+        jacobian = problem->fprime(x);
+        const ERLUDecomp lu(jacobian);
+        if (lu.isSingular()) return status = stationary;
+        ERVec<double> gradient = transposedProduct(jacobian, residual);
+        ERVec<double> step = solve(lu, residual);
+        KERF_CHECK_ARGUMENT(step.length() == x.length());
+        scale(step, -1.0);
+
+        const int stopped = LinearSearch(previousX, merit, gradient, step, x, merit, stepMax);
+        if (magnitudesBelow(residual, tol)) return status = functionConverged;
+        if (stopped) {
+            const double scaleOfMerit = std::max(merit, 0.5 * dimension);
+            double* const g = gradient.data();
+            const double* const at = x.data();
+            for (unsigned int i = 0; i < x.length(); ++i)
+                g[i] = g[i] * relativeTo(at[i]) / scaleOfMerit;
+            return status =
+                       magnitudesBelow(gradient, gradientTolerance) ? stationary : spuriousStop;
+        }
+        moveAlong(step, x, -1.0, previousX);
+        if (largestRelative(step, x) < stepTolerance) return status = stepConverged;
+        previousX = x;
+    }
+    return status = iterationLimit;
+}
+
+int ERNewtonMSolverWithBackTracking::LinearSearch(ERVec<double>& xold, double fold,
+                                                  ERVec<double>& g, ERVec<double>& p,
+                                                  ERVec<double>& x, double& f, double stepMax) {
+    const double length = norm(p);
+    if (length > stepMax) scale(p, stepMax / length);
+    const double slope = dot(g, p);
+    const double smallest = stepTolerance / largestRelative(p, xold);
+
+    double lambda = 1.0;
+    double formerLambda = 0.0;
+    double formerF = 0.0;
+    for (bool first = true;; first = false) {
+        moveAlong(x, xold, lambda, p);
+        residual = problem->f(x);
+        f = 0.5 * dot(residual, residual);
+        // Also the end of a search among infinities and NaNs.
+        if (!(lambda >= smallest && lambda > 0.0)) {
+            x = xold;
+            return 1;
+        }
+        if (f <= fold + sufficientDecrease * lambda * slope) return 0;
+
+        double next = 0.0;
+        if (first) {
+            next = -slope / (2.0 * (f - fold - slope));
+            // On a descent it is about a half at most; without one it may lead away.
+            if (!(next < lambda)) next = weakestDamping * lambda;
+        } else {
+            const double r1 = f - fold - lambda * slope;
+            const double r2 = formerF - fold - formerLambda * slope;
+            const double q1 = r1 / (lambda * lambda);
+            const double q2 = r2 / (formerLambda * formerLambda);
+            const double a = (q1 - q2) / (lambda - formerLambda);
+            const double b = (-formerLambda * q1 + lambda * q2) / (lambda - formerLambda);
+            if (a == 0.0) {
+                next = -slope / (2.0 * b);
+            } else {
+                const double disc = b * b - 3.0 * a * slope;
+                if (disc < 0.0)
+                    next = weakestDamping * lambda;
+                else if (b <= 0.0)
+                    next = (-b + std::sqrt(disc)) / (3.0 * a);
+                else
+                    next = -slope / (b + std::sqrt(disc));
+            }
+            if (!(next <= weakestDamping * lambda)) next = weakestDamping * lambda;
+        }
+        formerLambda = lambda;
+        formerF = f;
+        lambda = std::max(next, strongestDamping * lambda);
+    }
+}
+
+}  // namespace kerf

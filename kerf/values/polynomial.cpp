@@ -1,0 +1,310 @@
+#include "kerf/values/polynomial.h"
+
+#include <algorithm>
+#include <cmath>
+#include <ostream>
+#include <utility>
+
+#include "kerf/core/file.h"
+
+namespace kerf {
+
+namespace {
+
+// sum[0 .. n) += factor * terms[0 .. n)
+void addMultiple(double* sum, double factor, const double* terms, unsigned int n) {
+    for (unsigned int i = 0; i < n; ++i) sum[i] += factor * terms[i];
+}
+
+void multiply(ERVec<double>& values, double factor) {
+    double* const v = values.data();
+    for (unsigned int i = 0; i < values.length(); ++i) v[i] *= factor;
+}
+
+void divide(ERVec<double>& values, double divisor) {
+    double* const v = values.data();
+    for (unsigned int i = 0; i < values.length(); ++i) v[i] /= divisor;
+}
+
+// Coefficient k of the derivative of that order is c[k + order] times (k + 1) ... (k + order).
+double derivationFactor(unsigned int k, unsigned int order) {
+    double factor = 1.0;
+    for (unsigned int i = 1; i <= order; ++i) factor *= k + i;
+    return factor;
+}
+
+double horner(const double* c, unsigned int n, double x) {
+    double value = 0.0;
+    for (unsigned int i = n; i-- > 0;) value = value * x + c[i];
+    return value;
+}
+
+}  // namespace
+
+ERPolynome::~ERPolynome() = default;
+
+void ERPolynome::adjustDegree(unsigned int degree) { coefficients_.resize(degree + 1); }
+
+void ERPolynome::reduce(double tol) {
+    const double* const c = std::as_const(coefficients_).data();
+    unsigned int n = coefficients_.length();
+    while (n > 0 && std::fabs(c[n - 1]) <= tol) --n;
+    if (n != coefficients_.length()) coefficients_.troncat(n);
+}
+
+double ERPolynome::evaluate(double x) const {
+    return horner(coefficients_.data(), coefficients_.length(), x);
+}
+
+ERPolynome ERPolynome::operator()(const ERPolynome& inner) const {
+    const double* const c = coefficients_.data();
+    if (coefficients_.length() == 0) return ERPolynome();
+    ERPolynome result(polyConstant, c[degree()]);
+    for (unsigned int i = degree(); i-- > 0;) {
+        result *= inner;
+        result[0] += c[i];
+    }
+    return result;
+}
+
+ERPolynome& ERPolynome::operator*=(double factor) {
+    multiply(coefficients_, factor);
+    return *this;
+}
+
+ERPolynome& ERPolynome::operator/=(double divisor) {
+    divide(coefficients_, divisor);
+    return *this;
+}
+
+ERPolynome& ERPolynome::operator+=(const ERPolynome& other) {
+    const ERVec<double> terms = other.coefficients_;
+    if (terms.length() > coefficients_.length()) coefficients_.resize(terms.length());
+    addMultiple(coefficients_.data(), 1.0, terms.data(), terms.length());
+    return *this;
+}
+
+ERPolynome& ERPolynome::operator-=(const ERPolynome& other) {
+    const ERVec<double> terms = other.coefficients_;
+    if (terms.length() > coefficients_.length()) coefficients_.resize(terms.length());
+    addMultiple(coefficients_.data(), -1.0, terms.data(), terms.length());
+    return *this;
+}
+
+ERPolynome& ERPolynome::operator*=(const ERPolynome& other) {
+    ERVec<double> result(degree() + other.degree() + 1);
+    const unsigned int n = coefficients_.length();
+    const double* const a = std::as_const(coefficients_).data();
+    for (unsigned int i = 0; i < n; ++i)
+        addMultiple(result.data() + i, a[i], other.coefficients_.data(),
+                    other.coefficients_.length());
+    coefficients_ = result;
+    return *this;
+}
+
+ERPolynome ERPolynome::getDerived(unsigned int order) const {
+    if (order == 0) return *this;
+    if (order > degree()) return ERPolynome(polyConstant, 0.0);
+    ERPolynome result(polyDegree, degree() - order);
+    double* const derived = result.coefficients_.data();
+    for (unsigned int k = 0; k <= degree() - order; ++k)
+        derived[k] = derivationFactor(k, order) * (*this)[k + order];
+    return result;
+}
+
+void ERPolynome::printOn(std::ostream& os) const { coefficients_.printOn(os); }
+
+ERULong ERPolynome::binaryStoreSize() const { return coefficients_.binaryStoreSize(); }
+
+void ERPolynome::saveGuts(ERFile& file) const { coefficients_.saveGuts(file); }
+
+void ERPolynome::restoreGuts(ERFile& file) { coefficients_.restoreGuts(file); }
+
+ERPolynome operator/(const ERPolynome& p, double divisor) {
+    ERPolynome result(p);
+    result /= divisor;
+    return result;
+}
+
+ERTValVector<ERPolynome> getAllDerivate(const ERPolynome& p) {
+    ERTValVector<ERPolynome> derivatives(p.degree() + 1);
+    derivatives[0] = p;
+    for (unsigned int k = 1; k <= p.degree(); ++k)
+        derivatives[k] = derivatives[k - 1].getDerived(1);
+    return derivatives;
+}
+
+ERPolynome2Var::~ERPolynome2Var() = default;
+
+void ERPolynome2Var::adjustDegree(unsigned int degreeU, unsigned int degreeV) {
+    if (coefficients_.length() > 0 && degreeU == this->degreeU() && degreeV == this->degreeV())
+        return;
+    ERMatrix<double> adjusted(degreeU + 1, degreeV + 1);
+    const unsigned int rows = std::min(coefficients_.rows(), adjusted.rows());
+    const unsigned int cols = std::min(coefficients_.cols(), adjusted.cols());
+    const double* from = std::as_const(coefficients_).data();
+    double* to = adjusted.data();
+    for (unsigned int i = 0; i < rows; ++i) {
+        std::copy_n(from, cols, to);
+        from += coefficients_.cols();
+        to += adjusted.cols();
+    }
+    coefficients_ = adjusted;
+}
+
+void ERPolynome2Var::reduce(double tol) {
+    const ERMatrix<double>& c = coefficients_;
+    unsigned int rows = c.rows();
+    unsigned int cols = c.cols();
+    const auto small = [&](unsigned int i, unsigned int j) { return std::fabs(c(i, j)) <= tol; };
+    const auto smallRow = [&](unsigned int i) {
+        for (unsigned int j = 0; j < cols; ++j)
+            if (!small(i, j)) return false;
+        return true;
+    };
+    const auto smallCol = [&](unsigned int j) {
+        for (unsigned int i = 0; i < rows; ++i)
+            if (!small(i, j)) return false;
+        return true;
+    };
+    while (rows > 0 && smallRow(rows - 1)) --rows;
+    while (cols > 0 && smallCol(cols - 1)) --cols;
+    if (rows == 0 || cols == 0)
+        coefficients_ = ERMatrix<double>();
+    else
+        adjustDegree(rows - 1, cols - 1);
+}
+
+double ERPolynome2Var::evaluate(double u, double v) const {
+    const unsigned int cols = coefficients_.cols();
+    const double* row = coefficients_.data() + coefficients_.length();
+    double value = 0.0;
+    for (unsigned int i = coefficients_.rows(); i-- > 0;) {
+        row -= cols;
+        value = value * u + horner(row, cols, v);
+    }
+    return value;
+}
+
+ERPolynome ERPolynome2Var::operator()(const ERPolynome& u, const ERPolynome& v) const {
+    ERPolynome result;
+    const unsigned int cols = coefficients_.cols();
+    for (unsigned int i = coefficients_.rows(); i-- > 0;) {
+        result += ERPolynome(coefficients_.data() + i * cols, cols)(v);
+        if (i > 0) result *= u;
+    }
+    return result;
+}
+
+ERPolynome2Var& ERPolynome2Var::operator*=(double factor) {
+    multiply(coefficients_, factor);
+    return *this;
+}
+
+ERPolynome2Var& ERPolynome2Var::operator/=(double divisor) {
+    divide(coefficients_, divisor);
+    return *this;
+}
+
+namespace {
+
+// sum(i + ..., j + ...) += factor * terms(...), for a sum with room for all of them.
+void addMultiple(ERMatrix<double>& sum, unsigned int i, unsigned int j, double factor,
+                 const ERMatrix<double>& terms) {
+    double* to = sum.data() + sum.inVec(i, j);
+    for (unsigned int row = 0; row < terms.rows(); ++row)
+        addMultiple(to + row * sum.cols(), factor, terms.data() + row * terms.cols(), terms.cols());
+}
+
+}  // namespace
+
+ERPolynome2Var& ERPolynome2Var::operator+=(const ERPolynome2Var& other) {
+    const ERMatrix<double> terms = other.coefficients_;
+    adjustDegree(std::max(degreeU(), other.degreeU()), std::max(degreeV(), other.degreeV()));
+    addMultiple(coefficients_, 0, 0, 1.0, terms);
+    return *this;
+}
+
+ERPolynome2Var& ERPolynome2Var::operator-=(const ERPolynome2Var& other) {
+    const ERMatrix<double> terms = other.coefficients_;
+    adjustDegree(std::max(degreeU(), other.degreeU()), std::max(degreeV(), other.degreeV()));
+    addMultiple(coefficients_, 0, 0, -1.0, terms);
+    return *this;
+}
+
+ERPolynome2Var& ERPolynome2Var::operator*=(const ERPolynome2Var& other) {
+    ERMatrix<double> result(degreeU() + other.degreeU() + 1, degreeV() + other.degreeV() + 1);
+    const ERMatrix<double>& c = coefficients_;
+    for (unsigned int i = 0; i < c.rows(); ++i)
+        for (unsigned int j = 0; j < c.cols(); ++j)
+            addMultiple(result, i, j, c(i, j), other.coefficients_);
+    coefficients_ = result;
+    return *this;
+}
+
+ERPolynome2Var ERPolynome2Var::getDerived(unsigned int orderU, unsigned int orderV) const {
+    if (orderU == 0 && orderV == 0) return *this;
+    if (orderU > degreeU() || orderV > degreeV()) return ERPolynome2Var(polyConstant, 0.0);
+    ERPolynome2Var result(polyDegree, degreeU() - orderU, degreeV() - orderV);
+    for (unsigned int i = 0; i <= result.degreeU(); ++i)
+        for (unsigned int j = 0; j <= result.degreeV(); ++j)
+            result(i, j) = derivationFactor(i, orderU) * derivationFactor(j, orderV) *
+                           (*this)(i + orderU, j + orderV);
+    return result;
+}
+
+void ERPolynome2Var::printOn(std::ostream& os) const { coefficients_.printOn(os); }
+
+ERULong ERPolynome2Var::binaryStoreSize() const { return coefficients_.binaryStoreSize(); }
+
+void ERPolynome2Var::saveGuts(ERFile& file) const { coefficients_.saveGuts(file); }
+
+void ERPolynome2Var::restoreGuts(ERFile& file) { coefficients_.restoreGuts(file); }
+
+ERPolynome2Var operator/(const ERPolynome2Var& p, double divisor) {
+    ERPolynome2Var result(p);
+    result /= divisor;
+    return result;
+}
+
+ERTValVector<ERPolynome2Var> getAllDerivate(const ERPolynome2Var& p) {
+    const unsigned int perRow = p.degreeV() + 1;
+    ERTValVector<ERPolynome2Var> derivatives((p.degreeU() + 1) * perRow);
+    derivatives[0] = p;
+    for (unsigned int k = 1; k < derivatives.entries(); ++k)
+        derivatives[k] = k % perRow == 0 ? derivatives[k - perRow].getDerived(1, 0)
+                                         : derivatives[k - 1].getDerived(0, 1);
+    return derivatives;
+}
+
+std::ostream& operator<<(std::ostream& os, const ERPolynome& p) {
+    p.printOn(os);
+    return os;
+}
+
+std::ostream& operator<<(std::ostream& os, const ERPolynome2Var& p) {
+    p.printOn(os);
+    return os;
+}
+
+ERFile& operator<<(ERFile& file, const ERPolynome& p) {
+    p.saveGuts(file);
+    return file;
+}
+
+ERFile& operator>>(ERFile& file, ERPolynome& p) {
+    p.restoreGuts(file);
+    return file;
+}
+
+ERFile& operator<<(ERFile& file, const ERPolynome2Var& p) {
+    p.saveGuts(file);
+    return file;
+}
+
+ERFile& operator>>(ERFile& file, ERPolynome2Var& p) {
+    p.restoreGuts(file);
+    return file;
+}
+
+}  // namespace kerf

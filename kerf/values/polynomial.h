@@ -1,0 +1,193 @@
+#pragma once
+#include <iosfwd>
+
+#include "kerf/core/value_vector.h"
+#include "kerf/numerics/matrix.h"
+#include "kerf/numerics/newton_solvers.h"
+#include "kerf/numerics/vector.h"
+#include "kerf/platform/config.h"
+#include "kerf/values/limits.h"
+
+// Polynomials in the power basis, and their real roots on an interval.
+namespace kerf {
+
+enum polyConstruct { polyDegree };  ///< a polynomial of given degree, all coefficients 0
+enum polyValue { polyConstant };    ///< a polynomial of degree 0 with a given value
+
+/// A polynomial p(x) = c[0] + c[1] x + ... in one variable.
+///
+/// Degree:  that of the last coefficient stored, null or not; only reduce() drops any, so a sum
+///          has the larger of both degrees and a product their sum. Without any coefficient the
+///          polynomial is 0 and its degree 0.
+/// Checks:  the index of a coefficient is the caller's duty.
+/// Sharing, failure, threads: as for ERVec; a copy costs one increment.
+class KERF_EXPORT ERPolynome {
+public:
+    ERPolynome() = default;  ///< no coefficient
+    ERPolynome(enum polyConstruct, unsigned int degree) : coefficients_(degree + 1) {}
+    ERPolynome(enum polyValue, double value) : coefficients_(1, value) {}
+    ERPolynome(const double* coefficients, unsigned int n) : coefficients_(coefficients, n) {}
+    explicit ERPolynome(const ERVec<double>& coefficients) : coefficients_(coefficients) {}
+    ERPolynome(const ERPolynome&) = default;
+    ERPolynome& operator=(const ERPolynome&) = default;
+    virtual ~ERPolynome();
+
+    unsigned int degree() const {
+        const unsigned int n = coefficients_.length();
+        return n > 0 ? n - 1 : 0;
+    }
+    void adjustDegree(unsigned int degree);  ///< cuts, or fills with 0
+    /// Drops coefficients from the last down while their magnitude is at most tol, down to none.
+    void reduce(double tol);
+
+    double evaluate(double x) const;
+
+    double operator()(unsigned int power) const { return coefficients_[power]; }
+    double& operator()(unsigned int power) { return coefficients_[power]; }
+    double operator[](unsigned int power) const { return coefficients_[power]; }
+    double& operator[](unsigned int power) { return coefficients_[power]; }
+    const ERVec<double>& coefficients() const { return coefficients_; }
+
+    /// The composition x -> p(inner(x)), with the product of both degrees.
+    ERPolynome operator()(const ERPolynome& inner) const;
+
+    ERPolynome& operator*=(double factor);
+    ERPolynome& operator/=(double divisor);
+    ERPolynome& operator+=(const ERPolynome& other);
+    ERPolynome& operator-=(const ERPolynome& other);
+    ERPolynome& operator*=(const ERPolynome& other);
+
+    /// The derivative of that order; beyond the degree it is the constant 0.
+    ERPolynome getDerived(unsigned int order) const;
+
+    /// As many coefficients and equal ones, exactly: one more, null coefficient makes a difference.
+    friend bool operator==(const ERPolynome& a, const ERPolynome& b) {
+        return a.coefficients_ == b.coefficients_;
+    }
+
+    /// The coefficients, printed and stored as an ERVec.
+    virtual void printOn(std::ostream& os) const;
+    virtual ERULong binaryStoreSize() const;
+    virtual void saveGuts(ERFile& file) const;
+    virtual void restoreGuts(ERFile& file);
+
+private:
+    ERVec<double> coefficients_;
+};
+
+KERF_EXPORT ERPolynome operator/(const ERPolynome& p, double divisor);
+
+/// degree() + 1 entries: the polynomial itself, then each derivative in order.
+KERF_EXPORT ERTValVector<ERPolynome> getAllDerivate(const ERPolynome& p);
+
+/// A polynomial in two variables, the sum of c(i, j) u^i v^j: the tensor-product form of
+/// ERPolynome, to which all that is said there applies in each variable.
+class KERF_EXPORT ERPolynome2Var {
+public:
+    ERPolynome2Var() = default;  ///< no coefficient
+    ERPolynome2Var(enum polyConstruct, unsigned int degreeU, unsigned int degreeV)
+        : coefficients_(degreeU + 1, degreeV + 1) {}
+    ERPolynome2Var(enum polyValue, double value) : coefficients_(1, 1, value) {}
+    /// Row i holds the coefficients of u^i, in ascending powers of v.
+    ERPolynome2Var(const double* coefficients, unsigned int rows, unsigned int cols)
+        : coefficients_(coefficients, rows, cols) {}
+    explicit ERPolynome2Var(const ERMatrix<double>& coefficients) : coefficients_(coefficients) {}
+    ERPolynome2Var(const ERPolynome2Var&) = default;
+    ERPolynome2Var& operator=(const ERPolynome2Var&) = default;
+    virtual ~ERPolynome2Var();
+
+    unsigned int degreeU() const { return coefficients_.rows() > 0 ? coefficients_.rows() - 1 : 0; }
+    unsigned int degreeV() const { return coefficients_.cols() > 0 ? coefficients_.cols() - 1 : 0; }
+    void adjustDegree(unsigned int degreeU, unsigned int degreeV);
+    /// Drops the last rows, then the last columns, without an element above tol in magnitude.
+    void reduce(double tol);
+
+    double evaluate(double u, double v) const;
+
+    double operator()(unsigned int i, unsigned int j) const { return coefficients_(i, j); }
+    double& operator()(unsigned int i, unsigned int j) { return coefficients_(i, j); }
+    /// The coefficients of u^i, as a view.
+    const ERSlice<double> operator[](unsigned int i) const { return coefficients_[i]; }
+    ERSlice<double> operator[](unsigned int i) { return coefficients_[i]; }
+    const ERMatrix<double>& coefficients() const { return coefficients_; }
+
+    /// The composition t -> p(u(t), v(t)), of degree degreeU() u.degree() + degreeV() v.degree().
+    ERPolynome operator()(const ERPolynome& u, const ERPolynome& v) const;
+
+    ERPolynome2Var& operator*=(double factor);
+    ERPolynome2Var& operator/=(double divisor);
+    ERPolynome2Var& operator+=(const ERPolynome2Var& other);
+    ERPolynome2Var& operator-=(const ERPolynome2Var& other);
+    ERPolynome2Var& operator*=(const ERPolynome2Var& other);
+
+    /// The derivative of order orderU by u and orderV by v.
+    ERPolynome2Var getDerived(unsigned int orderU, unsigned int orderV) const;
+
+    friend bool operator==(const ERPolynome2Var& a, const ERPolynome2Var& b) {
+        return a.coefficients_ == b.coefficients_;
+    }
+
+    /// The coefficients, printed and stored as an ERMatrix.
+    virtual void printOn(std::ostream& os) const;
+    virtual ERULong binaryStoreSize() const;
+    virtual void saveGuts(ERFile& file) const;
+    virtual void restoreGuts(ERFile& file);
+
+private:
+    ERMatrix<double> coefficients_;
+};
+
+KERF_EXPORT ERPolynome2Var operator/(const ERPolynome2Var& p, double divisor);
+
+/// (degreeU() + 1) (degreeV() + 1) entries: the derivative of orders i and j is entry
+/// i (degreeV() + 1) + j.
+KERF_EXPORT ERTValVector<ERPolynome2Var> getAllDerivate(const ERPolynome2Var& p);
+
+KERF_EXPORT std::ostream& operator<<(std::ostream& os, const ERPolynome& p);
+KERF_EXPORT std::ostream& operator<<(std::ostream& os, const ERPolynome2Var& p);
+KERF_EXPORT ERFile& operator<<(ERFile& file, const ERPolynome& p);
+KERF_EXPORT ERFile& operator>>(ERFile& file, ERPolynome& p);
+KERF_EXPORT ERFile& operator<<(ERFile& file, const ERPolynome2Var& p);
+KERF_EXPORT ERFile& operator>>(ERFile& file, ERPolynome2Var& p);
+
+/// The equation p(x) = 0. Keeps both polynomials, at the cost of two increments.
+class KERF_EXPORT ERCNewtonSPolynome : public ERCNewtonS {
+public:
+    ERCNewtonSPolynome(const ERPolynome& p, const ERPolynome& derivative)
+        : polynomial(p), derived(derivative) {}
+    double f(double x) override { return polynomial.evaluate(x); }
+    double fprime(double x) override { return derived.evaluate(x); }
+
+private:
+    ERPolynome polynomial;
+    ERPolynome derived;
+};
+
+// Real roots, limits included. Tolerances are absolute: they suit coefficients of the order of 1.
+// The two methods differ on multiple roots, and callers rely on which one they get.
+
+/// The real roots by a general method for complex roots, each as often as its multiplicity and in
+/// the order of that method. Leading coefficients up to 1e-10 count as null, and a polynomial left
+/// without a degree has no roots. A multiple root that comes out with an imaginary part is missing.
+KERF_EXPORT ERVec<double> Zeros1(const ERPolynome& p, const ERLimites& limits);
+
+/// Replaces roots by the result of Zeros1 and answers their count. A stored degree of 0 is a
+/// constant: -1 as unsigned when it is exactly 0, else 0, with roots empty. Null coefficients of a
+/// higher degree make no constant, and give 0.
+KERF_EXPORT unsigned int Zeros(const ERPolynome& p, const ERLimites& limits, ERVec<double>& roots);
+/// The same as Zeros with an output.
+KERF_EXPORT unsigned int ZerosMethode1(const ERPolynome& p, const ERLimites& limits,
+                                       ERVec<double>& roots);
+
+/// The real roots in ascending order, each once, by Newton's method between the roots of the
+/// derivative, which come from those of the next one.
+/// Null values:  where |p| is at most 1e-11 a root of the derivative, or a limit, is a root.
+/// Searches:     elsewhere a product below 1e-9 of the values at both ends opens a search, be it
+///               positive: what lies in the interval when Newton's method ends is a root, converged
+///               or not, and callers rely on nearly double roots being found so.
+/// Misses:       an interval that Newton's method leaves from its middle and from both ends gives
+///               no root. In a derivative that hides an extremum of p, and both roots beside it.
+/// A constant 0 has the limits as roots.
+KERF_EXPORT ERVec<double> Zeros(const ERPolynome& p, const ERLimites& limits);
+
+}  // namespace kerf
