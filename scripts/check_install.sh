@@ -20,7 +20,9 @@ cat >"$place/program/main.cpp" <<'CPP'
 
 int main() {
     const kerf::ERPersistentPoint3D point(kerf::ERPoint3D(1, 2, 3));
-    return kerf::ERClassRegistration::findCreator("ERDBObject") != nullptr && point.z() == 3 ? 0 : 1;
+    const bool hasClasses = kerf::ERClassRegistration::findCreator("ERDBObject") != nullptr;
+    const bool hasTexts = kerf::CString().LoadString(7103);
+    return hasClasses && hasTexts && point.z() == 3 ? 0 : 1;
 }
 CPP
 

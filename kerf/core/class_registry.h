@@ -6,7 +6,9 @@
 // one chain, and the macros that give a class its descriptor and its casts.
 namespace kerf {
 
+class CString;
 class ERObject;
+struct FeatureResult;
 
 /// What is known of a class at run time. Descriptors are static objects; the chain from pFirstClass
 /// runs from the last class registered to the first.
@@ -73,6 +75,7 @@ public:
 struct WholeLibrary {
     ERClassRegistration const* const* classes;
     void (*initModule)();
+    CString (*resultText)(const FeatureResult&);  ///< brings the library's own texts along
 };
 #if defined(KERF_STATIC_PROGRAM)
 extern const WholeLibrary wholeLibrary;

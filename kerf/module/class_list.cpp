@@ -1,5 +1,6 @@
 // Every class of the library. The linker takes from a static library only what something refers to;
-// programs refer to this list, and so find every class in the registry, whatever they use themselves.
+// programs refer to this list, and so find every class in the registry and every text of the
+// library, whatever they use themselves.
 #include "kerf/core/class_registry.h"
 #include "kerf/core/object.h"
 #include "kerf/module/module.h"
@@ -8,6 +9,7 @@
 #include "kerf/values/entity.h"
 #include "kerf/values/persistent_point.h"
 #include "kerf/values/point_list.h"
+#include "kerf/values/result_text.h"
 #include "kerf/values/transformation_2d.h"
 #include "kerf/values/transformation_3d.h"
 #include "kerf/values/transformation_3d_representation.h"
@@ -49,6 +51,6 @@ ERClassRegistration const* const classes[] = {
 }  // namespace
 
 extern const WholeLibrary wholeLibrary;
-const WholeLibrary wholeLibrary = {classes, &InitKerfDLL};
+const WholeLibrary wholeLibrary = {classes, &InitKerfDLL, &featureResultText};
 
 }  // namespace kerf

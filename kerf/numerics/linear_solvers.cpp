@@ -5,7 +5,11 @@
 #include <cstddef>
 #include <utility>
 
+#include "kerf/numerics/vector_impl.h"
+
 namespace kerf {
+
+KERF_INSTANTIATE_SIMPLE_VECTOR(int)
 
 namespace {
 
@@ -81,15 +85,27 @@ void solveHomogeneous(double* a, unsigned int rows, unsigned int cols, unsigned 
     x[0] = -sum / a[0];
 }
 
-}  // namespace
+// row -= factor * pivotRow. In fours, read before written, which compilers turn into vector code
+// without having to know that the rows are apart.
+inline void subtractMultiple(double* row, const double* pivotRow, double factor, std::size_t n) {
+    for (; n >= 4; n -= 4, row += 4, pivotRow += 4) {
+        const double a = row[0] - factor * pivotRow[0];
+        const double b = row[1] - factor * pivotRow[1];
+        const double c = row[2] - factor * pivotRow[2];
+        const double d = row[3] - factor * pivotRow[3];
+        row[0] = a;
+        row[1] = b;
+        row[2] = c;
+        row[3] = d;
+    }
+    for (std::size_t j = 0; j < n; ++j) row[j] -= factor * pivotRow[j];
+}
 
-int MatriceGaussPivot(ERMatrix<double>& m, int*& permutation, int& exchanges, double tol) {
-    const unsigned int rows = m.rows();
-    const unsigned int cols = m.cols();
-    permutation = new int[rows];
+// MatriceGaussPivot on the elements themselves, with room for one int per row in `permutation`.
+int eliminate(double* const a, const unsigned int rows, const unsigned int cols,
+              int* const permutation, int& exchanges, double tol) {
     for (unsigned int i = 0; i < rows; ++i) permutation[i] = static_cast<int>(i);
     exchanges = 0;
-    double* const a = m.data();
 
     const unsigned int steps = std::min(rows, cols);
     for (unsigned int k = 0; k < steps; ++k) {
@@ -113,7 +129,7 @@ int MatriceGaussPivot(ERMatrix<double>& m, int*& permutation, int& exchanges, do
             double* const row = a + std::size_t{i} * cols;
             const double multiplier = row[k] / pivotRow[k];
             row[k] = multiplier;
-            for (unsigned int j = k + 1; j < cols; ++j) row[j] -= multiplier * pivotRow[j];
+            subtractMultiple(row + k + 1, pivotRow + k + 1, multiplier, cols - k - 1);
         }
     }
     if (rows > cols) return 0;
@@ -129,16 +145,14 @@ int MatriceGaussPivot(ERMatrix<double>& m, int*& permutation, int& exchanges, do
     return 1;
 }
 
-ERLUDecomp::ERLUDecomp(const ERMatrix<double>& a) : ERMatrix<double>(a), given(a) { factor(); }
+}  // namespace
 
-ERLUDecomp::ERLUDecomp(const ERLUDecomp& other)
-    : ERMatrix<double>(other),
-      given(other.given),
-      rowOrder(std::make_unique<int[]>(other.rows())),
-      singular(other.singular),
-      exchangeCount(other.exchangeCount) {
-    std::copy_n(other.rowOrder.get(), rows(), rowOrder.get());
+int MatriceGaussPivot(ERMatrix<double>& m, int*& permutation, int& exchanges, double tol) {
+    permutation = new int[m.rows()];
+    return eliminate(m.data(), m.rows(), m.cols(), permutation, exchanges, tol);
 }
+
+ERLUDecomp::ERLUDecomp(const ERMatrix<double>& a) : ERMatrix<double>(a), given(a) { factor(); }
 
 ERLUDecomp& ERLUDecomp::operator=(const ERMatrix<double>& a) {
     given = a;
@@ -147,22 +161,11 @@ ERLUDecomp& ERLUDecomp::operator=(const ERMatrix<double>& a) {
     return *this;
 }
 
-ERLUDecomp& ERLUDecomp::operator=(const ERLUDecomp& other) {
-    if (this == &other) return *this;
-    auto order = std::make_unique<int[]>(other.rows());
-    std::copy_n(other.rowOrder.get(), other.rows(), order.get());
-    ERMatrix<double>::operator=(other);
-    given = other.given;
-    rowOrder = std::move(order);
-    singular = other.singular;
-    exchangeCount = other.exchangeCount;
-    return *this;
-}
-
 void ERLUDecomp::factor() {
-    int* order = nullptr;
-    singular = MatriceGaussPivot(*this, order, exchangeCount, singularPivot) == 0 ? 1 : 0;
-    rowOrder.reset(order);
+    if (rowOrder.length() != rows()) rowOrder = ERSimpleVec<int>(rows());
+    const int regular =
+        eliminate(data(), rows(), cols(), rowOrder.data(), exchangeCount, singularPivot);
+    singular = regular == 0 ? 1 : 0;
 }
 
 ERMatrix<double> ERLUDecomp::L() const {

@@ -1,6 +1,4 @@
 #pragma once
-#include <memory>
-
 #include "kerf/numerics/matrix.h"
 #include "kerf/numerics/vector.h"
 #include "kerf/platform/config.h"
@@ -8,6 +6,8 @@
 // Direct solution of small dense systems: elimination with partial pivoting, the LU decomposition
 // and its readings.
 namespace kerf {
+
+KERF_DECLARE_SIMPLE_VECTOR(int)
 
 /// The decomposition P A = L U with partial pivoting of a matrix, packed in the base: U on and
 /// above the diagonal, the multipliers of L below. Singular: a pivot below 1e-20 stops the
@@ -20,14 +20,11 @@ namespace kerf {
 class KERF_EXPORT ERLUDecomp : public ERMatrix<double> {
 public:
     ERLUDecomp(const ERMatrix<double>& a);
-    ERLUDecomp(const ERLUDecomp& other);
-    ~ERLUDecomp() override = default;
     ERLUDecomp& operator=(const ERMatrix<double>& a);
-    ERLUDecomp& operator=(const ERLUDecomp& other);
 
     int isSingular() const { return singular; }
     /// The rows of P A = L U: row i of P A is row permutation()[i] of A. One entry per row.
-    const int* permutation() const { return rowOrder.get(); }
+    const int* permutation() const { return rowOrder.data(); }
     int exchanges() const { return exchangeCount; }
     const ERMatrix<double>& original() const { return given; }
 
@@ -44,7 +41,8 @@ private:
     void factor();
 
     ERMatrix<double> given;
-    std::unique_ptr<int[]> rowOrder;
+    // A vector, so that factoring in a loop takes its memory from the thread's block cache.
+    ERSimpleVec<int> rowOrder;
     int singular = 0;
     int exchangeCount = 0;
 };

@@ -36,10 +36,6 @@ constexpr unsigned int infoWords = 10;
 constexpr ERULong infoSize = 40;
 constexpr ERULong rootOnlySize = 4;
 
-int compareBytes(const char* a, const char* b, unsigned int length) {
-    return std::memcmp(a, b, length);
-}
-
 int compareText(const char* a, const char* b, unsigned int length) {
     return std::strncmp(a, b, length);
 }
@@ -79,6 +75,10 @@ ERBTreeOnDisk::ERBTreeOnDisk(ERFileManager& treeFile, unsigned int slots, create
     usable = found && makeUsable();
     cache = std::make_unique<ERCacheManager>(file, nodeSize, cacheSlots);
     if (usable && info.root != -1) nodeAt(info.root);
+}
+
+int ERBTreeOnDisk::compareBytes(const char* a, const char* b, unsigned int length) {
+    return std::memcmp(a, b, length);
 }
 
 ERBTreeOnDisk::~ERBTreeOnDisk() {

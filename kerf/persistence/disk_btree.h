@@ -40,6 +40,7 @@ private:
     void setWord(int i, ERLong value);
     bool hasSoundCounter() const;
     void setCounter(int count) { setWord(0, count); }
+    int searchFourBytes(const char* key, int count) const;
     void setSon(int i, ERLong location);
     void setItem(int i, ERLong value);
     void setKey(int i, const char* key, ERLong value);
@@ -174,6 +175,8 @@ private:
         int first;
         int last;
     };
+
+    static int compareBytes(const char* a, const char* b, unsigned int length);
 
     // Info record
     bool readInfo();

@@ -1,4 +1,4 @@
-#include <algorithm>
+#include <cstdint>
 #include <cstring>
 
 #include "kerf/persistence/disk_btree.h"
@@ -18,6 +18,14 @@ namespace {
 
 constexpr std::size_t wordSize = sizeof(ERLong);
 constexpr int firstSonWord = 1;
+
+// The order of four bytes as memcmp sees it.
+std::uint32_t orderOfBytes(const char* key) {
+    const auto byte = [key](int i) {
+        return static_cast<std::uint32_t>(static_cast<unsigned char>(key[i]));
+    };
+    return byte(0) << 24 | byte(1) << 16 | byte(2) << 8 | byte(3);
+}
 
 }  // namespace
 
@@ -65,6 +73,8 @@ void ERDiskTreeNode::initialize() {
 int ERDiskTreeNode::binarySearch(const char* key, Compare compare) const {
     const unsigned int length = tree->info.keyLength;
     const int count = counter();
+    if (length == sizeof(std::uint32_t) && compare == ERBTreeOnDisk::compareBytes)
+        return searchFourBytes(key, count);
     if (count == 0 || compare(keys(0), key, length) >= 0) return 0;
     if (compare(keys(count - 1), key, length) < 0) return count;
     int low = 0;
@@ -74,6 +84,23 @@ int ERDiskTreeNode::binarySearch(const char* key, Compare compare) const {
         (compare(keys(middle), key, length) < 0 ? low : high) = middle;
     }
     return high;
+}
+
+// The numbers of an object tree: the same answer without a call for each key.
+int ERDiskTreeNode::searchFourBytes(const char* key, int count) const {
+    const std::uint32_t wanted = orderOfBytes(key);
+    const char* const first = keys(0);
+    int low = 0;
+    for (int left = count; left > 0;) {
+        const int half = left / 2;
+        if (orderOfBytes(first + 4 * (low + half)) < wanted) {
+            low += half + 1;
+            left -= half + 1;
+        } else {
+            left = half;
+        }
+    }
+    return low;
 }
 
 // Ranges may overlap when the source is this node.

@@ -1,9 +1,11 @@
 #include "kerf/persistence/free_list.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
 #include <cstring>
 #include <limits>
+#include <unordered_set>
 
 #include "kerf/persistence/file_manager.h"
 #include "kerf/platform/sinks.h"
@@ -14,7 +16,6 @@ namespace {
 
 constexpr ERULong nodeMagic = 588;
 constexpr ERULong sizeWordBytes = 4;
-constexpr ERULong smallestRemainder = 8;  // what is left of a free block, less goes to the caller
 
 // The whole block for so many bytes of data: a size word, and the data rounded up to 4. Answers
 // false when that is more than any file can hold.
@@ -30,83 +31,23 @@ std::int64_t endOf(ERLong location, ERULong size) { return std::int64_t{location
 
 ERLMan::~ERLMan() = default;
 
-// --- One node in memory
-
-// The first entry that is large enough. An entry that is not inside the data (no list written here
-// has one) would give away somebody else's bytes.
-int ERListManager::Node::firstFit(ERULong wanted, ERLong end) const {
-    for (int i = 0; i < count; ++i) {
-        const auto entry = static_cast<std::size_t>(i);
-        if (sizes[entry] >= wanted && locations[entry] >= ERFileManager::firstData &&
-            endOf(locations[entry], sizes[entry]) <= end)
-            return i;
-    }
-    return -1;
-}
-
-// Takes from the front of the entry; a remainder too small to stand alone makes `wanted` grow.
-ERLong ERListManager::Node::take(int entry, ERULong& wanted) {
-    const auto i = static_cast<std::size_t>(entry);
-    const ERLong start = locations[i];
-    const ERULong remainder = sizes[i] - wanted;
-    if (remainder >= smallestRemainder) {
-        locations[i] += static_cast<ERLong>(wanted);
-        sizes[i] = remainder;
-    } else {
-        wanted += remainder;
-        removeEntry(entry);
-    }
-    return start;
-}
-
-// Answers whether the block found a place: joined to an entry that it touches, or as a new entry
-// in ascending order.
-bool ERListManager::Node::add(ERLong location, ERULong size) {
-    const auto used = static_cast<std::size_t>(count);
-    for (std::size_t i = 0; i < used; ++i) {
-        if (location == endOf(locations[i], sizes[i])) {
-            sizes[i] += size;
-            if (i + 1 < used && endOf(locations[i], sizes[i]) == locations[i + 1]) {
-                sizes[i] += sizes[i + 1];
-                removeEntry(static_cast<int>(i) + 1);
-            }
-            return true;
-        }
-        if (endOf(location, size) == locations[i]) {
-            locations[i] = location;
-            sizes[i] += size;
-            return true;
-        }
-    }
-    if (count == capacity) return false;
-
-    std::size_t place = used;
-    for (; place > 0 && locations[place - 1] > location; --place) {
-        locations[place] = locations[place - 1];
-        sizes[place] = sizes[place - 1];
-    }
-    locations[place] = location;
-    sizes[place] = size;
-    ++count;
-    return true;
-}
-
-void ERListManager::Node::removeEntry(int entry) {
-    std::copy(locations.begin() + entry + 1, locations.begin() + count, locations.begin() + entry);
-    std::copy(sizes.begin() + entry + 1, sizes.begin() + count, sizes.begin() + entry);
-    --count;
-}
-
 // --- The chain
 
 // Stands around every change of the list. An operation that an exception ends leaves a node in
 // memory of which nobody knows how much is in the file: the next one starts from the file, at the
-// head.
+// head. At the head the list is mirrored, too.
 class ERListManager::Operation {
 public:
     explicit Operation(ERListManager& changed) : list(changed) {
-        if (list.unsettled) list.readNode(ERFileManager::firstNode);
+        if (list.unsettled) {
+            list.mirror.forget();
+            list.readNode(ERFileManager::firstNode);
+        }
         list.unsettled = true;
+        if (list.mirror.isUnknown())
+            list.mirrorList();
+        else if (list.mirror.isRing() && list.mirror.nodesEnd() > list.file->endData())
+            list.mirror.giveUp();  // a damaged list: part of it was freed with the end of the data
     }
     Operation(const Operation&) = delete;
     Operation& operator=(const Operation&) = delete;
@@ -156,13 +97,7 @@ ERLong ERListManager::allocateUnwritten(ERULong size, ERULong& blockSize) {
 // One round of the list, then the end of the file. The size word goes out before the list or the
 // end of the data show the block as taken: when a write fails the block is still free.
 ERListManager::Space ERListManager::take(ERULong wanted, SizeWord sizeWord, EmptyNode emptyNode) {
-    const ERLong start = current;
-    ERLong stepsLeft = nodesPossible();
-    int entry = node.firstFit(wanted, file->endData());
-    while (entry == -1 && !nextLeadsTo(start, stepsLeft)) {
-        advance();
-        entry = node.firstFit(wanted, file->endData());
-    }
+    const int entry = goToSpace(wanted);
     if (entry == -1) {
         if (!file->hasRoomAtEnd(wanted)) return {-1, 0};
         if (sizeWord == SizeWord::written) writeHeader(file->endData(), wanted);
@@ -192,12 +127,7 @@ void ERListManager::deallocate(ERLong location) {
 
 void ERListManager::addToFreeList(ERLong location, ERULong size) {
     if (file->deallocateFromEnd(location, size)) return;
-    const ERLong start = current;
-    ERLong stepsLeft = nodesPossible();
-    while (!node.add(location, size)) {
-        if (nextLeadsTo(start, stepsLeft)) return extendFreeList(location, size);
-        advance();
-    }
+    if (!addToNode(location, size)) return extendFreeList(location, size);
     writeNode();
 }
 
@@ -211,20 +141,15 @@ void ERListManager::extendFreeList(ERLong, ERULong) {
     if (location == -1) return;
 
     // The new node lies on the block's size word. It is complete before the chain leads to it.
-    const ERLong predecessor = current;
-    Node extended = node;
-    extended.next = location;
-    const ERLong next = node.next;
-    node = Node();
-    node.magic = nodeMagic;
-    node.next = next;
-    current = location;
+    FreeListNode added;
+    added.magic = nodeMagic;
+    added.next = node.next;
+    writeNode(location, added);
+    node.next = location;
     writeNode();
-    std::swap(node, extended);
-    current = predecessor;
-    writeNode();
-    std::swap(node, extended);
+    node = added;
     current = location;
+    mirror.insertNext(location, added);
 }
 
 // Takes the current node, which is empty, out of the chain. The head keeps its place: what follows
@@ -233,27 +158,109 @@ void ERListManager::deleteNode() {
     const ERLong next = node.next;
     if (current == ERFileManager::firstNode) {
         if (!holdsNode(next)) return writeNode();
-        readNode(next);
+        if (mirror.isRing())
+            node = mirror.nextNode();
+        else
+            readNode(next);
         current = ERFileManager::firstNode;
         writeNode();
+        mirror.removeNext();
         return addToFreeList(next, ERFileManager::nodeSize);
     }
     const ERLong removed = current;
-    const Node emptied = node;
+    if (!goToPredecessor()) return writeNode();
+    node.next = next;
+    writeNode();
+    mirror.removeNext();
+    addToFreeList(removed, ERFileManager::nodeSize);
+}
+
+// --- Round the list, in memory where it is a ring, else in the file
+
+// Reads the list from the current node on, which is the head. Two nodes that begin in the same
+// stretch of a node's length are one, or overlap: such a list is no ring, and is not followed
+// further, so that what is mirrored is never more than what the file has.
+void ERListManager::mirrorList() {
+    mirror.forget();
+    const FreeListNode head = node;
+    ERLong stepsLeft = nodesPossible();
+    std::unordered_set<ERLong> stretches;
+    mirror.append(current, node);
+    while (!nextLeadsTo(ERFileManager::firstNode, stepsLeft) &&
+           stretches.insert(node.next / ERFileManager::nodeSize).second) {
+        advance();
+        mirror.append(current, node);
+    }
+    if (node.next == ERFileManager::firstNode)
+        mirror.close();
+    else
+        mirror.giveUp();
+    node = head;
+    current = ERFileManager::firstNode;
+}
+
+// Goes to the first node with a free block that is large enough, starting with the current one, and
+// answers its entry; -1, at the last node, when there is none.
+int ERListManager::goToSpace(ERULong wanted) {
+    if (mirror.isRing()) {
+        const int entry = mirror.goToSpace(wanted, file->endData());
+        showMirrored();
+        return entry;
+    }
+    const ERLong start = current;
+    ERLong stepsLeft = nodesPossible();
+    int entry = node.firstFit(wanted, file->endData());
+    while (entry == -1 && !nextLeadsTo(start, stepsLeft)) {
+        advance();
+        entry = node.firstFit(wanted, file->endData());
+    }
+    return entry;
+}
+
+// Goes to the first node that takes the block, starting with the current one, and adds it there;
+// answers false, at the last node, when none does.
+bool ERListManager::addToNode(ERLong location, ERULong size) {
+    if (mirror.isRing()) {
+        const bool found = mirror.goToTaker(location, size);
+        showMirrored();
+        return found && node.add(location, size);
+    }
+    const ERLong start = current;
+    ERLong stepsLeft = nodesPossible();
+    while (!node.add(location, size)) {
+        if (nextLeadsTo(start, stepsLeft)) return false;
+        advance();
+    }
+    return true;
+}
+
+// Goes to the node whose next is the current one, which is not the head. Stays and answers false
+// when nothing leads to it: the chain is damaged.
+bool ERListManager::goToPredecessor() {
+    if (mirror.isRing()) {
+        mirror.goToPrevious();
+        showMirrored();
+        return true;
+    }
+    const ERLong location = current;
+    const FreeListNode atLocation = node;
     ERLong stepsLeft = nodesPossible();
     advance(ERFileManager::firstNode);
-    while (node.next != removed) {
+    while (node.next != location) {
         if (nextLeadsTo(ERFileManager::firstNode, stepsLeft)) {
-            // Nothing leads to it: the chain is damaged, and the node stays.
-            node = emptied;
-            current = removed;
-            return writeNode();
+            node = atLocation;
+            current = location;
+            return false;
         }
         advance();
     }
-    node.next = next;
-    writeNode();
-    addToFreeList(removed, ERFileManager::nodeSize);
+    return true;
+}
+
+void ERListManager::showMirrored() {
+    if (current == mirror.location()) return;
+    current = mirror.location();
+    node = mirror.node();
 }
 
 // --- Nodes and blocks in the file
@@ -292,20 +299,26 @@ void ERListManager::advance(ERLong location) {
 //
 // What the file ends before reads as 0, which is a node without entries and without a next.
 void ERListManager::readNode(ERLong location) {
-    std::array<unsigned int, sizeof(Node) / sizeof(unsigned int)> words{};
+    std::array<unsigned int, sizeof(FreeListNode) / sizeof(unsigned int)> words{};
     file->SeekTo(location);
     file->Read(words.data(), static_cast<unsigned int>(words.size()));
-    static_assert(sizeof(Node) == ERFileManager::nodeSize && sizeof(words) == sizeof(Node));
+    static_assert(sizeof(FreeListNode) == ERFileManager::nodeSize &&
+                  sizeof(words) == sizeof(FreeListNode));
     std::memcpy(static_cast<void*>(&node), words.data(), sizeof node);
     current = location;
     if ((node.magic & 0xFFFF) != nodeMagic) outputDebugText("BAD MAGIC NUMBER");
-    node.count = std::clamp(node.count, 0, ERLong{capacity});
+    node.count = std::clamp(node.count, 0, ERLong{FreeListNode::capacity});
 }
 
 void ERListManager::writeNode() {
-    std::array<unsigned int, sizeof(Node) / sizeof(unsigned int)> words;
-    std::memcpy(words.data(), &node, sizeof node);
-    file->SeekTo(current);
+    writeNode(current, node);
+    mirror.update(node);
+}
+
+void ERListManager::writeNode(ERLong location, const FreeListNode& written) {
+    std::array<unsigned int, sizeof(FreeListNode) / sizeof(unsigned int)> words;
+    std::memcpy(words.data(), &written, sizeof written);
+    file->SeekTo(location);
     file->Write(words.data(), static_cast<unsigned int>(words.size()));
 }
 

@@ -1,6 +1,6 @@
 #pragma once
-#include <array>
-
+#include "kerf/persistence/free_list_mirror.h"
+#include "kerf/persistence/free_list_node.h"
 #include "kerf/platform/config.h"
 
 // The free blocks of a file, kept in chained nodes inside the file itself.
@@ -26,6 +26,7 @@ public:
 /// the block that made it grow: that block is lost to the file. Stored files rely on the
 /// arrangement, so a file's free space is never exact.
 ///
+/// Reading: the first change reads the list; after it the nodes are known, and changes only write.
 /// Failure: the platform's exceptions pass. What is lost then is space at most: no block is handed
 ///          out twice, and the next call starts from what the file holds.
 /// Damage:  a node without its magic number is reported on the debug output and used all the same,
@@ -50,22 +51,6 @@ public:
     void deallocate(ERLong location) override;
 
 private:
-    static constexpr int capacity = 32;
-
-    // A node as it stands in the file; the fields lie without gaps.
-    struct Node {
-        ERULong magic = 0;  // 16 bits, and 16 bits of padding
-        std::array<ERLong, capacity> locations{};
-        std::array<ERULong, capacity> sizes{};
-        ERLong count = 0;
-        ERLong next = 0;
-
-        int firstFit(ERULong wanted, ERLong end) const;
-        ERLong take(int entry, ERULong& wanted);
-        bool add(ERLong location, ERULong size);
-        void removeEntry(int entry);
-    };
-
     class Operation;
     struct Space {
         ERLong start;
@@ -79,8 +64,15 @@ private:
     bool holdsNode(ERLong location) const;
     bool nextLeadsTo(ERLong start, ERLong& stepsLeft) const;
 
+    void mirrorList();
+    int goToSpace(ERULong wanted);
+    bool addToNode(ERLong location, ERULong size);
+    bool goToPredecessor();
+    void showMirrored();
+
     void readNode(ERLong location);
     void writeNode();
+    void writeNode(ERLong location, const FreeListNode& written);
     ERULong readHeader(ERLong location);
     void writeHeader(ERLong location, ERULong size);
     void advance();
@@ -91,7 +83,8 @@ private:
 
     ERFileManager* file;
     ERLong current;
-    Node node;
+    FreeListNode node;
+    FreeListMirror mirror;   // where the list is a ring, stands at the current node
     bool unsettled = false;  // the node in memory may differ from the file's
 };
 

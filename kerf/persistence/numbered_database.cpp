@@ -1,5 +1,8 @@
 #include "kerf/persistence/numbered_database.h"
 
+#include <algorithm>
+#include <limits>
+
 #include "kerf/core/file.h"
 #include "kerf/persistence/file_manager.h"
 #include "kerf/persistence/tree_objects.h"
@@ -11,6 +14,7 @@ namespace kerf {
 namespace {
 
 constexpr ERLong indexID = 1;
+constexpr ERLong lastNumber = std::numeric_limits<ERLong>::max() - 1;
 
 }  // namespace
 
@@ -34,7 +38,7 @@ int ERDataBase::Open(char const* name, int readOnly) {
                 index = std::make_unique<ERAuxilaryIndex>();
                 base.Retrieve(indexID, *index);
                 index->init(*base.fileManager());
-                nextEntry = index->entries();
+                nextEntry = std::max(index->entries(), 0);
                 return 1;
             }
         } else {
@@ -46,7 +50,11 @@ int ERDataBase::Open(char const* name, int readOnly) {
         showMessage("File Error", failure.what());
     }
     index.reset();
-    base.Close();
+    try {
+        base.Close();
+    } catch (CFileException const&) {
+        // The base is closed; what failed first has been shown, or nothing was to be kept.
+    }
     return 0;
 }
 
@@ -57,13 +65,13 @@ void ERDataBase::Close() {
 }
 
 ERLong ERDataBase::save(t_SmartPtr<ERObject> object) {
-    if (index == nullptr || !object) return -1;
+    if (index == nullptr || !object || nextEntry > lastNumber) return -1;
     const ERLong id = base.Store(*object);
     if (id == -1) return -1;
     // After a crash the index may hold numbers that the count in its tree does not know of.
     while (!index->Insert(nextEntry, id)) {
         ERLong taken = -1;
-        if (!index->Find(nextEntry, taken)) return -1;
+        if (nextEntry == lastNumber || !index->Find(nextEntry, taken)) return -1;
         ++nextEntry;
     }
     return nextEntry++;

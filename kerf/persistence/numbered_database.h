@@ -20,7 +20,8 @@ public:
     virtual int Open(char const* name, int readOnly);
     virtual void Close();
 
-    /// Stores the object and returns its number; -1 when nothing was stored.
+    /// Stores the object and returns its number; -1 when it got none: it was not stored, or the
+    /// index has no room (the object then has an ID all the same).
     virtual ERLong save(t_SmartPtr<ERObject> object);
     /// Builds the object of that number; null when there is none.
     virtual t_SmartPtr<ERObject> restore(ERLong number);

@@ -5,6 +5,7 @@
 #include <limits>
 #include <ostream>
 #include <string_view>
+#include <utility>
 
 #include "kerf/persistence/disk_btree.h"
 #include "kerf/persistence/number_key.h"
@@ -58,6 +59,11 @@ ERObjectDataBase::~ERObjectDataBase() {
     } catch (CFileException const& failure) {
         showMessage("File Error", failure.what());
     }
+    if (ERObject::theCurrentDataBase == this) ERObject::theCurrentDataBase = nullptr;
+    if (ERObject::m_DatabaseForNextAllocation == this) {
+        ERObject::m_NextAllocationOnDatabase = 0;
+        ERObject::m_DatabaseForNextAllocation = nullptr;
+    }
 }
 
 int ERObjectDataBase::Open(char const* name, int readOnly) {
@@ -71,6 +77,9 @@ int ERObjectDataBase::Open(char const* name, int readOnly) {
     } catch (CFileException const& failure) {
         showMessage("File Error", failure.what());
         closeFile();
+    } catch (...) {
+        closeFile();
+        throw;
     }
     return file != nullptr ? 1 : 0;
 }
@@ -104,7 +113,7 @@ bool ERObjectDataBase::openExisting(char const* name, int readOnly) {
     objectTreeLocation = words[2];
     lastObjectID = std::max(words[3], 0);
     objectCount = static_cast<ERULong>(words[4]);
-    lastSignature = static_cast<ERULong>(words[5]);
+    lastSignature = static_cast<ERULong>(std::max(words[5], 0));
     const auto holds = [this](ERLong location) {
         return location > file->start() && static_cast<ERULong>(location) + treeInfoSize <=
                                                static_cast<ERULong>(file->endData());
@@ -169,12 +178,14 @@ void ERObjectDataBase::closeFile() {
 }
 
 ERLong ERObjectDataBase::GetOrCreateSignature(char const* className) {
+    if (file == nullptr) return -1;
     const std::string_view name = cutName(className);
     if (const auto known = signatures.find(name); known != signatures.end())
         return static_cast<ERLong>(known->second);
     const std::string key = classKey(name);
     ERLong signature = classTree->findValue(key.c_str());
     if (signature == -1) {
+        if (lastSignature >= static_cast<ERULong>(std::numeric_limits<ERLong>::max())) return -1;
         signature = static_cast<ERLong>(lastSignature + 1);
         if (!classTree->insertKeyAndValue(key.c_str(), signature)) return -1;
         ++lastSignature;
@@ -203,15 +214,7 @@ public:
           formerID(stored.objectID),
           formerDatabase(stored.database),
           position(targetBase.file->CurOffset()),
-          isNew(stored.objectID == -1 || stored.database != &targetBase),
-          id(isNew ? targetBase.lastObjectID + 1 : stored.objectID) {
-        if (isNew) {
-            base.lastObjectID = id;
-            ++base.objectCount;
-        }
-        object.objectID = id;
-        object.database = &base;
-    }
+          isNew(stored.objectID == -1 || stored.database != &targetBase) {}
 
     ~PendingStore() {
         if (recordOpen) base.file->abandonRecord();
@@ -219,21 +222,28 @@ public:
         if (complete) return;
         object.objectID = formerID;
         object.database = formerDatabase;
-        if (!isNew) return;
+        if (!isNew || id == -1) return;
         --base.objectCount;
         // Objects that this one refers to may have taken later IDs already.
         if (base.lastObjectID == id) --base.lastObjectID;
     }
 
+    // Gives the object the ID that its record will have: its parts may refer back to it.
+    bool identify() {
+        id = isNew ? base.freeID() : formerID;
+        if (id == -1) return false;
+        if (isNew) {
+            base.lastObjectID = id;
+            ++base.objectCount;
+        }
+        object.objectID = id;
+        object.database = &base;
+        return true;
+    }
+
     ERLong fail() {
         ++base.refusedStores;
         return -1;
-    }
-
-    void moveToID(ERLong next) {
-        id = next;
-        object.objectID = next;
-        base.lastObjectID = std::max(base.lastObjectID, next);
     }
 
     ERObjectDataBase& base;
@@ -242,17 +252,15 @@ public:
     ERObjectDataBase* const formerDatabase;
     const ERLong position;  // this store may run inside the saveGuts of another object
     const bool isNew;
-    ERLong id;
+    ERLong id = -1;
     bool recordOpen = false;
     bool complete = false;
 };
 
 ERLong ERObjectDataBase::Store(ERObject& object) {
     if (file == nullptr) return -1;
-    const bool isNew = object.objectID == -1 || object.database != this;
-    if (isNew && lastObjectID == std::numeric_limits<ERLong>::max()) return -1;
-
     PendingStore pending(*this, object);
+    if (!pending.identify()) return pending.fail();
     const ERLong signature = GetOrCreateSignature(object.className());
     if (signature == -1) return pending.fail();
     ERObject::theCurrentDataBase = this;
@@ -272,13 +280,10 @@ ERLong ERObjectDataBase::Store(ERObject& object) {
     // A record whose parts could not be stored would refer to nothing.
     bool entered = refusedStores == refusedBefore;
     ERLong formerLocation = -1;
-    if (entered && !(isNew == false &&
-                     objectTree->replaceValue(NumberKey(pending.id), location, formerLocation))) {
-        while (!(entered = objectTree->insertKeyAndValue(NumberKey(pending.id), location) != 0)) {
-            const ERLong next = nextFreeID(pending.id);
-            if (next == -1) break;
-            pending.moveToID(next);
-        }
+    if (entered) {
+        const NumberKey key(pending.id);
+        entered = (!pending.isNew && objectTree->replaceValue(key, location, formerLocation)) ||
+                  objectTree->insertKeyAndValue(key, location);
     }
     if (!entered) {
         file->deallocate(location);
@@ -289,14 +294,11 @@ ERLong ERObjectDataBase::Store(ERObject& object) {
     return pending.id;
 }
 
-// The first ID behind the given one that the tree does not hold; -1 when the given one is not held
-// either (the tree refused it for want of room) or there is none left.
-ERLong ERObjectDataBase::nextFreeID(ERLong id) {
-    if (!objectTree->contains(NumberKey(id))) return -1;
-    while (id < std::numeric_limits<ERLong>::max()) {
-        ++id;
-        if (!objectTree->contains(NumberKey(id))) return id;
-    }
+// The first ID behind the last one that the tree does not hold (after a crash it holds some that
+// the header does not know of); -1 when there is none left.
+ERLong ERObjectDataBase::freeID() {
+    for (ERLong id = lastObjectID; id < std::numeric_limits<ERLong>::max();)
+        if (!objectTree->contains(NumberKey(++id))) return id;
     return -1;
 }
 
@@ -329,9 +331,15 @@ int ERObjectDataBase::Retrieve(ERLong id, ERObject& object) {
     const RecordFile::Reading reading(*file);
     ERULong signature = 0;
     if (findRecord(id, signature) == -1) return 0;
-    object.database = this;
-    object.objectID = id;
-    object.restoreGuts(*file);
+    const ERLong formerID = std::exchange(object.objectID, id);
+    ERObjectDataBase* const formerDatabase = std::exchange(object.database, this);
+    try {
+        object.restoreGuts(*file);
+    } catch (...) {
+        object.objectID = formerID;
+        object.database = formerDatabase;
+        throw;
+    }
     return 1;
 }
 
@@ -382,12 +390,8 @@ ERULong ERObjectDataBase::signatureAt(ERLong location) {
 }
 
 ERLong ERObjectDataBase::InsertSpecial(ERLong value) {
-    if (file == nullptr || lastObjectID == std::numeric_limits<ERLong>::max()) return -1;
-    ERLong id = lastObjectID + 1;
-    while (!objectTree->insertKeyAndValue(NumberKey(id), value)) {
-        id = nextFreeID(id);
-        if (id == -1) return -1;
-    }
+    const ERLong id = file == nullptr ? -1 : freeID();
+    if (id == -1 || !objectTree->insertKeyAndValue(NumberKey(id), value)) return -1;
     lastObjectID = id;
     specials.insert(id);
     return id;

@@ -33,7 +33,8 @@ public:
     ERObjectDataBase();
     ERObjectDataBase(ERObjectDataBase const&) = delete;
     ERObjectDataBase& operator=(ERObjectDataBase const&) = delete;
-    virtual ~ERObjectDataBase();  ///< closes
+    /// Closes. theCurrentDataBase, and a new that is still to be attached, forget this base.
+    virtual ~ERObjectDataBase();
 
     /// Opens the file of that name, or creates it unless readOnly is set. 1 when the base is open
     /// at the end. 0 for a file that is missing (read only), empty, or no database: its bytes stay
@@ -47,7 +48,7 @@ public:
     virtual ERLong Store(ERObject& object);
 
     /// Fills the object from the record of that ID, whatever class the record was stored from. 0
-    /// when there is none.
+    /// when there is none. When a read fails, the object keeps its former ID and database.
     virtual int Retrieve(ERLong id, ERObject& object);
 
     /// Builds the object of that ID. Null when there is none, when its class is unknown to this
@@ -87,6 +88,8 @@ protected:
     ERLong GetOrCreateSignature(char const* className);
 
 private:
+    friend class ERObject;
+
     struct NameHash {
         using is_transparent = void;
         std::size_t operator()(std::string_view name) const {
@@ -100,7 +103,7 @@ private:
     void readClasses();
     void writeCounters();
     void closeFile();
-    ERLong nextFreeID(ERLong id);
+    ERLong freeID();
     ERLong findRecord(ERLong id, ERULong& signature);
     bool mayBeRecord(ERLong location) const;
     ERULong signatureAt(ERLong location);
@@ -117,7 +120,7 @@ private:
     std::unordered_map<ERULong, ERClassRegistration::Creator> creators;
     std::unordered_set<ERLong> specials;  ///< IDs known to hold plain numbers
     std::vector<ERLong> beingRetrieved;   ///< IDs of the records being read, outermost first
-    unsigned int refusedStores = 0;       ///< stores that answered -1 since the base was made
+    unsigned int refusedStores = 0;       ///< stores and references that failed so far
 };
 
 }  // namespace kerf

@@ -44,8 +44,12 @@ int ERObject::Delete() {
 }
 
 void ERObject::recursiveSaveOn(ERFile& file) {
+    ERObjectDataBase* const current = theCurrentDataBase;
     const ERLong position = file.CurOffset();
-    Save(theCurrentDataBase);
+    Save(current);
+    theCurrentDataBase = current;  // an object that comes from another base is stored there first
+    // Where that failed its ID is one of the other base: no record of this one may hold it.
+    if (current != nullptr && database != current && objectID != -1) ++current->refusedStores;
     file.SeekTo(position);
     file.Write(objectID);
 }

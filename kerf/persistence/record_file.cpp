@@ -46,39 +46,42 @@ void RecordFile::flushRecords() {
 }
 
 std::size_t RecordFile::readBytes(void* data, std::size_t count) {
-    if (readers == 0 || count > smallRead) {
-        const std::int64_t first = GetPosition();
-        for (std::size_t i = 0; i < openRecords; ++i) {
-            const Record& record = records[i];
-            const std::int64_t last = record.start + static_cast<std::int64_t>(record.bytes.size());
-            if (first < last && record.start < first + static_cast<std::int64_t>(count)) {
-                flushRecords();
-                break;
-            }
-        }
-        return ERFileManager::readBytes(data, count);
-    }
     const std::int64_t position = GetPosition();
-    const auto inWindow = [&] {
-        return position >= windowStart && position + static_cast<std::int64_t>(count) <=
-                                              windowStart + static_cast<std::int64_t>(windowLength);
-    };
-    if (!inWindow()) {
-        if (openRecords != 0) flushRecords();
-        windowLength = 0;
-        windowLength = ERFileManager::readBytes(window.data(), windowSize);
-        windowStart = position;
+    const std::int64_t last = position + static_cast<std::int64_t>(count);
+    if (readers != 0 && count != 0) {
+        if (position >= windowStart &&
+            last <= windowStart + static_cast<std::int64_t>(windowLength)) {
+            std::memcpy(data, window.data() + (position - windowStart), count);
+            Seek(last, CFile::begin);
+            return count;
+        }
+        if (count <= smallRead) return readThroughWindow(data, count);
     }
-    const std::size_t offset = static_cast<std::size_t>(position - windowStart);
-    const std::size_t served = std::min(count, windowLength - std::min(windowLength, offset));
-    if (served != 0) std::memcpy(data, window.data() + offset, served);
-    Seek(position + static_cast<std::int64_t>(served), CFile::begin);
+    const auto overlaps = [&](Record const& record) {
+        return position < record.start + static_cast<std::int64_t>(record.bytes.size()) &&
+               record.start < last;
+    };
+    if (std::any_of(records.begin(), records.begin() + static_cast<std::ptrdiff_t>(openRecords),
+                    overlaps))
+        flushRecords();
+    return ERFileManager::readBytes(data, count);
+}
+
+// Fills the window from the position on and serves what was asked for from it.
+std::size_t RecordFile::readThroughWindow(void* data, std::size_t count) {
+    if (openRecords != 0) flushRecords();
+    windowLength = 0;
+    windowStart = GetPosition();
+    windowLength = ERFileManager::readBytes(window.data(), windowSize);
+    const std::size_t served = std::min(count, windowLength);
+    std::memcpy(data, window.data(), served);
+    Seek(windowStart + static_cast<std::int64_t>(served), CFile::begin);
     return served;
 }
 
 void RecordFile::writeBytes(const void* data, std::size_t count) {
     windowLength = 0;
-    if (openRecords == 0) return ERFileManager::writeBytes(data, count);
+    if (openRecords == 0 || count == 0) return ERFileManager::writeBytes(data, count);
     Record& record = records[openRecords - 1];
     const std::int64_t position = GetPosition();
     const std::int64_t recordEnd = record.start + static_cast<std::int64_t>(record.size);
@@ -87,8 +90,13 @@ void RecordFile::writeBytes(const void* data, std::size_t count) {
 
     const std::size_t offset = static_cast<std::size_t>(position - record.start);
     const std::size_t held = std::min(count, record.size - offset);
-    if (record.bytes.size() < offset + held) record.bytes.resize(offset + held);
-    std::memcpy(record.bytes.data() + offset, data, held);
+    char const* const bytes = static_cast<char const*>(data);
+    if (offset == record.bytes.size()) {
+        record.bytes.insert(record.bytes.end(), bytes, bytes + held);
+    } else {
+        if (record.bytes.size() < offset + held) record.bytes.resize(offset + held);
+        std::memcpy(record.bytes.data() + offset, bytes, held);
+    }
     Seek(position + static_cast<std::int64_t>(held), CFile::begin);
     // A class that writes more than its binaryStoreSize reaches past its block, as in any file.
     if (held < count)

@@ -49,6 +49,7 @@ private:
     };
 
     void flushRecords();
+    std::size_t readThroughWindow(void* data, std::size_t count);
 
     static constexpr std::size_t windowSize = 256;
     static constexpr std::size_t smallRead = 128;

@@ -33,7 +33,6 @@ public:
     coordFormator() = default;
     coordFormator(const coordFormator&) = default;
     coordFormator& operator=(const coordFormator&) = default;
-    virtual ~coordFormator();
 
     /// c, in form `from`, in form `to`. Equal forms copy.
     virtual Coordinate ConvertFromTo(const Coordinate& c, int from, int to);
@@ -73,6 +72,8 @@ public:
     /// The value carried from the frame of t to the reference frame, and into it.
     virtual Coordinate TransFrom(const ERPmIsometrie3D& t, const Coordinate& c);
     virtual Coordinate TransTo(const ERPmIsometrie3D& t, const Coordinate& c);
+
+    virtual ~coordFormator();
 
     int GetCurrentChoice() const { return currentChoice; }
     /// The label of a line, under the current choice or a given one.

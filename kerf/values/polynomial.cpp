@@ -34,8 +34,9 @@ double derivationFactor(unsigned int k, unsigned int order) {
 }
 
 double horner(const double* c, unsigned int n, double x) {
-    double value = 0.0;
-    for (unsigned int i = n; i-- > 0;) value = value * x + c[i];
+    if (n == 0) return 0.0;
+    double value = c[n - 1];
+    for (unsigned int i = n - 1; i-- > 0;) value = value * x + c[i];
     return value;
 }
 
@@ -176,10 +177,11 @@ void ERPolynome2Var::reduce(double tol) {
 }
 
 double ERPolynome2Var::evaluate(double u, double v) const {
-    const unsigned int cols = coefficients_.cols();
-    const double* row = coefficients_.data() + coefficients_.length();
-    double value = 0.0;
-    for (unsigned int i = coefficients_.rows(); i-- > 0;) {
+    const unsigned int rows = coefficients_.rows(), cols = coefficients_.cols();
+    if (rows == 0) return 0.0;
+    const double* row = coefficients_.data() + (rows - 1) * cols;
+    double value = horner(row, cols, v);
+    for (unsigned int i = rows - 1; i-- > 0;) {
         row -= cols;
         value = value * u + horner(row, cols, v);
     }

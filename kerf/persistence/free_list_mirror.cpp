@@ -1,0 +1,240 @@
+#include "kerf/persistence/free_list_mirror.h"
+
+#include <algorithm>
+#include <bit>
+#include <cstdlib>
+#include <limits>
+
+namespace kerf {
+
+namespace {
+
+constexpr std::int64_t nodeBytes = sizeof(FreeListNode);
+constexpr std::size_t fewestBuckets = 64;
+
+ERULong largestSize(const FreeListNode& node) {
+    const auto used = node.sizes.begin() + node.count;
+    return node.count == 0 ? 0 : *std::max_element(node.sizes.begin(), used);
+}
+
+// Whether a free block lies on one of the nodes, whose locations ascend.
+bool meetsOneOf(const std::vector<ERLong>& nodeLocations, const FreeListNode& node) {
+    for (std::size_t i = 0; i < static_cast<std::size_t>(node.count); ++i) {
+        const std::int64_t start = node.locations[i];
+        const auto behind =
+            std::upper_bound(nodeLocations.begin(), nodeLocations.end(), start - nodeBytes);
+        if (behind != nodeLocations.end() && *behind < start + node.sizes[i]) return true;
+    }
+    return false;
+}
+
+bool equalEntries(const FreeListNode& a, std::size_t i, const FreeListNode& b, std::size_t k) {
+    return a.locations[i] == b.locations[k] && a.sizes[i] == b.sizes[k];
+}
+
+}  // namespace
+
+// --- The index
+
+void FreeBlockIndex::clear() { *this = FreeBlockIndex(); }
+
+// Multiplicative hashing (Knuth, The Art of Computer Programming, 6.4): the upper bits.
+std::size_t FreeBlockIndex::bucketOf(ERLong key) const {
+    const std::uint32_t hash = static_cast<std::uint32_t>(key) * 0x9E3779B1u;
+    return hash >> (33 - std::bit_width(buckets.size()));
+}
+
+void FreeBlockIndex::insert(ERLong key, NodeNumber node) {
+    LinkNumber link = unused;
+    if (link == none) {
+        if (links.size() == buckets.size()) grow();
+        link = static_cast<LinkNumber>(links.size());
+        links.push_back({});
+    } else {
+        unused = links[link].next;
+    }
+    LinkNumber& first = buckets[bucketOf(key)];
+    links[link] = {key, node, first};
+    first = link;
+}
+
+void FreeBlockIndex::erase(ERLong key, NodeNumber node) {
+    for (LinkNumber* i = &buckets[bucketOf(key)]; *i != none; i = &links[*i].next) {
+        const LinkNumber link = *i;
+        if (links[link].key != key || links[link].node != node) continue;
+        *i = links[link].next;
+        links[link].next = unused;
+        unused = link;
+        return;
+    }
+}
+
+// Only when no link is unused.
+void FreeBlockIndex::grow() {
+    buckets.assign(std::max(fewestBuckets, 2 * buckets.size()), none);
+    for (LinkNumber i = 0; i < links.size(); ++i) {
+        LinkNumber& first = buckets[bucketOf(links[i].key)];
+        links[i].next = first;
+        first = i;
+    }
+}
+
+// --- The ring as a whole
+
+void FreeListMirror::become(State nextState) {
+    *this = FreeListMirror();
+    state = nextState;
+}
+
+void FreeListMirror::append(ERLong location, const FreeListNode& node) {
+    const auto number = static_cast<NodeNumber>(nodes.size());
+    places.push_back(ring.size());
+    nodes.push_back(node);
+    ring.push_back({largestSize(node), node.count, number, location});
+}
+
+void FreeListMirror::close() {
+    std::vector<ERLong> locations;
+    for (const Place& place : ring) locations.push_back(place.location);
+    std::sort(locations.begin(), locations.end());
+    for (std::size_t i = 1; i < locations.size(); ++i)
+        if (std::int64_t{locations[i]} - locations[i - 1] < nodeBytes) return giveUp();
+    lastLocation = locations.back();
+    for (const FreeListNode& node : nodes)
+        if (meetsOneOf(locations, node)) return giveUp();
+
+    for (NodeNumber i = 0; i < nodes.size(); ++i)
+        index(i, 0, static_cast<std::size_t>(nodes[i].count));
+    state = State::ring;
+}
+
+const FreeListNode& FreeListMirror::nextNode() const { return nodes[ring[next(here)].node]; }
+
+std::int64_t FreeListMirror::nodesEnd() const { return lastLocation + nodeBytes; }
+
+// --- Searches
+
+std::size_t FreeListMirror::stepsTo(std::size_t place) const {
+    return place >= here ? place - here : place + ring.size() - here;
+}
+
+int FreeListMirror::goToSpace(ERULong wanted, ERLong end) {
+    std::size_t place = here;
+    for (std::size_t i = 0; i < ring.size(); ++i, place = next(place)) {
+        if (ring[place].largest < wanted) continue;
+        const int entry = nodes[ring[place].node].firstFit(wanted, end);
+        if (entry == -1) continue;
+        here = place;
+        return entry;
+    }
+    goToPrevious();
+    return -1;
+}
+
+bool FreeListMirror::goToTaker(ERLong location, ERULong size) {
+    std::size_t steps = ring.size();
+    const auto touches = [&](NodeNumber node) { steps = std::min(steps, stepsTo(places[node])); };
+    ends.forEach(location, touches);
+    starts.forEach(static_cast<ERLong>(location + std::int64_t{size}), touches);
+
+    std::size_t place = here;
+    for (std::size_t i = 0; i < steps; ++i, place = next(place))
+        if (ring[place].count < FreeListNode::capacity) steps = i;
+    if (steps == ring.size()) {
+        goToPrevious();
+        return false;
+    }
+    here = (here + steps) % ring.size();
+    return true;
+}
+
+void FreeListMirror::goToPrevious() { here = (here == 0 ? ring.size() : here) - 1; }
+
+// --- Changes
+
+// One change of a node leaves its first entries and its last ones as they were: the index has to
+// know of what lies between.
+void FreeListMirror::update(const FreeListNode& node) {
+    if (!isRing()) return;
+    Place& place = ring[here];
+    FreeListNode& old = nodes[place.node];
+    auto oldUsed = static_cast<std::size_t>(old.count);
+    auto used = static_cast<std::size_t>(node.count);
+    std::size_t same = 0;
+    while (same < std::min(used, oldUsed) && equalEntries(old, same, node, same)) ++same;
+    while (std::min(used, oldUsed) > same && equalEntries(old, oldUsed - 1, node, used - 1)) {
+        --used;
+        --oldUsed;
+    }
+    removeFromIndex(place.node, same, oldUsed);
+    old = node;
+    index(place.node, same, used);
+    place.largest = largestSize(node);
+    place.count = node.count;
+}
+
+void FreeListMirror::insertNext(ERLong location, const FreeListNode& inserted) {
+    if (!isRing()) return;
+    for (const Place& place : ring)
+        if (std::abs(std::int64_t{place.location} - location) < nodeBytes) return giveUp();
+
+    auto number = static_cast<NodeNumber>(nodes.size());
+    if (unusedNumbers.empty()) {
+        nodes.push_back(inserted);
+        places.push_back(0);
+    } else {
+        number = unusedNumbers.back();
+        unusedNumbers.pop_back();
+        nodes[number] = inserted;
+    }
+    ++here;
+    ring.insert(ring.begin() + static_cast<std::ptrdiff_t>(here),
+                {largestSize(inserted), inserted.count, number, location});
+    renumber(here);
+    index(number, 0, static_cast<std::size_t>(inserted.count));
+    lastLocation = std::max(lastLocation, location);
+}
+
+void FreeListMirror::removeNext() {
+    if (!isRing()) return;
+    const std::size_t removed = next(here);
+    const Place gone = ring[removed];
+    removeFromIndex(gone.node, 0, static_cast<std::size_t>(gone.count));
+    unusedNumbers.push_back(gone.node);
+    ring.erase(ring.begin() + static_cast<std::ptrdiff_t>(removed));
+    if (removed < here) --here;
+    renumber(removed);
+
+    if (gone.location != lastLocation) return;
+    lastLocation = 0;
+    for (const Place& place : ring) lastLocation = std::max(lastLocation, place.location);
+}
+
+void FreeListMirror::renumber(std::size_t firstPlace) {
+    for (std::size_t place = firstPlace; place < ring.size(); ++place)
+        places[ring[place].node] = place;
+}
+
+// --- Entries and the index
+
+// No block begins behind the largest location: such an end is none that anything could touch.
+void FreeListMirror::index(NodeNumber number, std::size_t first, std::size_t behindLast) {
+    const FreeListNode& node = nodes[number];
+    for (std::size_t i = first; i < behindLast; ++i) {
+        starts.insert(node.locations[i], number);
+        const std::int64_t end = std::int64_t{node.locations[i]} + node.sizes[i];
+        if (end <= std::numeric_limits<ERLong>::max())
+            ends.insert(static_cast<ERLong>(end), number);
+    }
+}
+
+void FreeListMirror::removeFromIndex(NodeNumber number, std::size_t first, std::size_t behindLast) {
+    const FreeListNode& node = nodes[number];
+    for (std::size_t i = first; i < behindLast; ++i) {
+        starts.erase(node.locations[i], number);
+        const std::int64_t end = std::int64_t{node.locations[i]} + node.sizes[i];
+        if (end <= std::numeric_limits<ERLong>::max()) ends.erase(static_cast<ERLong>(end), number);
+    }
+}
+
+}  // namespace kerf

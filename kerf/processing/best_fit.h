@@ -1,0 +1,176 @@
+#pragma once
+#include <limits>
+
+#include "kerf/numerics/eigen.h"
+#include "kerf/numerics/matrix.h"
+#include "kerf/numerics/newton_solvers.h"
+#include "kerf/numerics/vector.h"
+#include "kerf/platform/config.h"
+#include "kerf/values/point.h"
+#include "kerf/values/quaternion.h"
+#include "kerf/values/transformation_3d.h"
+
+// Best fit of paired points: the rigid motion that brings a measured list onto a nominal one with
+// the least sum of squared distances, and the deviation that remains. No scale and no mirror image
+// is fitted.
+//
+//     ERPointSetBestFitSolver   Newton iteration on three rotation parameters.
+//     ERPointSetBestFitSolver1  closed form (Horn, Closed-form solution of absolute orientation
+//                               using unit quaternions, 1987); takes locks of axis, translation
+//                               and origin.
+//
+// Use: reset, add_point for each pair, locks, solve, get_deviation.
+namespace kerf {
+
+/// What solve answers.
+enum BSTF_RESULT {
+    BestFitDone = 0,
+    BestFitTooFewPoints = -1,    ///< fewer than three pairs
+    BestFitNotConverged = -2,    ///< the iteration met its limit in every try
+    BestFitSingular = -3,        ///< the iteration met a singular or diverging step
+    BestFitNoStartingFrame = -4  ///< coincident points, or points exactly in line
+};
+
+/// The pairs, the last transformation found and its deviation.
+/// Failure: solve answers a code, nothing throws. Points that are no numbers give one of the
+///          codes, or a transformation that is none either.
+/// Threads: a solver belongs to one thread.
+class KERF_EXPORT ERPointSetBestFitSolverBase {
+public:
+    virtual int nb_points() const;
+    /// Appends a pair: p is to be moved onto q.
+    virtual void add_point(const ERPoint3D& p, const ERPoint3D& q);
+    /// Moves first onto second: result >> p is where p goes.
+    virtual BSTF_RESULT solve(ERPmIsometrie3D& result) = 0;
+    /// Empties the lists and, unless capacity is -1, reserves that many pairs; -1 keeps the memory
+    /// there is. Transformation, deviation and locks stay.
+    virtual void reset(int capacity);
+    /// The deviation stored by solve or, where solve left that open, the root of the mean squared
+    /// distance under the last transformation, kept until the next solve. 0 without points.
+    virtual double get_deviation();
+
+    virtual ~ERPointSetBestFitSolverBase();
+
+protected:
+    static constexpr double notComputed = -1.0;
+
+    ERPointSetBestFitSolverBase() = default;
+    ERPointSetBestFitSolverBase(const ERPointSetBestFitSolverBase&) = default;
+    ERPointSetBestFitSolverBase& operator=(const ERPointSetBestFitSolverBase&) = default;
+
+    /// The mean of the squared distances between the transformed first points and the second ones.
+    double meanSquaredDistance(const ERPmIsometrie3D& transform) const;
+
+    ERVec<ERPoint3D> first;
+    ERVec<ERPoint3D> second;
+    ERPmIsometrie3D lastTransform;
+    double deviation = notComputed;
+};
+
+/// The free problem by Newton iteration. The start comes from frames on four well-spread points, so
+/// that a few iterations do for measured points; it converges to a stationary rotation near that
+/// start.
+class KERF_EXPORT ERPointSetBestFitSolver : public ERPointSetBestFitSolverBase {
+public:
+    /// The rotation parameters: 0 for three angles, anything else for a quaternion. The angle form
+    /// converges linearly, and slowly on long thin sets, for its Jacobian is symmetrised.
+    explicit ERPointSetBestFitSolver(int quaternionForm) : useQuaternion(quaternionForm) {}
+
+    /// Any of the codes. The result is the identity after -2 and -3 and left as it was after -1 and
+    /// -4; get_deviation answers 1000.0 after each of them.
+    BSTF_RESULT solve(ERPmIsometrie3D& result) override;
+
+protected:
+    int useQuaternion;
+};
+
+/// The problem of the Newton solver: the sum of (R a) x b over all pairs, which is null for the
+/// least-squares rotation R. It is linear in the nine entries of R.
+class KERF_EXPORT ERPointSetBestFitSolverFunction : public ERCNewtonMDelta {
+public:
+    /// From three parameters to a 3 by 3 rotation matrix.
+    using Rotation = ERMatrix<double> (*)(const ERVec<double>& parameters);
+
+    /// coefficients: 3 rows of 9, for the entries of R row by row.
+    ERPointSetBestFitSolverFunction(const ERMatrix<double>& coefficients, Rotation rotation,
+                                    double increment);
+
+    ERVec<double> f(const ERVec<double>& x) override;
+
+private:
+    ERMatrix<double> coefficients;
+    Rotation rotation;
+};
+
+/// The closed form, with locks. Locks stay over reset. Degenerate sets are no error: of the
+/// rotations that fit equally well one is taken, for coincident points too.
+///
+/// Locks: an axis goes before translation locks, which then do nothing. Translation locks fix the
+///        rotation to none. lock_origin acts on the free problem and with an axis: lists are then
+///        not centred, so the origin stays where it is.
+/// Deviation: with an axis locked get_deviation answers the mean of the squares, not its root; with
+///        translation locks solve leaves the former deviation. Callers rely on both.
+class KERF_EXPORT ERPointSetBestFitSolver1 : public ERPointSetBestFitSolverBase {
+public:
+    ERPointSetBestFitSolver1();
+
+    /// 0, or -1 with the result left as it was.
+    BSTF_RESULT solve(ERPmIsometrie3D& result) override;
+
+    /// Only rotations about this direction, of any length.
+    void lock_axis(const ERVector3D& axis);
+    /// With an axis locked: no translation along it.
+    void lock_translations_along_axis() { lockAlongAxis = true; }
+    /// With an axis locked: translation along it only. The angle stays that of the free
+    /// translation.
+    void lock_translations_perp_axis() { lockPerpAxis = true; }
+    void lock_origin() { lockOrigin = true; }
+    /// No rotation, and no translation along each vector whose int is not 0; the others keep their
+    /// lock. The vectors are used as they stand: length 1 is the caller's duty. Only a caller who
+    /// has set all three gets a finite translation.
+    void lock_translations(int lock1, int lock2, int lock3, const ERVector3D& v1,
+                           const ERVector3D& v2, const ERVector3D& v3);
+
+    /// Rotation and translation of the last solve: p goes to rotation * p + translation.
+    ERQuaternion get_quaternion() const { return rotation; }
+    ERVector3D get_translation() const { return translation; }
+
+    /// The mean of the squared distances under a transformation of the caller; 0 without points.
+    double square_deviation(const ERPmIsometrie3D& transform) const;
+
+    // The steps of solve, on lists of equal length.
+
+    /// The symmetric 4 by 4 matrix whose largest eigenvalue belongs to the quaternion (w, x, y, z)
+    /// of the best rotation.
+    void find_matrix_for_eigen(const ERVec<ERPoint3D>& from, const ERVec<ERPoint3D>& to,
+                               ERMatrix<double>& N);
+    /// Its eigenvectors, as columns of N, and its eigenvalues, the smallest first.
+    void find_eigens(const ERVec<ERPoint3D>& from, const ERVec<ERPoint3D>& to, ERMatrix<double>& N,
+                     ERVec<double>& values);
+    void find_free_transform(const ERVec<ERPoint3D>& from, const ERVec<ERPoint3D>& to,
+                             ERPmIsometrie3D& result);
+    /// Answers the mean of the squared distances.
+    double find_fixed_axis_transform(const ERVec<ERPoint3D>& from, const ERVec<ERPoint3D>& to,
+                                     const ERVector3D& axis, ERPmIsometrie3D& result);
+    void find_locked_rotations_transform(const ERVec<ERPoint3D>& from, const ERVec<ERPoint3D>& to,
+                                         ERPmIsometrie3D& result);
+
+protected:
+    /// The x of a vector that stands for "no lock".
+    static constexpr double unlocked = std::numeric_limits<double>::lowest();
+
+    ERVector3D lockedAxis;
+    bool lockAlongAxis = false;
+    bool lockPerpAxis = false;
+    bool lockOrigin = false;
+    ERVector3D translationLock1;
+    ERVector3D translationLock2;
+    ERVector3D translationLock3;
+    ERQuaternion rotation;
+    ERVector3D translation;
+    ERPoint3D firstCentre;
+    ERPoint3D secondCentre;
+    Mgc::Eigen eigen;
+};
+
+}  // namespace kerf

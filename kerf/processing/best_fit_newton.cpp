@@ -1,0 +1,234 @@
+#include <cmath>
+#include <limits>
+#include <utility>
+
+#include "kerf/numerics/newton_solvers.h"
+#include "kerf/processing/best_fit.h"
+#include "kerf/processing/point_pair_sums.h"
+
+namespace kerf {
+
+namespace {
+
+constexpr double failedDeviation = 1000.0;
+constexpr unsigned int none = 0xFFFFFFFF;
+
+constexpr double differenceStep = 1e-8;
+constexpr double flatness = 1e-8;
+constexpr double tolerance = 1e-11;
+constexpr int constructionLimit = 400;
+// Set on the solver after its construction, whose limit it overrides.
+constexpr int iterationLimit = 500;
+constexpr int furtherTries = 4;
+
+// Of the other points the one farthest from point `from`, or `none` when all coincide with it.
+unsigned int farthestFrom(const ERPoint3D* points, unsigned int n, unsigned int from) {
+    const ERPoint3D origin = points[from];
+    double largest2 = 0.0;
+    unsigned int found = none;
+    for (unsigned int i = 0; i < n; ++i) {
+        if (i == from) continue;
+        const double length2 = distance2(points[i], origin);
+        // Lengths decide: of two with the same root the first stays.
+        if (length2 > largest2 && std::sqrt(length2) > std::sqrt(largest2)) {
+            largest2 = length2;
+            found = i;
+        }
+    }
+    return found;
+}
+
+unsigned int farthestFromBoth(const ERPoint3D* points, unsigned int n, unsigned int i1,
+                              unsigned int i2) {
+    const ERPoint3D p1 = points[i1], p2 = points[i2];
+    double largest = 0.0;
+    unsigned int found = none;
+    for (unsigned int i = 0; i < n; ++i) {
+        if (i == i1 || i == i2) continue;
+        const double sum = distance(points[i], p1) + distance(points[i], p2);
+        if (sum > largest) {
+            largest = sum;
+            found = i;
+        }
+    }
+    return found;
+}
+
+// The point most nearly square to `direction` as seen from point i3; a point that coincides with i3
+// counts as square.
+unsigned int squarestTo(const ERPoint3D* points, unsigned int n, unsigned int i3,
+                        const ERVector3D& direction) {
+    const ERPoint3D p3 = points[i3];
+    double smallest = std::numeric_limits<double>::infinity();
+    unsigned int found = none;
+    for (unsigned int i = 0; i < n; ++i) {
+        if (i == i3) continue;
+        const double along = std::fabs(ERVector3D(p3, points[i]) * direction);
+        if (along < smallest) {
+            smallest = along;
+            found = i;
+        }
+    }
+    return found;
+}
+
+bool isNull(const ERVector3D& v) { return v.i() == 0.0 && v.j() == 0.0 && v.k() == 0.0; }
+
+LinearMap cleanFrame(const ERVector3D& x, const ERVector3D& y) {
+    return LinearMap(ERChgRepere3D(x, y, ERPoint3D()).getMatrix());
+}
+
+// Two difference vectors between four points, of which an orthonormal frame is made.
+struct FrameVectors {
+    ERVector3D x, y;
+
+    FrameVectors(const ERPoint3D* points, unsigned int i1, unsigned int i2, unsigned int i3,
+                 unsigned int i4)
+        : x(points[i2], points[i1]), y(points[i4], points[i3]) {}
+
+    // Exact: any length above 0 passes.
+    bool spanPlane() const { return !isNull(x) && !isNull(y) && !isNull(x ^ y); }
+    // Made twice: of vectors nearly in line the product is all rounding and not square to them, so
+    // that the first frame is orthonormal only in so far as its two first axes are at right angles.
+    LinearMap frame() const {
+        const ERPmIsometrie3D rough = ERChgRepere3D(x, y, ERPoint3D());
+        return cleanFrame(rough.getVector(Coord3D::CoordX), rough.getVector(Coord3D::CoordY));
+    }
+};
+
+// The rotation that turns a frame on four well-spread points of `a` onto the same in `b`. False
+// when there is none.
+bool findStart(const ERPoint3D* a, const ERPoint3D* b, unsigned int n, LinearMap& start) {
+    const unsigned int i1 = farthestFrom(a, n, 0);
+    if (i1 == none) return false;
+    const unsigned int i2 = farthestFrom(a, n, i1);
+    if (i2 == none) return false;
+    const unsigned int i3 = farthestFromBoth(a, n, i1, i2);
+    if (i3 == none) return false;
+    const unsigned int i4 = squarestTo(a, n, i3, ERVector3D(a[i2], a[i1]));
+    if (i4 == none) return false;
+
+    const FrameVectors from(a, i1, i2, i3, i4);
+    const FrameVectors to(b, i1, i2, i3, i4);
+    if (!from.spanPlane() || !to.spanPlane()) return false;
+    start = to.frame() * from.frame().transposed();
+    return true;
+}
+
+double largestDistance(const ERPoint3D* points, unsigned int n, const ERPoint3D& centre) {
+    const ERPoint3D origin = centre;
+    double largest = 0.0;
+    for (unsigned int i = 0; i < n; ++i) {
+        const double squared = distance2(points[i], origin);
+        if (squared > largest) largest = squared;
+    }
+    return std::sqrt(largest);
+}
+
+// Row r is component r of the sum of (R a) x b, with `mean` the mean of a b^T.
+ERMatrix<double> crossProductRows(const LinearMap& mean) {
+    const double products[3][3] = {
+        {mean.xx, mean.xy, mean.xz}, {mean.yx, mean.yy, mean.yz}, {mean.zx, mean.zy, mean.zz}};
+    ERMatrix<double> rows(3, 9);
+    for (unsigned int r = 0; r < 3; ++r) {
+        const unsigned int p = (r + 1) % 3, q = (r + 2) % 3;
+        for (unsigned int k = 0; k < 3; ++k) {
+            rows(r, 3 * p + k) = products[k][q];
+            rows(r, 3 * q + k) = -products[k][p];
+        }
+    }
+    return rows;
+}
+
+ERMatrix<double> rotationOfQuaternion(const ERVec<double>& parameters) {
+    return ERQuaternion(parameters).GetMatrix();
+}
+
+// Turns by c about x, then b about y, then a about z.
+ERMatrix<double> rotationOfAngles(const ERVec<double>& parameters) {
+    const double* const angles = parameters.data();
+    const double cosA = std::cos(angles[0]), sinA = std::sin(angles[0]);
+    const double cosB = std::cos(angles[1]), sinB = std::sin(angles[1]);
+    const double cosC = std::cos(angles[2]), sinC = std::sin(angles[2]);
+    const double entries[9] = {cosB * cosA,
+                               sinC * sinB * cosA - sinA * cosC,
+                               sinB * cosA * cosC + sinC * sinA,
+                               sinA * cosB,
+                               sinC * sinB * sinA + cosC * cosA,
+                               sinB * sinA * cosC - sinC * cosA,
+                               -sinB,
+                               sinC * cosB,
+                               cosC * cosB};
+    return ERMatrix<double>(entries, 3, 3);
+}
+
+}  // namespace
+
+ERPointSetBestFitSolverFunction::ERPointSetBestFitSolverFunction(const ERMatrix<double>& given,
+                                                                 Rotation parametrisation,
+                                                                 double increment)
+    : ERCNewtonMDelta(increment), coefficients(given), rotation(parametrisation) {
+    KERF_CHECK_ARGUMENT(given.rows() == 3 && given.cols() == 9);
+}
+
+ERVec<double> ERPointSetBestFitSolverFunction::f(const ERVec<double>& x) {
+    const ERMatrix<double> matrix = rotation(x);
+    const double* const entries = matrix.data();
+    const double* row = coefficients.asVector().data();
+    double values[3];
+    for (double& value : values) {
+        value = 0.0;
+        for (unsigned int k = 0; k < 9; ++k) value += row[k] * entries[k];
+        row += 9;
+    }
+    return ERVec<double>(values, 3);
+}
+
+BSTF_RESULT ERPointSetBestFitSolver::solve(ERPmIsometrie3D& result) {
+    deviation = failedDeviation;
+    const unsigned int n = first.length();
+    if (n < 3) return BestFitTooFewPoints;
+    const ERPoint3D* const a = std::as_const(first).data();
+    const ERPoint3D* const b = std::as_const(second).data();
+
+    LinearMap start;
+    if (!findStart(a, b, n, start)) return BestFitNoStartingFrame;
+
+    // The start keeps distances and turns about the centres, so all that it does to the sums of the
+    // moved points is to turn those of the points as they are.
+    const PointPairSums sums = PointPairSums::over(a, b, n);
+    double scale = std::fmax(largestDistance(a, n, sums.first), largestDistance(b, n, sums.second));
+    if (scale == 0.0) scale = 1.0;
+    const double perPair = 1.0 / n;
+    const double shrink = 1.0 / scale;
+    const LinearMap& s = sums.cross;
+    const auto mean = [=](double sum) { return sum * shrink * shrink * perPair; };
+    const LinearMap products(mean(s.xx), mean(s.xy), mean(s.xz), mean(s.yx), mean(s.yy), mean(s.yz),
+                             mean(s.zx), mean(s.zy), mean(s.zz));
+
+    const auto rotation = useQuaternion != 0 ? rotationOfQuaternion : rotationOfAngles;
+    ERPointSetBestFitSolverFunction problem(crossProductRows(start * products), rotation,
+                                            differenceStep);
+    ERNewtonMSolver newton(&problem, 3, flatness, constructionLimit);
+    newton.SetMaxIter(iterationLimit);
+    ERVec<double> x(3);
+    for (int tries = 0;; ++tries) {
+        const int status = newton.Resoudre(x, tolerance);
+        if (status == 0 || status == 1) break;
+        result = ERPmIsometrie3D();
+        if (status != 2) return BestFitSingular;
+        if (tries >= furtherTries) return BestFitNotConverged;
+    }
+
+    const ERMatrix<double> found = rotation(x);
+    const ERVector3D firstColumn(found(0, 0), found(1, 0), found(2, 0));
+    const ERVector3D secondColumn(found(0, 1), found(1, 1), found(2, 1));
+    const ERMatrix<double> whole = (cleanFrame(firstColumn, secondColumn) * start).asMatrix();
+    const ERPmIsometrie3D linear(ERSimilitude3D(whole).getRepresentation());
+    result = ERTranslation3D(sums.second - (linear >> sums.first)) * linear;
+    deviation = notComputed;
+    lastTransform = result;
+    return BestFitDone;
+}
+
+}  // namespace kerf

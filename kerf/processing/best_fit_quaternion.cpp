@@ -1,0 +1,196 @@
+#include <cmath>
+
+#include "kerf/processing/best_fit.h"
+#include "kerf/processing/point_pair_sums.h"
+
+namespace kerf {
+
+namespace {
+
+constexpr double pi = 3.141592653589793;
+
+ERVector3D componentAlong(const ERVector3D& v, const ERVector3D& axis) { return axis * (v * axis); }
+
+PointPairSums sumsOver(const ERVec<ERPoint3D>& from, const ERVec<ERPoint3D>& to) {
+    KERF_CHECK_ARGUMENT(from.length() == to.length());
+    return PointPairSums::over(from.data(), to.data(), from.length());
+}
+
+}  // namespace
+
+ERPointSetBestFitSolver1::ERPointSetBestFitSolver1()
+    : lockedAxis(unlocked, 0.0, 0.0),
+      translationLock1(unlocked, 0.0, 0.0),
+      translationLock2(unlocked, 0.0, 0.0),
+      translationLock3(unlocked, 0.0, 0.0),
+      eigen(4) {}
+
+void ERPointSetBestFitSolver1::lock_axis(const ERVector3D& axis) {
+    lockedAxis = axis.getnormalized();
+}
+
+void ERPointSetBestFitSolver1::lock_translations(int lock1, int lock2, int lock3,
+                                                 const ERVector3D& v1, const ERVector3D& v2,
+                                                 const ERVector3D& v3) {
+    if (lock1) translationLock1 = v1;
+    if (lock2) translationLock2 = v2;
+    if (lock3) translationLock3 = v3;
+}
+
+double ERPointSetBestFitSolver1::square_deviation(const ERPmIsometrie3D& transform) const {
+    return meanSquaredDistance(transform);
+}
+
+void ERPointSetBestFitSolver1::find_matrix_for_eigen(const ERVec<ERPoint3D>& from,
+                                                     const ERVec<ERPoint3D>& to,
+                                                     ERMatrix<double>& N) {
+    const PointPairSums sums = sumsOver(from, to);
+    firstCentre = lockOrigin ? ERPoint3D() : sums.first;
+    secondCentre = lockOrigin ? ERPoint3D() : sums.second;
+    // Without an axis there is nothing that these two could refer to.
+    if (lockedAxis.i() != unlocked) {
+        if (lockAlongAxis)
+            firstCentre += componentAlong(ERVector3D(firstCentre, secondCentre), lockedAxis);
+        if (lockPerpAxis) {
+            const ERVector3D gap(firstCentre, secondCentre);
+            firstCentre += gap - componentAlong(gap, lockedAxis);
+        }
+    }
+
+    // The sums about the two centres, from those about the barycentres.
+    const double n = from.length();
+    const ERPoint3D u = (sums.first - firstCentre) * n;
+    const ERPoint3D v = sums.second - secondCentre;
+    const LinearMap& c = sums.cross;
+    const LinearMap s(c.xx + u.x() * v.x(), c.xy + u.x() * v.y(), c.xz + u.x() * v.z(),
+                      c.yx + u.y() * v.x(), c.yy + u.y() * v.y(), c.yz + u.y() * v.z(),
+                      c.zx + u.z() * v.x(), c.zy + u.z() * v.y(), c.zz + u.z() * v.z());
+
+    const double trace = s.xx + s.yy + s.zz;
+    const double wx = s.yz - s.zy, wy = s.zx - s.xz, wz = s.xy - s.yx;
+    const double xy = s.xy + s.yx, xz = s.xz + s.zx, yz = s.yz + s.zy;
+    const double elements[16] = {trace,
+                                 wx,
+                                 wy,
+                                 wz,  //
+                                 wx,
+                                 2.0 * s.xx - trace,
+                                 xy,
+                                 xz,  //
+                                 wy,
+                                 xy,
+                                 2.0 * s.yy - trace,
+                                 yz,  //
+                                 wz,
+                                 xz,
+                                 yz,
+                                 2.0 * s.zz - trace};
+    N = ERMatrix<double>(elements, 4, 4);
+}
+
+void ERPointSetBestFitSolver1::find_eigens(const ERVec<ERPoint3D>& from, const ERVec<ERPoint3D>& to,
+                                           ERMatrix<double>& N, ERVec<double>& values) {
+    find_matrix_for_eigen(from, to, N);
+    double* const elements = N.data();
+    for (int r = 0; r < 4; ++r)
+        for (int c = 0; c < 4; ++c) eigen.Matrix(r, c) = elements[4 * r + c];
+    eigen.IncrSortEigenStuff4();
+    for (int r = 0; r < 4; ++r)
+        for (int c = 0; c < 4; ++c) elements[4 * r + c] = eigen.GetEigenvector(r, c);
+    values = ERVec<double>(eigen.GetEigenvalue(), 4);
+}
+
+void ERPointSetBestFitSolver1::find_free_transform(const ERVec<ERPoint3D>& from,
+                                                   const ERVec<ERPoint3D>& to,
+                                                   ERPmIsometrie3D& result) {
+    ERMatrix<double> vectors;
+    ERVec<double> values;
+    find_eigens(from, to, vectors, values);
+    rotation = ERQuaternion(ERVec<double>(vectors.col(3)));
+    const ERPmIsometrie3D turn = ERRotation3D(rotation);
+    translation = secondCentre - (turn >> firstCentre);
+    result = ERTranslation3D(translation) * turn;
+}
+
+// About a fixed axis the sum of squares is, but for a constant, -(A cos t + 2 B sin t) of the angle
+// t.
+double ERPointSetBestFitSolver1::find_fixed_axis_transform(const ERVec<ERPoint3D>& from,
+                                                           const ERVec<ERPoint3D>& to,
+                                                           const ERVector3D& axis,
+                                                           ERPmIsometrie3D& result) {
+    const ERVector3D unit = axis.getnormalized();
+    ERMatrix<double> vectors;
+    ERVec<double> values;
+    find_eigens(from, to, vectors, values);
+    double cosine = 0.0, halfSine = 0.0;
+    for (int i = 0; i < 4; ++i) {
+        const double lambda = eigen.GetEigenvalue(i);
+        const double w = eigen.GetEigenvector(0, i);
+        const double d = ERVector3D(eigen.GetEigenvector(1, i), eigen.GetEigenvector(2, i),
+                                    eigen.GetEigenvector(3, i)) *
+                         unit;
+        cosine += lambda * (w - d) * (w + d);
+        halfSine += lambda * w * d;
+    }
+    const double angle = std::atan2(2.0 * halfSine, cosine);
+
+    struct Candidate {
+        ERQuaternion turn;
+        ERVector3D shift;
+        ERPmIsometrie3D motion;
+        double squares;
+    };
+    const auto candidate = [&](double turnedBy) {
+        Candidate c;
+        c.turn = ERQuaternion(unit, turnedBy);
+        const ERPmIsometrie3D turn = ERRotation3D(c.turn);
+        c.shift = secondCentre - (turn >> firstCentre);
+        if (lockAlongAxis) c.shift -= componentAlong(c.shift, unit);
+        if (lockPerpAxis) c.shift = componentAlong(c.shift, unit);
+        c.motion = ERTranslation3D(c.shift) * turn;
+        c.squares = sumOfSquaredDistances(from.data(), to.data(), from.length(),
+                                          LinearMap(c.motion.getMatrix()), c.motion.getTrans());
+        return c;
+    };
+    const Candidate turned = candidate(angle);
+    const Candidate opposite = candidate(angle + pi);
+    const Candidate& best = turned.squares < opposite.squares ? turned : opposite;
+    rotation = best.turn;
+    translation = best.shift;
+    result = best.motion;
+    return from.length() == 0 ? 0.0 : best.squares / from.length();
+}
+
+void ERPointSetBestFitSolver1::find_locked_rotations_transform(const ERVec<ERPoint3D>& from,
+                                                               const ERVec<ERPoint3D>& to,
+                                                               ERPmIsometrie3D& result) {
+    const PointPairSums sums = sumsOver(from, to);
+    firstCentre = sums.first;
+    secondCentre = sums.second;
+    translation = secondCentre - firstCentre;
+    for (const ERVector3D& lock : {translationLock1, translationLock2, translationLock3}) {
+        // An unset lock holds the negative of this and is not left out, so that its huge x takes
+        // the translation out of range: callers rely on setting all three.
+        if (lock.i() == std::numeric_limits<double>::max()) continue;
+        translation -= componentAlong(translation, lock);
+    }
+    rotation = ERQuaternion();
+    result = ERTranslation3D(translation);
+}
+
+BSTF_RESULT ERPointSetBestFitSolver1::solve(ERPmIsometrie3D& result) {
+    if (first.length() < 3) return BestFitTooFewPoints;
+    if (lockedAxis.i() != unlocked) {
+        deviation = find_fixed_axis_transform(first, second, lockedAxis, result);
+    } else if (translationLock1.i() != unlocked || translationLock2.i() != unlocked ||
+               translationLock3.i() != unlocked) {
+        find_locked_rotations_transform(first, second, result);
+    } else {
+        find_free_transform(first, second, result);
+        deviation = notComputed;
+    }
+    lastTransform = result;
+    return BestFitDone;
+}
+
+}  // namespace kerf
