@@ -5,17 +5,13 @@
 // A line of POINTS.txt is "x y z"; empty lines and lines that start with # are passed over. The
 // first half of the run stores each point as a named, coloured object; the second opens the archive
 // read only, as another program would, and compares every bit. Exit code 0 only if all agree.
-#include <unistd.h>
-
-#include <bit>
-#include <cstdint>
+#include <array>
 #include <cstdio>
-#include <fstream>
 #include <iostream>
-#include <sstream>
 #include <string>
 #include <vector>
 
+#include "examples/points_file.h"
 #include "kerf/kerf.h"
 
 namespace {
@@ -23,46 +19,12 @@ namespace {
 constexpr kerf::ERULong red = 0xFF0000;
 constexpr kerf::ERULong blue = 0x0000FF;
 
-// Drawn over itself on a terminal, silent elsewhere.
-class Progress {
-public:
-    Progress(const char* task, std::size_t count) : title(task), total(count) {}
-    ~Progress() {
-        if (onTerminal) std::fputs("\r\033[K", stderr);
-    }
-    void show(std::size_t done) const {
-        if (!onTerminal || (done % 16 != 0 && done != total)) return;
-        constexpr std::size_t width = 40;
-        const std::size_t filled = total == 0 ? width : done * width / total;
-        std::fprintf(stderr, "\r%s [%s%s] %zu/%zu", title, std::string(filled, '#').c_str(),
-                     std::string(width - filled, ' ').c_str(), done, total);
-    }
-
-private:
-    const char* title;
-    std::size_t total;
-    bool onTerminal = isatty(2) != 0;
-};
-
 // False, and the offending line on standard error, when the file is not of the form above.
 bool readPoints(const std::string& path, std::vector<kerf::ERPoint3D>& points) {
-    std::ifstream input(path);
-    if (!input) {
-        std::cerr << path << ": cannot be read\n";
-        return false;
-    }
-    std::string line;
-    for (unsigned number = 1; std::getline(input, line); ++number) {
-        if (line.empty() || line[0] == '#') continue;
-        std::istringstream fields(line);
-        double x = 0, y = 0, z = 0;
-        std::string rest;
-        if (!(fields >> x >> y >> z) || fields >> rest) {
-            std::cerr << path << ":" << number << ": not a point: " << line << "\n";
-            return false;
-        }
-        points.emplace_back(x, y, z);
-    }
+    std::vector<std::array<double, 3>> rows;
+    const auto pass = [](unsigned, const std::string&) { return true; };
+    if (!readRows(path, "a point", rows, pass)) return false;
+    for (const auto& [x, y, z] : rows) points.emplace_back(x, y, z);
     return true;
 }
 
@@ -88,13 +50,6 @@ bool store(const std::string& path, const std::vector<kerf::ERPoint3D>& points, 
     }
     archive.Close();
     return true;
-}
-
-bool sameBits(const kerf::ERPoint3D& a, const kerf::ERPoint3D& b) {
-    const auto same = [](double p, double q) {
-        return std::bit_cast<std::uint64_t>(p) == std::bit_cast<std::uint64_t>(q);
-    };
-    return same(a.x(), b.x()) && same(a.y(), b.y()) && same(a.z(), b.z());
 }
 
 // The number of points that did not come back as they were stored, or -1 when the archive does not

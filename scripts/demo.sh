@@ -12,5 +12,15 @@ cmake --build build/demo
 archive=build/demo/measured_points.kerf
 echo "Keeping the measured points of examples/data/measured_points.txt in $archive"
 build/demo/examples/point_archive examples/data/measured_points.txt "$archive" >build/demo/summary.txt
-grep -v '^| ' build/demo/summary.txt | tr -d '\351'
-echo "(the $(grep -c '^| ' build/demo/summary.txt) records are listed in build/demo/summary.txt)"
+grep -av '^| ' build/demo/summary.txt | LC_ALL=C tr -d '\351'
+echo "(the $(grep -ac '^| ' build/demo/summary.txt) records are listed in build/demo/summary.txt)"
+
+for pairs in examples/data/pairs_*.txt; do
+    name=$(basename "$pairs" .txt)
+    options=()
+    # Two models of a protein that hardly resemble each other.
+    [ "$name" = pairs_protein_1064_atoms ] && options=(--unlike)
+    build/demo/examples/align "$pairs" "build/demo/$name.kerf" "build/demo/$name.svg" "${options[@]}" \
+        >"build/demo/$name.txt"
+    echo "Aligned $(tail -n 1 "build/demo/$name.txt") (build/demo/$name.txt, .svg)"
+done

@@ -8,8 +8,9 @@ namespace kerf::Mgc {
 /// The eigensystem of a real symmetric matrix: Householder reduction to tridiagonal form, then the
 /// implicit QL iteration (Bowdler, Martin, Reinsch, Wilkinson, Handbook for Automatic Computation
 /// II/3). Fill the matrix, call one of the EigenStuff operations, read the results; the
-/// eigenvectors replace the matrix, so it must be filled again for the next one. Failure: an
-/// eigenvalue that is not found within 32 iterations ends the work; the operations then
+/// eigenvectors replace the matrix, so it must be filled again for the next one.
+///
+/// Failure: an eigenvalue that is not found within 32 iterations ends the work; the operations then
 ///          return false and the eigenvalues stay as they stand. A matrix with NaNs ends so.
 /// Sizes:   up to 4 the object needs no memory of its own and the reduction is written out.
 class KERF_EXPORT Eigen {

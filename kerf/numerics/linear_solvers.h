@@ -10,10 +10,11 @@ namespace kerf {
 KERF_DECLARE_SIMPLE_VECTOR(int)
 
 /// The decomposition P A = L U with partial pivoting of a matrix, packed in the base: U on and
-/// above the diagonal, the multipliers of L below. Singular: a pivot below 1e-20 stops the
-/// elimination and sets the flag; the packed factors are then
-///           partly eliminated. Nothing else tests the flag: read isSingular() before solve, which
-///           otherwise answers infinities or NaNs. A matrix with more rows than columns is
+/// above the diagonal, the multipliers of L below.
+///
+/// Singular: a pivot below 1e-20 stops the elimination and sets the flag; the packed factors are
+///           then partly eliminated. Nothing else tests the flag: read isSingular() before solve,
+///           which otherwise answers infinities or NaNs. A matrix with more rows than columns is
 ///           singular.
 /// Wide:     of a matrix with more columns than rows the leading square part is factored, and the
 ///           further columns are right-hand sides that hold their solutions afterwards.
@@ -78,3 +79,9 @@ KERF_EXPORT ERMatrix<double> IdentityMatrix(unsigned int n);
 KERF_EXPORT ERVec<double> ResolveHyperPlan(const ERMatrix<double>& a);
 
 }  // namespace kerf
+
+// Found beside the matrix, so that calls need no qualification.
+namespace kerf::QuickAlgebra {
+using kerf::MatriceGaussPivot;
+using kerf::ResolveHyperPlan;
+}  // namespace kerf::QuickAlgebra

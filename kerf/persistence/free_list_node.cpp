@@ -31,12 +31,11 @@ int FreeListNode::firstFit(ERULong wanted, ERLong end) const {
 ERLong FreeListNode::take(int entry, ERULong& wanted) {
     const auto i = static_cast<std::size_t>(entry);
     const ERLong start = locations[i];
-    const ERULong remainder = sizes[i] - wanted;
-    if (remainder >= smallestRemainder) {
+    sizes[i] -= wanted;
+    if (sizes[i] >= smallestRemainder) {
         locations[i] += static_cast<ERLong>(wanted);
-        sizes[i] = remainder;
     } else {
-        wanted += remainder;
+        wanted += sizes[i];  // which stays behind the count when this is the last entry
         removeEntry(entry);
     }
     return start;

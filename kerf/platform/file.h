@@ -74,9 +74,8 @@ KERF_EXPORT FileBackend* setFileBackend(FileBackend* backend);
 ///
 /// Failure:  CFileException with the path, the operation and the system's text. A call that fails
 ///           leaves the position where it was.
-/// Position: kept here, from 0; it may lie past the end, and a write there fills the gap with
-/// zeros. Sharing:  a file opened with shareExclusive or shareDenyWrite refuses the openings that
-/// it
+/// Position: kept here, from 0; it may lie past the end, and a write there fills the gap with zeros.
+/// Sharing:  a file opened with shareExclusive or shareDenyWrite refuses the openings that it
 ///           denies, in this process and in others, as long as they come through this class (on
 ///           Windows, whatever they come through). Where sharing is denied, the length is asked of
 ///           the system once and then kept.

@@ -132,8 +132,9 @@ protected:
 
 /// A handle: shares a representation, always in reduced form unless a representation was assigned
 /// to it. All operations but the class identity forward to the representation. Copying a handle is
-/// one increment. Storage: 116 bytes, the matrix in the form of ERMatrix (the unit matrix for a
-/// scaling), the
+/// one increment.
+///
+/// Storage: 116 bytes, the matrix in the form of ERMatrix (the unit matrix for a scaling), the
 ///          translation, the factor. Restoring reduces, so the class follows from the values; a
 ///          stored matrix that is not 3 by 3 restores as the identity.
 class KERF_EXPORT ERTr3DRevEnveloppe : public ERTr3DRev {
@@ -340,3 +341,8 @@ KERF_EXPORT CArchive& operator<<(CArchive& archive, const ERPmIsometrie3D& t);
 KERF_EXPORT CArchive& operator>>(CArchive& archive, ERPmIsometrie3D& t);
 
 }  // namespace kerf
+
+// Found beside the matrix, so that calls need no qualification.
+namespace kerf::QuickAlgebra {
+using kerf::computeEulerAngles;
+}  // namespace kerf::QuickAlgebra

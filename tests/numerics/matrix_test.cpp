@@ -43,33 +43,6 @@ void expectShape(const ERMatrix<double>& m, unsigned rows, unsigned cols) {
     EXPECT_EQ(m.length(), rows * cols);
 }
 
-TEST(Matrix, ConstructorsTakeRowsThenColumns) {
-    expectShape(ERMatrix<double>(), 0, 0);
-    EXPECT_EQ(rowsOf(ERMatrix<double>(1, 2)), (Rows{{0, 0}}));
-    EXPECT_EQ(rowsOf(ERMatrix<double>(2, 1, 3.5)), (Rows{{3.5}, {3.5}}));
-    const double values[] = {1, 2, 3, 4, 5, 6};
-    EXPECT_EQ(rowsOf(ERMatrix<double>(values, 3, 2)), (Rows{{1, 2}, {3, 4}, {5, 6}}));
-    const ERVec<double> vec(values, 6);
-    const ERMatrix<double> sharing(vec, 2, 3);
-    EXPECT_EQ(rowsOf(sharing), (Rows{{1, 2, 3}, {4, 5, 6}}));
-    EXPECT_EQ(sharing.block(), vec.block());
-    EXPECT_EQ(rowsOf(ERMatrix<double>(vec.reversed(), 2, 3)), (Rows{{6, 5, 4}, {3, 2, 1}}));
-    ERMatrix<double> filled(2, 2);
-    filled = 4.0;
-    EXPECT_EQ(rowsOf(filled), (Rows{{4, 4}, {4, 4}}));
-}
-
-TEST(Matrix, ElementsLieRowByRow) {
-    const ERMatrix<double> m = numbered(3, 4);
-    EXPECT_EQ(m.inVec(2, 1), 9u);
-    EXPECT_EQ(m.asVector()[9], 21);
-    EXPECT_EQ(m[2][1], 21);
-    EXPECT_EQ(listOf(m.row(1)), (std::vector<double>{10, 11, 12, 13}));
-    EXPECT_EQ(listOf(m.col(3)), (std::vector<double>{3, 13, 23}));
-    EXPECT_EQ(listOf(m), listOf(m.asVector()));
-    EXPECT_EQ(listOf(numbered(3, 3).diagonal()), (std::vector<double>{0, 11, 22}));
-}
-
 // The length does not follow the columns; only the reading of the elements needs a square.
 TEST(Matrix, DiagonalIsAsLongAsThereAreRows) {
     EXPECT_EQ(numbered(2, 5).diagonal().length(), 2u);
@@ -92,38 +65,6 @@ TEST(Matrix, WritingLeavesOtherOwnersAlone) {
     c = b;
     EXPECT_TRUE(c == b);
     EXPECT_TRUE(a != b);
-}
-
-TEST(Matrix, EqualityNeedsTheSameShape) {
-    EXPECT_FALSE(ERMatrix<double>(2, 3) == ERMatrix<double>(3, 2));
-    EXPECT_TRUE(ERMatrix<double>(2, 3) == ERMatrix<double>(2, 3, 0.0));
-    EXPECT_FALSE(ERMatrix<double>(1, 1, 0.3) == ERMatrix<double>(1, 1, 0.1 + 0.2));
-}
-
-TEST(Matrix, TraceSumsTheDiagonal) {
-    EXPECT_EQ(numbered(3, 3).trace(), 33);
-    EXPECT_EQ(ERMatrix<double>().trace(), 0);
-}
-
-TEST(Matrix, WhatIsInsertedGivesAnEmptyMatrixItsShape) {
-    const ERVec<double> vec(3, 1.0);
-    ERMatrix<double> byRow;
-    byRow.insertRow(0, vec);
-    EXPECT_EQ(rowsOf(byRow), (Rows{{1, 1, 1}}));
-    ERMatrix<double> byCol;
-    byCol.insertCol(0, vec);
-    EXPECT_EQ(rowsOf(byCol), (Rows{{1}, {1}, {1}}));
-    ERMatrix<double> fromFill;
-    fromFill.insertRow(0, 0.0, 2);
-    expectShape(fromFill, 2, 0);
-    fromFill.insertCol(0, 8.0, 2);
-    EXPECT_EQ(rowsOf(fromFill), (Rows{{8, 8}, {8, 8}}));
-    ERMatrix<double> noRows(0, 5);
-    noRows.insertRow(0, numbered(2, 5));
-    EXPECT_TRUE(noRows == numbered(2, 5));
-    ERMatrix<double> otherWidth(3, 0);
-    otherWidth.insertRow(2, vec);
-    EXPECT_EQ(rowsOf(otherWidth), (Rows{{1, 1, 1}}));
 }
 
 TEST(Matrix, PartsOfTheMatrixItselfMayBeInserted) {
@@ -269,18 +210,6 @@ TEST(Matrix, RandomEditsEqualThoseOfAListOfRows) {
             rows = rowsOf(m);
         }
     }
-}
-
-TEST(Matrix, ReplacesColumnsByAnyNumber) {
-    ERMatrix<double> m = numbered(2, 4);
-    m.replaceCol(1, 2, numbered(2, 1));
-    EXPECT_EQ(rowsOf(m), (Rows{{0, 0, 3}, {10, 10, 13}}));
-    m.replaceCol(0, 3, numbered(2, 2));
-    EXPECT_EQ(rowsOf(m), (Rows{{0, 1}, {10, 11}}));
-    m.replaceCol(1, 1, ERMatrix<double>());
-    EXPECT_EQ(rowsOf(m), (Rows{{0}, {10}}));
-    m.replaceCol(0, 4.0);
-    EXPECT_EQ(rowsOf(m), (Rows{{4}, {4}}));
 }
 
 TEST(Matrix, PrintsSignedFixedAndLeavesTheStreamSo) {

@@ -49,28 +49,6 @@ ERVec<double> counting(unsigned n) {
     return vec;
 }
 
-TEST(Vec, ObjectIsOnePointerBesideTheVirtualTable) {
-    EXPECT_EQ(sizeof(ERSimpleVec<double>), 2 * sizeof(void*));
-    EXPECT_EQ(sizeof(ERVec<double>), 2 * sizeof(void*));
-    EXPECT_TRUE(std::is_polymorphic_v<ERSimpleVec<double>>);
-    EXPECT_FALSE(std::is_polymorphic_v<ERSlice<double>>);
-}
-
-TEST(Vec, EmptyVectorsShareTheEmptyBlock) {
-    const int before = ERVecRep::empty()->referenceCount;
-    const unsigned asked = threadData().blockCache()->hits() + threadData().blockCache()->misses();
-    {
-        const ERVec<double> a;
-        const ERVec<double> b;
-        EXPECT_EQ(a.block(), b.block());
-        EXPECT_EQ(a.length(), 0u);
-        EXPECT_NE(a.data(), nullptr);
-        EXPECT_EQ(ERVecRep::empty()->referenceCount, before + 2);
-    }
-    EXPECT_EQ(ERVecRep::empty()->referenceCount, before);
-    EXPECT_EQ(threadData().blockCache()->hits() + threadData().blockCache()->misses(), asked);
-}
-
 TEST(Vec, EveryOperationWorksOnAnEmptyVector) {
     ERVec<double> vec;
     vec.troncat(0);
@@ -93,15 +71,6 @@ TEST(Vec, EveryOperationWorksOnAnEmptyVector) {
     vec.append(2.0);
     EXPECT_EQ(listOf(vec), std::vector<double>{2.0});
     EXPECT_EQ(ERVecRep::empty()->length, 0u);
-}
-
-TEST(Vec, Constructors) {
-    EXPECT_EQ(listOf(ERVec<double>(3)), (std::vector<double>{0, 0, 0}));
-    EXPECT_EQ(listOf(ERVec<double>(0)), std::vector<double>());
-    EXPECT_EQ(listOf(ERVec<double>(3, 1.5)), (std::vector<double>{1.5, 1.5, 1.5}));
-    const double values[] = {1, 2, 3};
-    EXPECT_EQ(listOf(ERVec<double>(values, 3)), (std::vector<double>{1, 2, 3}));
-    EXPECT_EQ(listOf(ERVec<double>(counting(9).slice(8, -3, 3))), (std::vector<double>{8, 5, 2}));
 }
 
 TEST(Vec, CopiesShareUntilTheFirstWrite) {
@@ -136,33 +105,6 @@ TEST(Vec, GrowsInStepsOf64Bytes) {
     EXPECT_EQ(vec.block()->capacity, 128u);
     vec.append(1.0);
     EXPECT_EQ(vec.block()->capacity, 192u) << "growth is by addition, not by doubling";
-}
-
-TEST(Vec, CapacityIsTakenOnlyBeyondTheLength) {
-    ERVec<double> vec(10, 1.0);
-    EXPECT_EQ(vec.capacity(), 16u);
-    EXPECT_EQ(vec.capacity(5), 16u);
-    EXPECT_EQ(vec.capacity(1000), 1000u);
-    const double* const room = vec.data();
-    vec.append(2.0, 990);
-    EXPECT_EQ(vec.data(), room);
-    vec.troncat(10);
-    EXPECT_EQ(vec.capacity(11), 16u);
-    EXPECT_EQ(listOf(vec), std::vector<double>(10, 1.0));
-}
-
-TEST(Vec, ClonesHaveRoomAndAreCutToIt) {
-    ERVec<double> vec = counting(20);
-    const ERVec<double> other(vec);
-    vec.clone(10);
-    EXPECT_EQ(listOf(vec), listOf(counting(10)));
-    vec.clone(100);
-    EXPECT_EQ(vec.capacity(), 104u);
-    EXPECT_EQ(listOf(vec), listOf(counting(10)));
-    const double* const own = vec.data();
-    vec.cow(104);
-    EXPECT_EQ(vec.data(), own);
-    EXPECT_EQ(listOf(other), listOf(counting(20)));
 }
 
 TEST(Vec, ClearLeavesOtherOwnersTheirElements) {
@@ -287,16 +229,6 @@ TEST(Vec, RandomEditsOfSharedVectorsStayApart) {
     }
 }
 
-TEST(Vec, PolyEditsCountElements) {
-    ERVec<double> vec = counting(6);
-    const ERVec<double> kept(vec);
-    vec.polyInsert(1, 1, 3);
-    vec.slice(1, 4, 2) = -1.0;
-    EXPECT_EQ(listOf(vec), (std::vector<double>{0, -1, 1, 2, 3, -1, 4, 5}));
-    vec.polyRemove(1, 1, 4);
-    EXPECT_EQ(listOf(vec), listOf(kept));
-}
-
 TEST(Vec, SearchAndEqualityAreExact) {
     const double nan = std::numeric_limits<double>::quiet_NaN();
     const ERVec<double> vec = vecOf({1, 0.1 + 0.2, 1, nan, -0.0});
@@ -339,20 +271,6 @@ TEST(Vec, SmallVectorsDoNotReachTheHeap) {
     EXPECT_EQ(cache.misses(), misses);
 }
 
-TEST(Vec, PrivateCopiesCanBeHandedToAnotherThread) {
-    ERVec<double> vec = counting(100);
-    ERVec<double> given(vec);
-    given.clone();
-    double sum = 0;
-    std::thread([given, &sum]() mutable {
-        ERVec<double> local(given);
-        local[0] = 50;
-        for (const double value : local) sum += value;
-    }).join();
-    EXPECT_EQ(sum, 5000);
-    EXPECT_EQ(vec[0], 0);
-}
-
 TEST(VecFile, IsRestoredAsItWasStored) {
     const TemporaryFile temporary;
     const ERVec<double> vec = vecOf({1, -2.5, 1e300});
@@ -382,21 +300,6 @@ TEST(VecFile, BytesBehindTheLastWholeElementAreDropped) {
     EXPECT_EQ(vec.block()->length, 8u);
     vec.append(1.0);
     EXPECT_EQ(listOf(vec), (std::vector<double>{0, 1}));
-}
-
-TEST(VecOfPlainElements, NeedsNothingOfThem) {
-    ERVec<Plain> vec(3);
-    EXPECT_EQ(vec.block()->capacity, 64u);
-    EXPECT_EQ(vec.capacity(), 5u);
-    vec.append(Plain{1, 2, 3}, 4);
-    vec.insertAt(vec.slice(6, -5, 2), 0);
-    EXPECT_EQ(vec.length(), 9u);
-    EXPECT_EQ(vec.first().c, 3);
-    EXPECT_EQ(vec[1].c, 0);
-    EXPECT_EQ(vec.capacity(11), 16u) << "rounded up to 192 bytes";
-    std::ostringstream os;
-    os << ERVec<Plain>(2);
-    EXPECT_EQ(os.str(), "(2)[,]\n");
 }
 
 TEST(VecGrid, AddressesRowByRow) {

@@ -129,6 +129,9 @@ private:
         std::int64_t length(std::error_code& error) override {
             return backend_.fails(FileCall::length, error) ? 0 : below_->length(error);
         }
+        void status(CFileStatus& status, std::error_code& error) override {
+            if (!backend_.fails(FileCall::status, error)) below_->status(status, error);
+        }
         void truncate(std::int64_t newLength, std::error_code& error) override {
             if (!backend_.fails(FileCall::truncate, error)) below_->truncate(newLength, error);
         }

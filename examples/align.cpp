@@ -1,0 +1,498 @@
+// Lays measured points onto their nominal partners and shows what deviation remains.
+//
+// usage: align PAIRS.txt ARCHIVE.kerf PICTURE.svg [OPTION...]
+//
+//   --points=cartesian|cylindrical|spherical   how points and deviations are shown
+//   --directions=cosines|angles|azimuth        how directions are shown
+//   --axis=I,J,K     turn only about this direction
+//   --lock=along     with --axis: no shift along it
+//   --lock=across    with --axis: no shift but along it
+//   --lock=origin    the origin stays where it is
+//   --lock=x|y|z     no turn at all, and no shift along this axis; several may be given
+//   --unlike         the lists hardly resemble each other: the iterative solver may end elsewhere
+//
+// A line of PAIRS.txt is "x y z X Y Z", the measured point and its nominal partner. Lines that
+// start with # are comments, but that "# SOURCE rms FIGURE", "# SOURCE largest FIGURE" and the same
+// with "below FIGURE" tell what the free fit must give, to the last digit written.
+//
+// Exit code 0 only if both solvers agree, the figures are met, and the motion and the points come
+// back from the archive to the last bit.
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <iostream>
+#include <map>
+#include <optional>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "examples/deviation_picture.h"
+#include "examples/points_file.h"
+#include "kerf/persistence/database_object.h"
+#include "kerf/persistence/numbered_database.h"
+#include "kerf/platform/sinks.h"
+#include "kerf/processing/best_fit.h"
+#include "kerf/values/formatter.h"
+#include "kerf/values/persistent_point.h"
+#include "kerf/values/quaternion.h"
+#include "kerf/values/transformation_3d.h"
+
+namespace {
+
+using kerf::ERPmIsometrie3D;
+using kerf::ERPoint3D;
+using kerf::ERVector3D;
+
+constexpr double degreesPerRadian = 57.29577951308232;
+
+// The labels of the formatters belong to the application, which answers for them by number.
+bool label(unsigned int number, std::string& text) {
+    static const std::map<unsigned int, const char*> labels = {
+        {953, "Cartesian\nCylindrical\nSpherical"},
+        {954, "Cosines\nAngles\nAzimuth"},
+        {955, "X\nY\nZ\nX coordinate\nY coordinate\nZ coordinate"},
+        {956, "Angle\nRadius\nZ\nPolar angle\nDistance from the axis\nHeight"},
+        {957, "Angle\nElev.\nRadius\nPolar angle\nElevation\nDistance from the origin"},
+        {958, "I\nJ\nK\nX component\nY component\nZ component"},
+        {959, "A\nB\nC\nAngle from Y to Z\nAngle from Z to X\nAngle from X to Y"},
+        {960, "Azim.\nElev.\n\nAngle from X to Y\nAngle above the XY plane\n"}};
+    const auto found = labels.find(number);
+    if (found != labels.end()) text = found->second;
+    return found != labels.end();
+}
+
+struct Options {
+    std::string pairs, archive, picture;
+    int pointForm = 0;
+    int directionForm = 0;
+    std::optional<ERVector3D> axis;
+    bool along = false, across = false, origin = false, unlike = false;
+    std::array<bool, 3> shifts{};
+
+    bool turnLocked() const { return shifts[0] || shifts[1] || shifts[2]; }
+    bool isFree() const { return !axis && !origin && !turnLocked(); }
+};
+
+// The index of the text in the list, or -1.
+int choiceOf(const std::string& text, const std::array<const char*, 3>& list) {
+    const auto found = std::find(list.begin(), list.end(), text);
+    return found == list.end() ? -1 : static_cast<int>(found - list.begin());
+}
+
+std::optional<ERVector3D> directionOf(const std::string& text) {
+    std::istringstream fields(text);
+    ERVector3D v;
+    char comma1 = 0, comma2 = 0;
+    std::string rest;
+    if (!(fields >> v.i() >> comma1 >> v.j() >> comma2 >> v.k()) || comma1 != ',' ||
+        comma2 != ',' || fields >> rest || v.norme2() == 0.0)
+        return std::nullopt;
+    return v;
+}
+
+bool readOption(const std::string& argument, Options& options) {
+    const std::size_t equals = argument.find('=');
+    const std::string name = argument.substr(0, equals);
+    const std::string value = equals == std::string::npos ? "" : argument.substr(equals + 1);
+    if (name == "--points")
+        return (options.pointForm = choiceOf(value, {"cartesian", "cylindrical", "spherical"})) >=
+               0;
+    if (name == "--directions")
+        return (options.directionForm = choiceOf(value, {"cosines", "angles", "azimuth"})) >= 0;
+    if (name == "--axis") return (options.axis = directionOf(value)).has_value();
+    if (argument == "--unlike") return options.unlike = true;
+    if (name != "--lock") return false;
+    if (value == "along") return options.along = true;
+    if (value == "across") return options.across = true;
+    if (value == "origin") return options.origin = true;
+    const int axis = choiceOf(value, {"x", "y", "z"});
+    if (axis >= 0) options.shifts[static_cast<std::size_t>(axis)] = true;
+    return axis >= 0;
+}
+
+bool readOptions(int argc, char** argv, Options& options) {
+    if (argc < 4) return false;
+    options.pairs = argv[1];
+    options.archive = argv[2];
+    options.picture = argv[3];
+    for (int i = 4; i < argc; ++i) {
+        if (!readOption(argv[i], options)) {
+            std::cerr << argv[i] << ": no such option\n";
+            return false;
+        }
+    }
+    if ((options.along || options.across) && !options.axis) {
+        std::cerr << "--lock=along and --lock=across need --axis\n";
+        return false;
+    }
+    if (options.turnLocked() && (options.axis || options.origin)) {
+        std::cerr << "--lock=x, y and z go with no other lock\n";
+        return false;
+    }
+    return true;
+}
+
+// What somebody else found for the free fit.
+struct Figure {
+    std::string source;
+    bool isLargest = false;  // of the deviations, else their root mean square
+    bool isBound = false;
+    std::string text;  // as written: its digits say how exact it is
+
+    double value() const { return std::strtod(text.c_str(), nullptr); }
+    int decimals() const {
+        const std::size_t point = text.find('.');
+        return point == std::string::npos ? 0 : static_cast<int>(text.size() - point - 1);
+    }
+    bool isMetBy(double found) const {
+        if (isBound) return found < value();
+        return std::fabs(found - value()) <= 0.5 * std::pow(10.0, -decimals());
+    }
+};
+
+struct Pairs {
+    std::vector<ERPoint3D> measured, nominal;
+    std::vector<Figure> figures;
+};
+
+// False when the comment means to be a figure and has none.
+bool readFigure(const std::string& comment, std::vector<Figure>& figures) {
+    std::istringstream words(comment.substr(1));
+    Figure figure;
+    std::string quantity;
+    words >> figure.source >> quantity;
+    if (quantity != "rms" && quantity != "largest") return true;
+    figure.isLargest = quantity == "largest";
+    words >> figure.text;
+    if (figure.text == "below") {
+        figure.isBound = true;
+        words >> figure.text;
+    }
+    std::string rest;
+    if (!words || words >> rest ||
+        figure.text.find_first_not_of("0123456789.") != std::string::npos)
+        return false;
+    figures.push_back(figure);
+    return true;
+}
+
+bool readPairs(const std::string& path, Pairs& pairs) {
+    std::vector<std::array<double, 6>> rows;
+    const auto onComment = [&](unsigned number, const std::string& line) {
+        return readFigure(line, pairs.figures) || badLine(path, number, "not a figure", line);
+    };
+    if (!readRows(path, "a pair of points", rows, onComment)) return false;
+    for (const auto& [x, y, z, X, Y, Z] : rows) {
+        pairs.measured.emplace_back(x, y, z);
+        pairs.nominal.emplace_back(X, Y, Z);
+    }
+    return true;
+}
+
+// From where the motion brings each measured point to where it should be, seen from the nominal
+// point.
+struct Deviations {
+    std::vector<ERVector3D> vectors;
+    double rms = 0.0, largest = 0.0;
+    std::size_t at = 0;  // the pair with the largest
+
+    Deviations(const Pairs& pairs, const ERPmIsometrie3D& motion) {
+        double squares = 0.0;
+        for (std::size_t i = 0; i < pairs.measured.size(); ++i) {
+            vectors.emplace_back(pairs.nominal[i], motion >> pairs.measured[i]);
+            const double length = vectors.back().norme();
+            squares += length * length;
+            if (length <= largest) continue;
+            largest = length;
+            at = i;
+        }
+        rms = std::sqrt(squares / static_cast<double>(pairs.measured.size()));
+    }
+};
+
+bool solveWith(kerf::ERPointSetBestFitSolverBase& solver, const char* name, const Pairs& pairs,
+               ERPmIsometrie3D& motion) {
+    solver.reset(static_cast<int>(pairs.measured.size()));
+    for (std::size_t i = 0; i < pairs.measured.size(); ++i)
+        solver.add_point(pairs.measured[i], pairs.nominal[i]);
+    const kerf::BSTF_RESULT answer = solver.solve(motion);
+    if (answer == kerf::BestFitDone && std::isfinite(solver.get_deviation())) return true;
+    std::cerr << "the " << name << " solver answers " << answer
+              << (answer == kerf::BestFitTooFewPoints      ? ": fewer than three pairs"
+                  : answer == kerf::BestFitNoStartingFrame ? ": the points coincide or lie in line"
+                  : answer == kerf::BestFitDone            ? ": the numbers are out of range"
+                                                           : ": it does not converge")
+              << "\n";
+    return false;
+}
+
+// The free fit, found twice. Both answers must bring every point to the same place, to within some
+// rounding of the largest coordinate.
+bool fitFreely(const Pairs& pairs, bool unlike, ERPmIsometrie3D& motion) {
+    kerf::ERPointSetBestFitSolver1 closed;
+    kerf::ERPointSetBestFitSolver newton(1);
+    ERPmIsometrie3D iterated;
+    if (!solveWith(closed, "closed-form", pairs, motion)) return false;
+    if (!solveWith(newton, "Newton", pairs, iterated)) return false;
+
+    double apart = 0.0, size = 0.0;
+    for (const ERPoint3D& point : pairs.measured) {
+        const ERPoint3D image = motion >> point;
+        apart = std::max(apart, distance(image, iterated >> point));
+        size = std::max({size, ERVector3D(point).norme(), ERVector3D(image).norme()});
+    }
+    constexpr double agreement = 1e-9;
+    const bool agree = apart <= agreement * size;
+    const double closedRms = closed.get_deviation(), newtonRms = newton.get_deviation();
+    if (agree || (unlike && closedRms <= newtonRms)) {
+        std::printf("solvers: closed form %.12g, Newton %.12g; images %.2g apart\n", closedRms,
+                    newtonRms, apart);
+        return true;
+    }
+    std::fprintf(stderr,
+                 "THE SOLVERS DISAGREE: closed form %.12g, Newton %.12g; images %.6g apart\n",
+                 closedRms, newtonRms, apart);
+    return false;
+}
+
+// The best of the motions that the locks leave; only the closed form knows locks.
+bool fitWithLocks(const Pairs& pairs, const Options& options, ERPmIsometrie3D& motion) {
+    kerf::ERPointSetBestFitSolver1 solver;
+    if (options.axis) solver.lock_axis(*options.axis);
+    if (options.along) solver.lock_translations_along_axis();
+    if (options.across) solver.lock_translations_perp_axis();
+    if (options.origin) solver.lock_origin();
+    if (options.turnLocked()) {
+        // All three are set, as the solver wants them: a null vector locks nothing.
+        ERVector3D locks[3];
+        for (int k = 0; k < 3; ++k)
+            if (options.shifts[static_cast<std::size_t>(k)])
+                locks[k] = ERVector3D(static_cast<kerf::Coord3D>(k));
+        solver.lock_translations(1, 1, 1, locks[0], locks[1], locks[2]);
+    }
+    return solveWith(solver, "closed-form", pairs, motion);
+}
+
+bool meetsFigures(const std::vector<Figure>& figures, const Deviations& found) {
+    bool allMet = true;
+    for (const Figure& figure : figures) {
+        const double own = figure.isLargest ? found.largest : found.rms;
+        const bool met = figure.isMetBy(own);
+        std::printf("%-10s %-7s %s%-17s here %-17.*f%s\n", figure.source.c_str(),
+                    figure.isLargest ? "largest" : "rms", figure.isBound ? "below " : "      ",
+                    figure.text.c_str(), figure.isBound ? 6 : figure.decimals(), own,
+                    met ? "" : "  DIFFERS");
+        allMet = allMet && met;
+    }
+    if (!allMet) std::cerr << "the fit differs from the figures of others\n";
+    return allMet;
+}
+
+// Prints the values of a coordinate in the form that the operator chose.
+class Display {
+public:
+    explicit Display(const Options& options) {
+        kerf::setStringSource(label);
+        points.SetCurrentChoice(options.pointForm);
+        deltas.SetCurrentChoice(options.pointForm);
+        directions.SetCurrentChoice(options.directionForm);
+    }
+
+    template <class Value>
+    std::string show(kerf::coordFormator& form, const Value& value) const {
+        kerf::Coordinate internal;
+        internal.Init(value);
+        const kerf::Coordinate shown = form.ToDisplay(internal);
+        std::string text;
+        for (int line = 0; line < linesOf(form); ++line) {
+            const bool isAngle =
+                form.GetDimension(line, form.GetCurrentChoice()) == kerf::kerfUnitType::angle;
+            const int decimals = isAngle ? 4 : 6;
+            // What would print as a negative zero prints as a zero.
+            const bool isZero = std::fabs(shown[line]) < 0.5 * std::pow(10.0, -decimals);
+            char number[64];
+            std::snprintf(number, sizeof number, "%11.*f", decimals, isZero ? 0.0 : shown[line]);
+            text += number;
+        }
+        return text;
+    }
+    // A unit of length is the file's own; angles are in degrees.
+    std::string head(const kerf::coordFormator& form) const {
+        std::string text;
+        for (int line = 0; line < linesOf(form); ++line) {
+            char title[64];
+            std::snprintf(title, sizeof title, "%11s",
+                          static_cast<const char*>(form.GetPrefix(line)));
+            text += title;
+        }
+        return text;
+    }
+
+    kerf::coordFormatorPoint3D points;
+    kerf::coordFormatorDelta3D deltas;
+    kerf::coordFormatorUnitVector3D directions;
+
+private:
+    static int linesOf(const kerf::coordFormator& form) {
+        return form.GetNumberOfLineForChoice(form.GetCurrentChoice());
+    }
+};
+
+void printTable(const Pairs& pairs, const Deviations& found, Display& display) {
+    std::printf("%6s  %-33s  %-33s\n", "", "    nominal point", "    deviation");
+    std::printf("%6s %s %s %11s\n", "", display.head(display.points).c_str(),
+                display.head(display.deltas).c_str(), "distance");
+    for (std::size_t i = 0; i < found.vectors.size(); ++i)
+        std::printf(
+            "%6zu %s %s %11.6f\n", i + 1, display.show(display.points, pairs.nominal[i]).c_str(),
+            display.show(display.deltas, found.vectors[i]).c_str(), found.vectors[i].norme());
+}
+
+void printMotion(const ERPmIsometrie3D& motion, const Deviations& found, Display& display) {
+    const kerf::ERQuaternion turn(motion.getMatrix());
+    std::printf("directions: %s\n", display.head(display.directions).c_str());
+    std::printf("axis:       %s, turned by %.6f degrees\n",
+                display.show(display.directions, turn.Axis()).c_str(),
+                turn.Angle() * degreesPerRadian);
+    std::printf("shift:      %s\n",
+                display.show(display.deltas, ERVector3D(motion.getTrans())).c_str());
+    std::printf("largest at point %zu towards %s\n", found.at + 1,
+                display.show(display.directions, found.vectors[found.at].getnormalized()).c_str());
+}
+
+// The archive: the motion as object 0, then for each pair the measured point, which carries its
+// deviation, and the nominal one.
+constexpr kerf::ERLong deviationKey = 1000;
+
+std::string nameOf(const char* prefix, std::size_t i) { return prefix + std::to_string(i + 1); }
+
+using Object = kerf::t_SmartPtr<kerf::ERDBObject>;
+
+Object named(const std::string& name, kerf::ERObject* value) {
+    Object object(new kerf::ERDBObject);
+    object->name(name.c_str()).object(value);
+    return object;
+}
+
+bool store(const std::string& path, const Pairs& pairs, const ERPmIsometrie3D& motion,
+           const Deviations& found) {
+    std::remove(path.c_str());
+    kerf::ERDataBase archive;
+    if (!archive.Open(path.c_str(), 0)) return false;
+    if (archive.save(named("alignment", new ERPmIsometrie3D(motion))) != 0) return false;
+    const std::size_t count = pairs.measured.size();
+    const Progress progress("storing", count);
+    for (std::size_t i = 0; i < count; ++i) {
+        const Object measured =
+            named(nameOf("M", i), new kerf::ERPersistentPoint3D(pairs.measured[i]));
+        measured->property(deviationKey, found.vectors[i].norme());
+        if (archive.save(measured) < 0) return false;
+        if (archive.save(named(nameOf("N", i), new kerf::ERPersistentPoint3D(pairs.nominal[i]))) <
+            0)
+            return false;
+        progress.show(i + 1);
+    }
+    archive.Close();
+    return true;
+}
+
+// The object of that number and, in `value`, what it refers to; null when it has another name or
+// refers to something else.
+template <class Value>
+Object restored(kerf::ERDataBase& archive, std::size_t number, const std::string& name,
+                Value*& value) {
+    const kerf::t_SmartPtr<kerf::ERObject> object =
+        archive.restore(static_cast<kerf::ERLong>(number));
+    const Object found(kerf::ERDBObject::castdown(object.getObject()));
+    value = nullptr;
+    if (found.getObject() != nullptr && found->name() == name)
+        value = Value::castdown(found->object().getObject());
+    return value == nullptr ? Object() : found;
+}
+
+bool sameMotion(const ERPmIsometrie3D& a, const ERPmIsometrie3D& b) {
+    const kerf::ERMatrix<double> turnA = a.getMatrix(), turnB = b.getMatrix();
+    for (unsigned r = 0; r < 3; ++r)
+        for (unsigned c = 0; c < 3; ++c)
+            if (!sameBits(turnA(r, c), turnB(r, c))) return false;
+    return sameBits(a.getTrans(), b.getTrans());
+}
+
+// False, and what differs on standard error, unless the archive holds all of it to the last bit.
+bool compare(const std::string& path, const Pairs& pairs, const ERPmIsometrie3D& motion,
+             const Deviations& found) {
+    const auto differs = [&](const std::string& what) {
+        std::cerr << path << ": " << what << " did not come back\n";
+        return false;
+    };
+    kerf::ERDataBase archive;
+    if (!archive.Open(path.c_str(), 1)) return differs("anything");
+    const std::size_t count = pairs.measured.size();
+    if (archive.getNbEnt() != static_cast<kerf::ERLong>(2 * count + 1))
+        return differs("the number of objects");
+
+    ERPmIsometrie3D* storedMotion = nullptr;
+    const Object alignment = restored(archive, 0, "alignment", storedMotion);
+    if (storedMotion == nullptr || !sameMotion(*storedMotion, motion))
+        return differs("the alignment");
+
+    const Progress progress("comparing", count);
+    for (std::size_t i = 0; i < count; ++i) {
+        kerf::ERPersistentPoint3D *measured = nullptr, *nominal = nullptr;
+        const Object m = restored(archive, 2 * i + 1, nameOf("M", i), measured);
+        const Object n = restored(archive, 2 * i + 2, nameOf("N", i), nominal);
+        if (measured == nullptr || !sameBits(*measured, pairs.measured[i]) ||
+            !sameBits(static_cast<double>(m->property(deviationKey)), found.vectors[i].norme()))
+            return differs(nameOf("M", i));
+        if (nominal == nullptr || !sameBits(*nominal, pairs.nominal[i]))
+            return differs(nameOf("N", i));
+        progress.show(i + 1);
+    }
+    return true;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    Options options;
+    if (!readOptions(argc, argv, options)) {
+        std::cerr
+            << "usage: align PAIRS.txt ARCHIVE.kerf PICTURE.svg [OPTION...]\n"
+               "  --points=cartesian|cylindrical|spherical  --directions=cosines|angles|azimuth\n"
+               "  --axis=I,J,K  --lock=along|across|origin|x|y|z  --unlike\n";
+        return 2;
+    }
+    Pairs pairs;
+    if (!readPairs(options.pairs, pairs)) return 1;
+
+    ERPmIsometrie3D motion;
+    if (!fitFreely(pairs, options.unlike, motion)) return 1;
+    const Deviations free(pairs, motion);
+    if (!meetsFigures(pairs.figures, free)) return 1;
+    if (!options.isFree()) {
+        if (!fitWithLocks(pairs, options, motion)) return 1;
+        std::printf("the locks raise the rms from %.9g to %.9g\n", free.rms,
+                    Deviations(pairs, motion).rms);
+    }
+    const Deviations found(pairs, motion);
+    Display display(options);
+    printTable(pairs, found, display);
+    printMotion(motion, found, display);
+
+    if (!store(options.archive, pairs, motion, found)) {
+        std::cerr << options.archive << ": could not be written\n";
+        return 1;
+    }
+    if (!compare(options.archive, pairs, motion, found)) return 1;
+    if (!drawDeviations(options.picture, pairs.nominal, found.vectors)) {
+        std::cerr << options.picture << ": could not be written\n";
+        return 1;
+    }
+    std::printf(
+        "%zu pairs: rms %.9g, largest %.9g at point %zu; kept and read back to the last bit\n",
+        pairs.measured.size(), found.rms, found.largest, found.at + 1);
+    return 0;
+}

@@ -1,0 +1,154 @@
+#pragma once
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstddef>
+#include <cstdio>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include "kerf/values/box.h"
+#include "kerf/values/point.h"
+
+// A picture of deviations: the nominal points seen along the axis in which they spread least, each
+// coloured by the length of its deviation, with the deviation itself as a whisker, magnified.
+
+namespace deviationPicture {
+
+constexpr double drawing = 640, margin = 40, legend = 170;
+
+/// The largest of 1, 2 and 5 times a power of ten that is not above the value.
+inline double roundBelow(double value) {
+    const double power = std::pow(10.0, std::floor(std::log10(value)));
+    for (const double digit : {5.0, 2.0})
+        if (digit * power <= value) return digit * power;
+    return power;
+}
+
+/// From blue at 0 by way of green and yellow to red at 1.
+inline std::string colorAt(double share) {
+    static constexpr std::array<std::array<double, 3>, 4> stops = {
+        {{40, 70, 200}, {40, 160, 90}, {235, 200, 40}, {205, 40, 35}}};
+    const double place = std::clamp(share, 0.0, 1.0) * (stops.size() - 1);
+    const std::size_t i = std::min(static_cast<std::size_t>(place), stops.size() - 2);
+    const double t = place - static_cast<double>(i);
+    char text[16];
+    const auto part = [&](std::size_t k) {
+        return static_cast<unsigned>(std::lround(stops[i][k] * (1 - t) + stops[i + 1][k] * t));
+    };
+    std::snprintf(text, sizeof text, "#%02x%02x%02x", part(0), part(1), part(2));
+    return text;
+}
+
+/// Collects the elements; y runs downwards.
+class Svg {
+public:
+    template <class... Values>
+    void add(const char* format, Values... values) {
+        char text[400];
+        const int length = std::snprintf(text, sizeof text, format, values...);
+        body.append(text, std::min(static_cast<std::size_t>(length), sizeof text - 1)) += '\n';
+    }
+    bool write(const std::string& path, double width, double height) const {
+        std::ofstream file(path);
+        file << "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"" << width << "\" height=\""
+             << height << "\" font-family=\"sans-serif\" font-size=\"12\">\n"
+             << "<rect width=\"100%\" height=\"100%\" fill=\"white\"/>\n"
+             << body << "</svg>\n";
+        file.close();
+        return !file.fail();
+    }
+
+private:
+    std::string body;
+};
+
+/// The scale of colours, from 0 at the bottom to the largest deviation at the top.
+inline void addColorScale(Svg& svg, double left, double top, double largest) {
+    constexpr int steps = 64;
+    constexpr double height = 256, width = 18;
+    svg.add("<text x=\"%.1f\" y=\"%.1f\">deviation</text>", left, top - 12);
+    for (int i = 0; i < steps; ++i)
+        svg.add("<rect x=\"%.1f\" y=\"%.2f\" width=\"%.1f\" height=\"%.2f\" fill=\"%s\"/>", left,
+                top + height - (i + 1) * height / steps, width, height / steps + 0.3,
+                colorAt((i + 0.5) / steps).c_str());
+    constexpr int marks = 5;
+    for (int i = 0; i < marks; ++i) {
+        const double share = static_cast<double>(i) / (marks - 1);
+        svg.add("<text x=\"%.1f\" y=\"%.1f\">%.4g</text>", left + width + 6,
+                top + height * (1 - share) + 4, share * largest);
+    }
+}
+
+/// A bar of the given length on the picture and what it stands for.
+inline void addBar(Svg& svg, double left, double y, double pixels, const char* what,
+                   double length) {
+    svg.add("<path d=\"M%.1f %.1fv6h%.1fv-6\" fill=\"none\" stroke=\"black\"/>", left, y, pixels);
+    svg.add("<text x=\"%.1f\" y=\"%.1f\">%s %.4g</text>", left, y + 22, what, length);
+}
+
+}  // namespace deviationPicture
+
+/// Writes the picture as SVG; false when the file cannot be written. Both lists are of equal length
+/// and not empty.
+inline bool drawDeviations(const std::string& path, const std::vector<kerf::ERPoint3D>& points,
+                           const std::vector<kerf::ERVector3D>& deviations) {
+    using namespace deviationPicture;
+    kerf::ERMinimax3D box;
+    double largest = 0.0;
+    for (std::size_t i = 0; i < points.size(); ++i) {
+        box.Update(points[i]);
+        largest = std::max(largest, deviations[i].norme());
+    }
+    const kerf::ERVector3D extent(box.MinPoint(), box.MaxPoint());
+    kerf::Coord3D view = kerf::Coord3D::CoordZ;
+    for (const kerf::Coord3D axis : {kerf::Coord3D::CoordY, kerf::Coord3D::CoordX})
+        if (extent[axis] < extent[view]) view = axis;
+
+    const kerf::ERVector2D size = extent.castToVector2D(view);
+    const double widest = std::max(size.i(), size.j());
+    const double scale = widest > 0.0 ? drawing / widest : 1.0;
+    const kerf::ERPoint2D corner = box.MinPoint().castToPoint2D(view);
+    const double height = std::max(size.j() * scale, 420.0) + 2 * margin;
+
+    // The longest whisker takes about an eighth of the drawing. Deviations that are mere rounding
+    // get none.
+    const bool visible = largest > 1e-12 * widest;
+    const double magnification = visible ? roundBelow(widest / 8 / largest) : 0.0;
+
+    Svg svg;
+    for (std::size_t i = 0; i < points.size(); ++i) {
+        const kerf::ERPoint2D p = points[i].castToPoint2D(view);
+        const kerf::ERVector2D whisker = deviations[i].castToVector2D(view);
+        const double x = margin + (p.x() - corner.x()) * scale;
+        const double y = height - margin - (p.y() - corner.y()) * scale;
+        const std::string color = colorAt(visible ? deviations[i].norme() / largest : 0.0);
+        svg.add("<path d=\"M%.2f %.2fl%.2f %.2f\" stroke=\"%s\"/>", x, y,
+                whisker.i() * magnification * scale, -whisker.j() * magnification * scale,
+                color.c_str());
+        svg.add(
+            "<circle cx=\"%.2f\" cy=\"%.2f\" r=\"2.5\" fill=\"%s\"><title>%zu: %.6g</title>"
+            "</circle>",
+            x, y, color.c_str(), i + 1, deviations[i].norme());
+    }
+
+    const double left = drawing + 2 * margin;
+    addColorScale(svg, left, margin + 20, largest);
+    if (widest > 0.0) {
+        const double length = roundBelow(widest / 5);
+        addBar(svg, left, margin + 310, length * scale, "part:", length);
+    }
+    if (visible) {
+        const double length = roundBelow(widest / 5 / magnification);
+        addBar(svg, left, margin + 355, length * magnification * scale, "deviation:", length);
+        svg.add("<text x=\"%.1f\" y=\"%.1f\">magnified %.4g times</text>", left, margin + 395,
+                magnification);
+    }
+    static constexpr const char* axes[] = {"X: Y to the right, Z upwards",
+                                           "Y: X to the right, Z upwards",
+                                           "Z: X to the right, Y upwards"};
+    svg.add("<text x=\"%.1f\" y=\"20\">%zu points seen along %s</text>", margin, points.size(),
+            axes[static_cast<int>(view)]);
+    return svg.write(path, left + legend, height);
+}
