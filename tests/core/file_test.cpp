@@ -1,203 +1,111 @@
 #include "kerf/core/file.h"
 
-#include <gtest/gtest.h>
-
 #include <array>
-#include <filesystem>
 #include <limits>
-#include <numeric>
 #include <string>
 #include <vector>
 
-#include "tests/support/file_backends.h"
-#include "tests/support/temporary_file.h"
+#include "tests/platform/disturbed_file.h"
 
 namespace kerf {
 namespace {
 
 using test::FileCall;
-using test::ScopedFileBackend;
 using test::TemporaryFile;
-using test::TestFileBackend;
 
-constexpr unsigned int createExclusive =
-    CFile::modeCreate | CFile::modeReadWrite | CFile::shareExclusive | CFile::typeBinary;
+using StoreFile = test::DisturbedFile<ERFile>;
 
-TEST(ERFile, ValuesAreLittleEndianWithoutPadding) {
-    TemporaryFile temporary;
-    ERFile file(temporary.path(), createExclusive);
-    EXPECT_EQ(file.Write('A'), 1);
-    EXPECT_EQ(file.Write(static_cast<short>(-2)), 1);
-    EXPECT_EQ(file.Write(static_cast<unsigned short>(0x1234)), 1);
-    EXPECT_EQ(file.Write(-3), 1);
-    EXPECT_EQ(file.Write(0x89ABCDEFu), 1);
-    EXPECT_EQ(file.Write(1.5), 1);
-    EXPECT_EQ(file.Write("ab"), 1);
-    const unsigned char expected[] = {
-        'A',                                             // char
-        0xFE, 0xFF, 0x34, 0x12,                          // short, unsigned short
-        0xFD, 0xFF, 0xFF, 0xFF, 0xEF, 0xCD, 0xAB, 0x89,  // int, unsigned int
-        0,    0,    0,    0,    0,    0,    0xF8, 0x3F,  // double
-        'a',  'b',  0                                    // string
-    };
-    EXPECT_EQ(temporary.bytes(),
-              std::string(reinterpret_cast<const char*>(expected), sizeof expected));
-
+TEST_F(StoreFile, ValuesAreLittleEndianWithoutPadding) {
+    EXPECT_EQ(file.Write('A') + file.Write(static_cast<short>(-2)) +
+                  file.Write(static_cast<unsigned short>(0x1234)) + file.Write(-3) +
+                  file.Write(0x89ABCDEFu) + file.Write(1.5) + file.Write("ab"),
+              7);
+    EXPECT_EQ(temporary.bytes(), std::string("A\xFE\xFF\x34\x12\xFD\xFF\xFF\xFF\xEF\xCD\xAB\x89"
+                                             "\0\0\0\0\0\0\xF8\x3F"
+                                             "ab\0",
+                                             24));
     file.SeekTo(0);
-    char c = 0;
+    char c = 0, text[10];
     short s = 0;
     unsigned short us = 0;
     int i = 0;
     unsigned int ui = 0;
     double d = 0;
-    char text[10];
-    EXPECT_EQ(file.Read(c) + file.Read(s) + file.Read(us) + file.Read(i) + file.Read(ui) +
-                  file.Read(d) + file.Read(text),
-              7);
-    EXPECT_EQ(c, 'A');
-    EXPECT_EQ(s, -2);
-    EXPECT_EQ(us, 0x1234);
-    EXPECT_EQ(i, -3);
-    EXPECT_EQ(ui, 0x89ABCDEFu);
-    EXPECT_EQ(d, 1.5);
+    file.Read(c), file.Read(s), file.Read(us), file.Read(i), file.Read(ui), file.Read(d);
+    EXPECT_TRUE(file.Read(text) == 1 && c == 'A' && s == -2 && us == 0x1234 && i == -3 &&
+                ui == 0x89ABCDEFu && d == 1.5);
     EXPECT_STREQ(text, "ab");
-    EXPECT_EQ(file.Eof(), 1);
+    EXPECT_EQ(file.Read(d), 0);
+    EXPECT_EQ(d, 0);  // what comes short reads as 0
 }
 
 template <class T>
-class ERFileArray : public ::testing::Test {};
+struct ERFileArray : StoreFile {};
 using Elements =
     ::testing::Types<char, unsigned char, short, unsigned short, int, unsigned int, double>;
 TYPED_TEST_SUITE(ERFileArray, Elements);
 
 TYPED_TEST(ERFileArray, ComesBackWithOneCallEachWay) {
-    TemporaryFile temporary;
-    TestFileBackend backend;
-    const ScopedFileBackend installed(backend);
-    ERFile file(temporary.path(), createExclusive);
-    std::vector<TypeParam> values(1000);
-    std::iota(values.begin(), values.end(), static_cast<TypeParam>(-500));
-    EXPECT_EQ(file.Write(values.data(), 1000u), 1);
-    EXPECT_EQ(file.GetLength(), static_cast<ERLong>(1000 * sizeof(TypeParam)));
-    file.SeekTo(0);
-    std::vector<TypeParam> read(1000);
-    backend.resetCounts();
-    EXPECT_EQ(file.Read(read.data(), 1000u), 1);
-    EXPECT_EQ(backend.transferCalls(), 1u);
+    std::vector<TypeParam> values(1000), read(1000);
+    for (int i = 0; i < 1000; ++i)
+        values[static_cast<unsigned>(i)] = static_cast<TypeParam>(i - 500);
+    EXPECT_EQ(this->file.Write(values.data(), 1000u), 1);
+    this->file.SeekTo(0);
+    this->backend.resetCounts();
+    EXPECT_EQ(this->file.Read(read.data(), 1000u), 1);
+    EXPECT_EQ(this->backend.transferCalls(), 1u);
     EXPECT_EQ(read, values);
-    EXPECT_EQ(file.Read(read.data(), 0u), 1);
-    EXPECT_EQ(file.Read(read.data(), 1u), 0);
+    EXPECT_TRUE(this->file.Read(read.data(), 0u) == 1 && this->file.Read(read.data(), 1u) == 0);
 }
 
-TEST(ERFile, ShortReadsAnswerZero) {
-    TemporaryFile temporary;
-    temporary.setBytes(std::string("\x01\x02\x03\x04\x05\x06", 6));
-    ERFile file(temporary.path(), CFile::modeRead);
-    double d = 7;
-    EXPECT_EQ(file.Read(d), 0);
-    EXPECT_EQ(d, 0);
-    file.SeekTo(0);
-    int pair[2] = {9, 9};
-    EXPECT_EQ(file.Read(pair, 2u), 0);
-    EXPECT_EQ(pair[0], 0x04030201);
-    file.SeekTo(100);
-    char c = 'x';
-    EXPECT_EQ(file.Read(c), 0);
-    EXPECT_EQ(c, 0);
-    EXPECT_EQ(file.CurOffset(), 100);
-}
-
-TEST(ERFile, AStringEndsAtByteZeroOr255) {
-    TemporaryFile temporary;
-    const std::string longText(700, 'l');  // several times what is read ahead
-    temporary.setBytes(std::string("one\0", 4) + "two\xFF" + std::string("\0", 1) + longText +
-                       std::string("\0", 1) + std::string(255, 'b') + '\xFF' + "open");
-    ERFile file(temporary.path(), CFile::modeRead | CFile::shareDenyWrite);
+TEST_F(StoreFile, AStringEndsAtByteZeroOr255) {
+    const std::string longText(700, 'l'), zero(1, '\0');  // several times what is read ahead
+    temporary.setBytes("one" + zero + "two\xFF" + zero + longText + zero + std::string(255, 'b') +
+                       "\xFFopen");
     std::array<char, 1000> text;
     for (const std::string& expected :
          {std::string("one"), std::string("two"), std::string(), longText, std::string(255, 'b')}) {
         const ERLong before = file.CurOffset();
         text.fill('?');
+        backend.resetCounts();
         EXPECT_EQ(file.Read(text.data()), 1);
+        EXPECT_TRUE(backend.calls(FileCall::read) == 1 || expected == longText);
         EXPECT_EQ(text.data(), expected);
         EXPECT_EQ(text[expected.size() + 1], '?');
         EXPECT_EQ(file.CurOffset(), before + static_cast<ERLong>(expected.size()) + 1);
     }
-    EXPECT_EQ(file.Read(text.data()), 0);
-    EXPECT_STREQ(text.data(), "open");
-    EXPECT_EQ(file.Eof(), 1);
-    EXPECT_EQ(file.Read(text.data()), 0);
-    EXPECT_STREQ(text.data(), "");
+    for (const char* expected : {"open", ""}) {
+        EXPECT_EQ(file.Read(text.data()), 0);
+        EXPECT_STREQ(text.data(), expected);
+    }
 }
 
-TEST(ERFile, AShortStringCostsOneRead) {
-    TemporaryFile temporary;
-    TestFileBackend backend;
-    const ScopedFileBackend installed(backend);
-    ERFile file(temporary.path(), createExclusive);
-    file.Write("name");
-    EXPECT_EQ(backend.calls(FileCall::write), 1u);
-    file.SetLength(1000);
-    backend.resetCounts();
-    file.SeekTo(0);
-    char text[10];
-    EXPECT_EQ(file.Read(text), 1);
-    EXPECT_STREQ(text, "name");
-    EXPECT_EQ(backend.transferCalls(), 1u);
-}
-
-TEST(ERFile, TellsWhereItIsAndWhatRemains) {
-    TemporaryFile temporary;
-    EXPECT_EQ(ERFile::Exists(temporary.path()), 0);
-    ERFile file(temporary.path(), createExclusive);
-    EXPECT_EQ(ERFile::Exists(temporary.path()), 1);
-    EXPECT_EQ(file.Exists(), 1);
-    EXPECT_EQ(file.IsEmpty(), 1);
-    EXPECT_EQ(file.Eof(), 1);
+TEST_F(StoreFile, TellsWhereItIsAndWhatRemains) {
+    EXPECT_EQ(ERFile::Exists(temporary.path()) + file.Exists() + file.IsEmpty() + file.Eof(), 4);
     file.Write(1);
-    EXPECT_EQ(file.IsEmpty(), 0);
-    EXPECT_EQ(file.Eof(), 1);
-    EXPECT_EQ(file.SeekTo(1), 1);
-    EXPECT_EQ(file.Eof(), 0);
-    EXPECT_EQ(file.remaining(), 3u);
-    EXPECT_EQ(file.SeekTo(9), 9);
-    EXPECT_EQ(file.Eof(), 1);
-    EXPECT_EQ(file.remaining(), 0u);
+    EXPECT_TRUE(!file.IsEmpty() && file.Eof());
+    EXPECT_TRUE(file.SeekTo(1) == 1 && !file.Eof() && file.remaining() == 3);
+    EXPECT_TRUE(file.SeekTo(9) == 9 && file.Eof() && file.remaining() == 0);
     EXPECT_THROW(file.SeekTo(-1), CFileException);
     EXPECT_EQ(file.CurOffset(), 9);
-    EXPECT_EQ(ERFile().Exists(), 0);
-    EXPECT_EQ(ERFile::Exists(std::filesystem::temp_directory_path().string().c_str()), 0);
+    EXPECT_EQ(ERFile::Exists("/") + ERFile().Exists() + ERFile::Exists("no such file"), 0);
 }
 
-TEST(ERFile, FilesPastTheLastLocationAreCutToIt) {
-    TemporaryFile temporary;
-    ERFile file(temporary.path(), createExclusive);
+TEST_F(StoreFile, LengthsPastTheLastLocationAreCutToIt) {
     file.SetLength(5'000'000'000);
     const ERLong last = std::numeric_limits<ERLong>::max();
-    EXPECT_EQ(file.GetLength(), last);
-    EXPECT_EQ(file.remaining(), std::numeric_limits<ERULong>::max());
-    EXPECT_EQ(file.SeekTo(last), last);
-    EXPECT_EQ(file.Write(1), 1);
-    EXPECT_EQ(file.CurOffset(), last);
+    EXPECT_TRUE(file.GetLength() == last && file.remaining() == ~ERULong{0});
+    EXPECT_TRUE(file.SeekTo(last) == last && file.Write(1) == 1 && file.CurOffset() == last);
 }
 
-TEST(ERFile, OpenAnswersOneOrThrows) {
-    TemporaryFile temporary;
-    ERFile file;
+TEST_F(StoreFile, OpenAndWriteAnswerOneOrThrow) {
+    EXPECT_EQ(file.Open(temporary.path(), test::createExclusive), 1);
+    backend.fillDeviceAfter(6);
+    EXPECT_EQ(file.Write(1), 1);
+    EXPECT_THROW(file.Write(2), CFileException);
+    file.Close();
+    std::filesystem::remove(temporary.path());
     EXPECT_THROW(file.Open(temporary.path(), CFile::modeRead), CFileException);
-    EXPECT_THROW(ERFile(temporary.path(), CFile::modeRead), CFileException);
-    EXPECT_EQ(file.Open(temporary.path(), createExclusive), 1);
-    TestFileBackend full;
-    {
-        const ScopedFileBackend installed(full);
-        ERFile disturbed;
-        disturbed.Open((std::string(temporary.path()) + "b").c_str(), createExclusive);
-        full.fillDeviceAfter(6);
-        EXPECT_EQ(disturbed.Write(1), 1);
-        EXPECT_THROW(disturbed.Write(2), CFileException);
-        disturbed.Close();
-    }
-    std::filesystem::remove(std::string(temporary.path()) + "b");
 }
 
 }  // namespace

@@ -1,14 +1,12 @@
+// Trees that are damaged, cut or full, and writes that fail.
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <set>
 #include <string>
 
-#include "kerf/persistence/disk_btree.h"
-#include "kerf/persistence/file_manager.h"
 #include "tests/persistence/disk_btree_support.h"
 #include "tests/support/file_backends.h"
-#include "tests/support/temporary_file.h"
 
 namespace kerf {
 namespace {
@@ -16,23 +14,20 @@ namespace {
 using namespace test;
 
 using Failing = TestFileBackend::Failing;
+const Shape order1{4, 1, 1, 1, 10};
 
 // --- Limits and damage
 
 TEST(DiskBTree, WithoutRoomForASplitTheTreeStaysAsItIs) {
     const TemporaryFile file;
-    {
-        OpenedTree opened(file, {4, 1, 1, 1, 10});
-        for (unsigned int i = 0; i < 30; ++i)
-            ASSERT_EQ(opened.tree.insertKeyAndValue(binaryKey(2 * i).data(), 1), 1);
-    }
+    { OpenedTree(file, order1).fill(30, 2); }
+    const std::string sound = file.bytes();
     // A node takes 36 bytes. The rest of the file lies behind a gap.
     for (const ERLong room : {0, 36, 72, 150, 400}) {
-        std::string bytes = file.bytes();
+        std::string bytes = sound;
         setWord(bytes, 4, 2147483644 - room);
-        const TemporaryFile copy;
-        copy.setBytes(bytes);
-        OpenedTree opened(copy, {4, 1, 1, 1, 10});
+        file.setBytes(bytes);
+        OpenedTree opened(file, order1);
         Content expected = contentOf(opened.tree);
         int refused = 0;
         for (unsigned int i = 0; i < 30; ++i) {
@@ -52,44 +47,41 @@ TEST(DiskBTree, WithoutRoomForASplitTheTreeStaysAsItIs) {
 
 TEST(DiskBTree, AnImpossibleKeyLengthOrOrderIsAnEmptyTree) {
     const TemporaryFile file;
-    { OpenedTree(file, {4, 2, 2, 1, 10}).tree.insertKeyAndValue("abcd", 1); }
+    { OpenedTree(file, {}).tree.insertKeyAndValue("abcd", 1); }
     const std::string sound = file.bytes();
-    const TemporaryFile damaged;
     for (const std::size_t field : {16u, 20u}) {
         for (const ERLong value : {0, -1, 2147483647, 1 << 21}) {
             std::string bytes = sound;
             setWord(bytes, 284 + field, value);
-            damaged.setBytes(bytes);
+            file.setBytes(bytes);
             {
-                OpenedTree opened(damaged, {4, 2, 2, 1, 10});
+                OpenedTree opened(file, {});
                 EXPECT_EQ(opened.tree.insertKeyAndValue("abcd", 1), 0);
                 EXPECT_EQ(opened.tree.findValue("abcd"), -1);
                 EXPECT_EQ(opened.tree.entries(), 0u);
                 EXPECT_EQ(opened.tree.isEmpty(), 1);
                 opened.tree.clear();
             }
-            EXPECT_EQ(damaged.bytes(), bytes);
+            EXPECT_EQ(file.bytes(), bytes);
         }
     }
-    for (const ERLong location : {-2, 0, 400, 2147483647}) {
-        OpenedTree opened(file, {4, 2, 2, 1, 10}, ERBTreeOnDisk::open, location);
-        if (opened.tree.contains("abcd")) ADD_FAILURE() << location;
-    }
+    file.setBytes(sound);
+    for (const ERLong location : {-2, 0, 400, 2147483647})
+        EXPECT_EQ(OpenedTree(file, {}, location).tree.contains("abcd"), 0) << location;
 }
 
 // Everything that can be done, on a file of which nothing is known.
-void exerciseDamaged(const TemporaryFile& file, const Shape& shape) {
+void exerciseDamaged(const TemporaryFile& file, const std::string& bytes) {
+    file.setBytes(bytes);
     try {
-        OpenedTree opened(file, shape);
+        OpenedTree opened(file, order1);
         // Keys have room for whatever key length the file claims.
         const auto padded = [&](unsigned int i) {
             std::string key = binaryKey(i);
             key.resize(std::max<std::size_t>(opened.tree.keyLength(), 4) % 100000000);
             return key;
         };
-        int calls = 0;
-        opened.tree.applyToKeyAndValue(
-            [](const char*, ERLong, void* data) { ++*static_cast<int*>(data); }, &calls, 1);
+        opened.tree.applyToKeyAndValue([](const char*, ERLong, void*) {}, nullptr, 1);
         opened.tree.entries();
         opened.tree.height();
         for (unsigned int i = 0; i < 14; i += 3) opened.tree.findValue(padded(i).data());
@@ -103,36 +95,42 @@ void exerciseDamaged(const TemporaryFile& file, const Shape& shape) {
 
 TEST(DiskBTree, DamageAndTruncationNeverCrashOrHang) {
     const TemporaryFile file;
-    const Shape shape{4, 1, 1, 1, 10};
-    {
-        OpenedTree opened(file, shape);
-        for (unsigned int i = 0; i < 14; ++i) opened.tree.insertKeyAndValue(binaryKey(i).data(), 1);
-        EXPECT_GE(opened.tree.height(), 3);
-    }
+    { OpenedTree(file, order1).fill(14); }
     const std::string sound = file.bytes();
-    const TemporaryFile damaged;
     for (std::size_t offset = 0; offset < sound.size(); ++offset) {
         if (offset >= 32 && offset < 270) continue;  // free-list entries that are not in use
         for (const int change : {0x01, 0x80, 0xFF}) {
             std::string bytes = sound;
             bytes[offset] = static_cast<char>(bytes[offset] ^ change);
-            damaged.setBytes(bytes);
-            exerciseDamaged(damaged, shape);
+            exerciseDamaged(file, bytes);
         }
     }
-    for (std::size_t length = 1; length < sound.size(); ++length) {
-        damaged.setBytes(sound.substr(0, length));
-        exerciseDamaged(damaged, shape);
-    }
+    for (std::size_t length = 1; length < sound.size(); ++length)
+        exerciseDamaged(file, sound.substr(0, length));
     // Sons that lead back to the root or all to one node.
     const ERLong root = wordAt(sound, 284);
     for (const ERLong target : {root, wordAt(sound, static_cast<std::size_t>(root) + 4)}) {
         std::string bytes = sound;
         for (std::size_t node = 328; node + 32 <= bytes.size(); node += 36)
             for (std::size_t son = 0; son < 3; ++son) setWord(bytes, node + 4 + 4 * son, target);
-        damaged.setBytes(bytes);
-        exerciseDamaged(damaged, shape);
+        exerciseDamaged(file, bytes);
     }
+}
+
+TEST(DiskBTree, AReadOnlyFileKeepsItsBytesAndTheTreeItsState) {
+    const TemporaryFile file;
+    { OpenedTree(file, order1).fill(9); }
+    const std::string before = file.bytes();
+    {
+        OpenedTree opened(file, order1, -1, 1);
+        const Content content = contentOf(opened.tree);
+        EXPECT_THROW(opened.tree.insertKeyAndValue(binaryKey(50).data(), 1), CFileException);
+        EXPECT_THROW(opened.tree.remove(binaryKey(3).data()), CFileException);
+        EXPECT_THROW(opened.tree.clear(), CFileException);
+        EXPECT_EQ(contentOf(opened.tree), content);
+        EXPECT_EQ(opened.tree.entries(), 9u);
+    }
+    EXPECT_EQ(file.bytes(), before);
 }
 
 // --- Failing writes
@@ -165,20 +163,13 @@ public:
             const bool present = known.count(key) != 0;
             const bool inserts = draw(10) < (growing ? 8u : 2u);
             try {
-                if (inserts) {
-                    const int result = tree.insertKeyAndValue(key.data(), value);
-                    if (!isUnsure) {
-                        ASSERT_EQ(result, !present);
-                    }
-                    if (result) known[key] = value;
-                    if (isUnsure) known[key] = tree.findValue(key.data());
-                } else {
-                    const int result = tree.remove(key.data());
-                    if (!isUnsure) {
-                        ASSERT_EQ(result, present);
-                    }
+                const int result =
+                    inserts ? tree.insertKeyAndValue(key.data(), value) : tree.remove(key.data());
+                ASSERT_TRUE(isUnsure || result == (inserts != present));
+                if (!inserts)
                     known.erase(key);
-                }
+                else if (result || isUnsure)
+                    known[key] = result ? value : tree.findValue(key.data());
                 unsure.erase(key);
             } catch (const CFileException&) {
                 // A key that was there and is inserted again is not in question.
@@ -195,11 +186,9 @@ public:
         }
         unsure.clear();
         ASSERT_EQ(contentOf(tree), known);
-        for (unsigned int i = 0; i < 60; ++i) {
-            const auto found = known.find(binaryKey(i));
+        for (unsigned int i = 0; i < 60; ++i)
             ASSERT_EQ(tree.findValue(binaryKey(i).data()),
-                      found == known.end() ? -1 : found->second);
-        }
+                      known.count(binaryKey(i)) ? known[binaryKey(i)] : -1);
     }
 
 private:
@@ -237,8 +226,8 @@ TEST_P(FailedWriteDiskBTree, LosesNoKey) {
             backend.clear();
             OpenedTree opened(file, shape);
             ASSERT_NO_FATAL_FAILURE(worker.settle(opened.tree));
-            ASSERT_NO_FATAL_FAILURE(worker.work(opened.tree, 100, !growing));
-            ASSERT_NO_FATAL_FAILURE(worker.work(opened.tree, 100, growing));
+            for (const bool grows : {!growing, growing})
+                ASSERT_NO_FATAL_FAILURE(worker.work(opened.tree, 100, grows));
             ASSERT_NO_FATAL_FAILURE(worker.settle(opened.tree));
             for (const auto& [key, value] : Content(known))
                 ASSERT_EQ(opened.tree.remove(key.data()), 1);
@@ -246,27 +235,6 @@ TEST_P(FailedWriteDiskBTree, LosesNoKey) {
             if (!disturbed) break;
         }
     }
-}
-
-TEST(DiskBTree, AReadOnlyFileKeepsItsBytesAndTheTreeItsState) {
-    const TemporaryFile file;
-    const Shape shape{4, 1, 1, 1, 10};
-    {
-        OpenedTree opened(file, shape);
-        for (unsigned int i = 0; i < 9; ++i) opened.tree.insertKeyAndValue(binaryKey(i).data(), 1);
-    }
-    const std::string before = file.bytes();
-    {
-        OpenedTree opened(file, shape, ERBTreeOnDisk::open, -1, 1);
-        const Content content = contentOf(opened.tree);
-        EXPECT_THROW(opened.tree.insertKeyAndValue(binaryKey(50).data(), 1), CFileException);
-        EXPECT_THROW(opened.tree.remove(binaryKey(3).data()), CFileException);
-        EXPECT_THROW(opened.tree.clear(), CFileException);
-        EXPECT_EQ(contentOf(opened.tree), content);
-        EXPECT_EQ(opened.tree.entries(), 9u);
-        EXPECT_EQ(opened.tree.height(), 3);
-    }
-    EXPECT_EQ(file.bytes(), before);
 }
 
 }  // namespace

@@ -1,10 +1,16 @@
 #pragma once
+#include <gtest/gtest.h>
+
 #include <ostream>
+#include <string>
 #include <vector>
 
 #include "kerf/core/file.h"
 #include "kerf/core/object.h"
 #include "kerf/core/smart_pointer.h"
+#include "kerf/persistence/object_database.h"
+#include "kerf/platform/sinks.h"
+#include "tests/support/temporary_file.h"
 
 namespace kerf {
 
@@ -46,4 +52,27 @@ public:
     std::vector<unsigned char> bytes;
 };
 
+namespace test {
+
+struct OpenedBase : ERObjectDataBase {
+    explicit OpenedBase(TemporaryFile const& onDisk, int readOnly = 0) {
+        EXPECT_EQ(Open(onDisk.path(), readOnly), 1);
+    }
+};
+
+/// A place for a base, and what was shown to the user.
+class DatabaseTest : public ::testing::Test {
+protected:
+    DatabaseTest() {
+        setMessageSink([this](char const* title, char const* text) {
+            messages.push_back(std::string(title) + ": " + text);
+        });
+    }
+    ~DatabaseTest() override { setMessageSink(nullptr); }
+
+    const TemporaryFile place;
+    std::vector<std::string> messages;
+};
+
+}  // namespace test
 }  // namespace kerf

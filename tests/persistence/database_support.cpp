@@ -1,4 +1,4 @@
-#include "tests/persistence/sample_object.h"
+#include "tests/persistence/database_support.h"
 
 namespace kerf {
 

@@ -1,0 +1,120 @@
+#include "kerf/core/element_storage.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include "kerf/core/list.h"
+#include "kerf/core/value_vector.h"
+#include "tests/support/temporary_file.h"
+
+namespace kerf {
+namespace {
+
+/// 4 bytes in a file, 800 in memory.
+struct Blob {
+    int number = 0;
+    double large[100] = {};
+
+    void saveGuts(ERFile& file) const { file.Write(number); }
+    void restoreGuts(ERFile& file) { file.Read(number); }
+    ERULong binaryStoreSize() const { return 4; }
+    bool operator==(const Blob& other) const { return number == other.number; }
+};
+enum class Colour : short { red = 1, blue = -2 };
+struct Gigabyte : Blob {
+    ERULong binaryStoreSize() const { return 1u << 30; }
+};
+
+struct List {
+    template <class T>
+    using Of = ERTValDlist<T>;
+};
+struct Vector {
+    template <class T>
+    using Of = ERTValVector<T>;
+};
+struct OrderedVector {
+    template <class T>
+    using Of = ERTValOrderedVector<T>;
+};
+
+template <class Container, class T>
+Container filled(const std::vector<T>& values) {
+    Container container;
+    if constexpr (requires { container.append(values[0]); }) {
+        for (const T& value : values) container.append(value);
+    } else {
+        container.reshape(static_cast<unsigned int>(values.size()));
+        std::copy(values.begin(), values.end(), container.begin());
+    }
+    return container;
+}
+
+template <class Family>
+struct StoredContainer : ::testing::Test {
+    template <class T>
+    void expectRoundTrip(const std::vector<T>& values, std::size_t bytes) {
+        using Container = typename Family::template Of<T>;
+        const auto container = filled<Container>(values);
+        auto read = filled<Container>(std::vector<T>(7));
+        file.SeekTo(0);
+        container.saveGuts(file);
+        EXPECT_EQ(container.binaryStoreSize(), bytes);
+        file.SeekTo(0);
+        read.restoreGuts(file);
+        EXPECT_EQ(static_cast<std::size_t>(file.CurOffset()), bytes);
+        EXPECT_TRUE(std::equal(read.begin(), read.end(), values.begin(), values.end()));
+    }
+
+    test::TemporaryFile temporary;
+    ERFile file{temporary.path(), CFile::modeCreate | CFile::modeReadWrite};
+};
+using Families = ::testing::Types<List, Vector, OrderedVector>;
+TYPED_TEST_SUITE(StoredContainer, Families);
+
+TYPED_TEST(StoredContainer, ComesBackElementByElement) {
+    std::vector<Blob> blobs(5000);
+    for (int i = 0; i < 5000; ++i) blobs[static_cast<std::size_t>(i)].number = i;
+    this->expectRoundTrip(blobs, 4 + 20000);
+    this->template expectRoundTrip<double>({1.5, -0.5}, 4 + 16);
+    this->template expectRoundTrip<double>({}, 4);
+    this->template expectRoundTrip<long long>({-0x123456789ABCLL}, 4 + 8);
+    this->template expectRoundTrip<Colour>({Colour::blue, Colour::red}, 4 + 4);
+}
+
+TYPED_TEST(StoredContainer, DamagedCountsReadAsNothingOrWhatIsThere) {
+    for (const int count : {-1, 3, 0x7FFFFFFF}) {
+        this->temporary.setBytes(std::string(20, 'x'));
+        this->file.SeekTo(0);
+        this->file.Write(count);
+        auto numbers = filled<typename TypeParam::template Of<double>>(std::vector<double>(1));
+        this->file.SeekTo(0);
+        numbers.restoreGuts(this->file);
+        EXPECT_TRUE(numbers.isEmpty()) << count;
+    }
+    // The count fits the bytes that are there, not the elements.
+    this->temporary.setBytes(std::string(100004, 'x'));
+    this->file.SeekTo(0);
+    this->file.Write(90000);
+    this->file.SeekTo(0);
+    typename TypeParam::template Of<Blob> blobs;
+    blobs.restoreGuts(this->file);
+    EXPECT_TRUE(blobs.entries() >= 1 && blobs.entries() < 50000);
+}
+
+TYPED_TEST(StoredContainer, ElementsWithoutAFileFormWriteNothing) {
+    auto opaque = filled<typename TypeParam::template Of<std::string>>(std::vector<std::string>(3));
+    opaque.saveGuts(this->file);
+    opaque.restoreGuts(this->file);
+    EXPECT_EQ(opaque.binaryStoreSize(), 0u);
+    EXPECT_TRUE(this->file.GetLength() == 0 && opaque.entries() == 3);
+    typename TypeParam::template Of<Gigabyte> large =
+        filled<typename TypeParam::template Of<Gigabyte>>(std::vector<Gigabyte>(4));
+    EXPECT_EQ(large.binaryStoreSize(), ~0u);  // past all files: does not wrap
+}
+
+}  // namespace
+}  // namespace kerf
