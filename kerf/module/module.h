@@ -1,4 +1,5 @@
 #pragma once
+#include "kerf/numerics/factorial.h"
 #include "kerf/platform/config.h"
 #include "kerf/platform/module_state.h"
 
@@ -9,6 +10,11 @@ class KERF_EXPORT CDynLinkLibraryKERF : public CDynLinkLibrary {
 public:
     explicit CDynLinkLibraryKERF(ExtensionModule& module);
     ~CDynLinkLibraryKERF() override;
+
+    ERFactorialFactory& factorials() { return factorials_; }
+
+private:
+    ERFactorialFactory factorials_;
 };
 
 /// Attaches the library to the calling thread's module state. Loading the library does this by itself
