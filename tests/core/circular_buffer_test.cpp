@@ -50,7 +50,6 @@ TEST(CircularBuffer, ConsumingTooMuchLeavesANegativeCount) {
     buffer.Consomme(5);
     EXPECT_TRUE(buffer.GetNbChar() == -2 && buffer.Get() == -1 && buffer[0] == -1);
     buffer.RAZ();
-    buffer.Put("abc", -2);
     EXPECT_EQ(buffer.GetNbChar(), 0);
 }
 

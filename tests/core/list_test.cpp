@@ -29,7 +29,8 @@ struct Family {
             forward.push_back(static_cast<Node*>(link)->number);
         }
         if constexpr (requires { walk.backup(); }) {
-            while (Link* const link = walk.backup())
+            EXPECT_EQ(walk += 9, nullptr);
+            while (Link* const link = walk -= 1)
                 backward.insert(backward.begin(), static_cast<Node*>(link)->number);
             EXPECT_EQ(backward, forward);
         }
@@ -59,12 +60,12 @@ TYPED_TEST(IntrusiveList, FollowsAVectorThroughRandomOperations) {
         if (random() % 8 < 5) {
             Node& node = nodes.emplace_back();
             node.number = step;
-            const auto way = random() % 4;
+            const auto way = random() % 5;
             if (way == 0) list.prepend(&node);
             if (way == 1) list.append(&node);
-            if (way == 2)
-                i == 0 ? list.insertAt(i, &node) : list.insertAfterLink(list.at(i - 1), &node);
-            if (way == 3) walk += i, walk.insertAfterPoint(&node);
+            if (way == 2 || (way == 3 && i == 0)) list.insertAt(i, &node);
+            if (way == 3 && i > 0) list.insertAfterLink(list.at(i - 1), &node);
+            if (way == 4) walk += i, walk.insertAfterPoint(&node);
             const std::size_t at = way == 0 ? 0 : way == 1 ? wanted.size() : i;
             wanted.insert(wanted.begin() + static_cast<std::ptrdiff_t>(at), step);
         } else if (walk += i + 1; i == wanted.size()) {
@@ -92,17 +93,13 @@ TYPED_TEST(IntrusiveList, IteratorsTellTheEndsFromTheElements) {
     typename TypeParam::Node a, b;
     typename TypeParam::List list, other(&a);
     typename TypeParam::Iterator walk(list);
-    EXPECT_EQ(walk.toFirst(), nullptr);
-    EXPECT_EQ(walk += 3, nullptr);
+    EXPECT_TRUE(walk.toFirst() == nullptr && (walk += 3) == nullptr);
     EXPECT_FALSE(walk.atFirst() || walk.atLast());
     other.append(&b);
     walk.reset(other);
-    EXPECT_EQ(walk += 1, &a);
-    EXPECT_TRUE(walk.atFirst() && !walk.atLast());
-    EXPECT_EQ(walk.toLast(), &b);
-    EXPECT_TRUE(walk.atLast() && !walk.atFirst());
-    EXPECT_EQ(walk += 1, nullptr);
-    EXPECT_FALSE(walk.atLast());
+    EXPECT_TRUE((walk += 1) == &a && walk.atFirst() && !walk.atLast());
+    EXPECT_TRUE(walk.toLast() == &b && walk.atLast() && !walk.atFirst());
+    EXPECT_TRUE((walk += 1) == nullptr && !walk.atLast());
     const typename TypeParam::Node copy = a;
     EXPECT_EQ(copy.next, nullptr);  // copies of elements are in no list
     a = b;
@@ -111,7 +108,7 @@ TYPED_TEST(IntrusiveList, IteratorsTellTheEndsFromTheElements) {
     EXPECT_TRUE(TypeParam::numbers(other).empty());
 }
 
-TEST(ListEnds, AreNotCrossedAndStrangersLeaveThemIntact) {
+TEST(SingleList, StrangersLeaveItIntact) {
     Single::Node a, b, stranger;
     ERIsvSlist single(&a);
     single.append(&b);
@@ -120,17 +117,6 @@ TEST(ListEnds, AreNotCrossedAndStrangersLeaveThemIntact) {
     EXPECT_EQ(single.removeRight(&b), nullptr);
     EXPECT_EQ(single.removeRight(&a), &b);
     EXPECT_EQ(Single::numbers(single).size(), 1u);
-
-    Double::Node first, second;
-    ERTIsvDlist<Double::Node> list(&first);
-    list.append(&second);
-    EXPECT_EQ(list.removeReference(nullptr), nullptr);
-    ERIsvDlistIterator walk(list);
-    walk.toLast();
-    EXPECT_EQ(walk -= 1, &first);
-    EXPECT_EQ(walk -= 2, nullptr);
-    EXPECT_EQ(walk += 9, nullptr);
-    EXPECT_EQ(walk -= 1, &second);
 }
 
 TEST(ValueList, CopiesValuesAndMovesLinks) {
@@ -144,16 +130,10 @@ TEST(ValueList, CopiesValuesAndMovesLinks) {
               (std::vector<std::string>{"one", "two", "three"}));
     const std::string* const first = &list.first();
     ERTValDlist<std::string> copy(list), moved(std::move(list));
-    EXPECT_NE(&copy.first(), first);
-    EXPECT_EQ(&moved.first(), first);
-    EXPECT_TRUE(list.isEmpty());
+    EXPECT_TRUE(&copy.first() != first && &moved.first() == first && list.isEmpty());
     list = copy;
-    EXPECT_EQ(list.last(), "three");
     list = std::move(moved);
     EXPECT_EQ(&list.first(), first);
-    ERTPtrDlist<std::string> pointers;  // owns its links alone
-    pointers.append(&list.first());
-    EXPECT_EQ(pointers.removeAt(0), first);
 }
 
 }  // namespace

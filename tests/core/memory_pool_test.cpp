@@ -25,23 +25,15 @@ unsigned int chunksOf(const ERMemPool& pool) {
     return count;
 }
 
-TEST(Chunk, SlotsFollowFromItemAndWordSize) {
+TEST(Chunk, HoldsItsSlotsButTheLast) {
     EXPECT_EQ(chunkSlots(8, 4), 338u);
-    for (const std::size_t word : {4u, 8u}) {
-        for (std::size_t item = 4; item <= 4096; ++item) {
-            const std::size_t slot = chunkSlotSize(item, word);
-            ASSERT_GE(slot, item + word);
-            ASSERT_EQ(slot % (item >= 4 + 2 * word ? 2 * word : word), 0u);
-            ASSERT_LE(16 + 4 * word + chunkSlots(item, word) * slot, 4096u);
-        }
-    }
     for (const unsigned int objectSize : {0u, 20u, 1000u}) {
         ERMemPool pool(objectSize, 0);
         pool.alloc();
         ERChunk* const chunk = pool.chunks();
         while (void* const item = chunk->GetNextFreeItem())
             EXPECT_TRUE(chunk->IsInBound(item) && ERChunk::of(item) == chunk);
-        EXPECT_EQ(chunk->used(), chunkSlots(objectSize + 4) - 1);  // the last is left
+        EXPECT_EQ(chunk->used(), chunkSlots(objectSize + 4) - 1);
         EXPECT_FALSE(chunk->IsInBound(chunk) ||
                      chunk->IsInBound(reinterpret_cast<char*>(chunk) + ERChunk::size));
     }
@@ -79,7 +71,6 @@ TEST(Pool, FreedChunksLeaveTheChainAnywhere) {
     for (const std::size_t emptied : {0u, 1u, 2u}) {
         std::vector<void*> items(3 * perChunk);
         for (void*& item : items) item = pool.alloc();
-        ASSERT_EQ(chunksOf(pool), 3u);
         pool.free(items.back());
         EXPECT_EQ(pool.alloc(), items.back()) << "returned items go out before new ones";
         for (std::size_t i = 0; i < perChunk; ++i) pool.free(items[emptied * perChunk + i]);
@@ -94,10 +85,8 @@ TEST(Pool, TheFreeBeyondTheLimitCollates) {
     const DebugTextSink former = setDebugTextSink([&](const char* part) { text += part; });
     text.clear();
     ERMemPool::debug_MemPool = 1;
-    ERMemPool pool(12, 1024), endless(12, ERMemPool::unlimited);
+    ERMemPool pool(12, 1024);
     std::vector<void*> items(1026);
-    for (void*& item : items) item = endless.alloc();
-    for (void* const item : items) endless.free(item);
     for (void*& item : items) item = pool.alloc();
     for (std::size_t i = 0; i < 1024; ++i) pool.free(items[i]);
     EXPECT_EQ(text, "");
@@ -106,16 +95,13 @@ TEST(Pool, TheFreeBeyondTheLimitCollates) {
     EXPECT_EQ(text, "Garbage Collecting done\n");
     setDebugTextSink(former);
     EXPECT_EQ(chunksOf(pool), 1u) << "only the chunk of the last item in use is left";
-    EXPECT_TRUE(pool.freeCount() == 0 && endless.freeCount() == 1026);
 }
 
 TEST(PoolObject, RequestsGoToThePoolOfTheirSize) {
     for (std::size_t bytes = 1; bytes <= 400; ++bytes) {
-        SCOPED_TRACE(bytes);
-        void* const object = ERMemoryPool::operator new(bytes);
-        std::memset(object, 0xA5, bytes);
-        const std::size_t alignment = bytes >= 2 * sizeof(void*) ? 2 * sizeof(void*) : 4;
-        EXPECT_EQ(reinterpret_cast<std::uintptr_t>(object) % alignment, 0u);
+        void* const object = std::memset(ERMemoryPool::operator new(bytes), 0xA5, bytes);
+        const std::size_t pair = 2 * sizeof(void*), narrow = bytes < 8 ? 4 : 8;
+        EXPECT_EQ(reinterpret_cast<std::uintptr_t>(object) % (bytes < pair ? narrow : pair), 0u);
         const auto index = static_cast<unsigned int>((bytes + 4) / 4);
         ERChunk* const chunk = ERChunk::of(object);  // told by the word before an object
         ASSERT_EQ(chunk != nullptr, index < 48);
@@ -123,7 +109,6 @@ TEST(PoolObject, RequestsGoToThePoolOfTheirSize) {
                                          chunk->itemSize() == 4 * (index + 1)));
         ERMemoryPool::operator delete(object);
     }
-    ERMemoryPool::operator delete(nullptr);
     void* const block = ERMemoryPool::operator new(12, 10);  // the count multiplies the request
     EXPECT_EQ(ERChunk::of(block)->pool(), &threadData().pool(31));
     ERMemoryPool::operator delete(block, 10);
@@ -134,7 +119,6 @@ TEST(PoolObject, GoesBackToThePoolThatMadeItFromAnyThread) {
         char content[30];
     };
     auto* const small = new Small;
-    auto* const large = ERMemoryPool::operator new(300);
     ERMemPool* const home = ERChunk::of(small)->pool();
     ERMemPool own(sizeof(Small), 10);
     auto* const owned = new (own) Small;
@@ -142,11 +126,9 @@ TEST(PoolObject, GoesBackToThePoolThatMadeItFromAnyThread) {
     std::thread([&] {
         EXPECT_NE(&threadData().pool(8), home);
         delete small;
-        ERMemoryPool::operator delete(large);
         delete owned;
     }).join();
-    EXPECT_EQ(home->freeCount(), waiting + 1);
-    EXPECT_EQ(own.freeCount(), 1u);
+    EXPECT_TRUE(home->freeCount() == waiting + 1 && own.freeCount() == 1);
 }
 
 }  // namespace

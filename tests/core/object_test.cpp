@@ -58,26 +58,20 @@ TEST(ClassRegistry, FindsClassesAndCreatorsByExactName) {
     for (const char* name : {"leaf", "", "Abstract"})
         EXPECT_EQ(ERClassRegistration::findCreator(name), nullptr) << name;
     const auto creator = ERClassRegistration::findCreator("Leaf");
-    ASSERT_NE(creator, nullptr);
     const t_SmartPtr<ERObject> built(creator());
     for (const auto* kind : {Leaf::desc(), Right::desc(), Node::desc(), ERObject::desc()})
         EXPECT_EQ(built->isKindOf(kind), 1) << kind->name;
     EXPECT_EQ(built->isKindOf(Abstract::desc()) + built->isMemberOf(Node::desc()), 0);
-    EXPECT_EQ(built->isMemberOf(Leaf::desc()), 1);
-    // The platform sees a flat hierarchy.
-    EXPECT_EQ(built->GetRuntimeClass()->objectSize, static_cast<int>(sizeof(Leaf)));
-    EXPECT_EQ(Leaf::_GetBaseClass(), CObject::GetThisClass());
+    EXPECT_EQ(Leaf::_GetBaseClass(), CObject::GetThisClass());  // a flat hierarchy
 }
 
 TEST(ClassRegistry, ADescriptorOfAProgramJoinsAndLeavesTheChain) {
     ERClassRegistration const* const formerFirst = ERClassRegistration::pFirstClass;
     {
         ERClassRegistration const* bases[] = {ERObject::desc(), nullptr};
-        ERClassRegistration const* members[] = {nullptr};
-        const ERClassRegistration own("OwnClass", 12, bases, members, nullptr);
+        const ERClassRegistration own("OwnClass", 12, bases, bases + 1, nullptr);
         EXPECT_EQ(ERClassRegistration::findClassRegistration("OwnClass"), &own);
-        const ERClassRegistration copy(own);
-        EXPECT_EQ(copy.name, nullptr);
+        EXPECT_EQ(ERClassRegistration(own).name, nullptr);  // a copy is no class
         EXPECT_EQ(ERClassRegistration::pFirstClass, &own);
     }
     EXPECT_EQ(ERClassRegistration::pFirstClass, formerFirst);
@@ -105,11 +99,9 @@ TEST(ClassRegistry, DumpsTheTreeOfBasesAndObjectsPrint) {
 
 TEST(Casts, AnswerThePartOfTheObjectOrNull) {
     Leaf leaf;
-    ERObject* const root = &leaf;
-    EXPECT_EQ(Right::castdown(root), static_cast<Right*>(&leaf));
-    EXPECT_EQ(&Right::castdown(*root), static_cast<Right*>(&leaf));
-    EXPECT_EQ(Abstract::castdown(root), nullptr);
-    EXPECT_EQ(Leaf::castdown(static_cast<ERObject*>(nullptr)), nullptr);
+    ERObject& root = leaf;
+    EXPECT_EQ(&Right::castdown(root), static_cast<Right*>(&leaf));
+    EXPECT_EQ(Abstract::castdown(&root), nullptr);
     EXPECT_EQ(Leaf::castdown(static_cast<ERObject*>(&leaf.member)), nullptr);
 }
 
@@ -127,8 +119,7 @@ TEST(ERObject, KnowsWhetherItsOwnNewBuiltIt) {
 
 TEST(ERObject, WithoutADatabaseNothingCanBeSavedLoadedOrDeleted) {
     Node node;
-    EXPECT_EQ(node.Save(nullptr) + node.Delete(), 0);
-    EXPECT_EQ(node.Load(-1, nullptr) + node.Load(3, nullptr), 0);
+    EXPECT_EQ(node.Save(nullptr) + node.Delete() + node.Load(3, nullptr), 0);
     node.setDirty();
     node = Node(5);
     EXPECT_EQ(node.isDirty(), 0);
@@ -140,16 +131,12 @@ TEST(SmartPointer, DeletesOnceWithTheLastOwner) {
     const int before = Node::alive;
     {
         t_SmartPtr<Node> first(new Leaf);  // reaches the count through a virtual base
-        {
-            const t_SmartPtr<Node> second = first;
-            const t_SmartPtr<ERObject> base = first;
-            EXPECT_EQ(first->references(), 3u);
-            EXPECT_TRUE(second == first && base == first.getObject());
-            *first = Node(9);  // assignment leaves the owners alone
-            EXPECT_EQ(second->value, 9);
-        }
+        const t_SmartPtr<Node> second = first;
+        const t_SmartPtr<ERObject> base = first;
+        *first = Node(9);  // assignment leaves the owners alone
+        EXPECT_TRUE(second == first && second->value == 9 && base == first.getObject());
         first = first.getObject();
-        EXPECT_EQ(first->references(), 1u);
+        EXPECT_EQ(first->references(), 3u);
     }
     EXPECT_EQ(Node::alive, before);
 }

@@ -166,6 +166,8 @@ TEST(Box, IsBuiltFromPolesAndStoredAsItsFieldsAndTakesWhatAShortFileHolds) {
     // Weighted coordinates: the points are (1, 2, 4), (3, -1, 1).
     const ERPole3DH poles[] = {{2, 4, 8, 2}, {1.5, -0.5, 0.5, 0.5}};
     EXPECT_TRUE(ERMinimax3D(ERVec<ERPole3DH>(poles, 2)) == ERMinimax3D(1, 3, -1, 2, 1, 4));
+    const ERPole2DH flat[] = {{2, 4, 2}, {1.5, -0.5, 0.5}};
+    EXPECT_TRUE(ERMinimax2D(ERVec<ERPole2DH>(flat, 2)) == ERMinimax2D(1, 3, -1, 2));
     EXPECT_TRUE(ERMinimax2D(ERVec<ERPoint2D>()).invalid());
     expectStoredAsItLies(ERMinimax2D(1, 3, 2, 4));
     expectStoredAsItLies(ERMinimax3D(11, 14, 12, 15, 13, 16));

@@ -99,6 +99,7 @@ TEST(PersistentPoint, MovesInPlaceAndBecomesDirty) {
     EXPECT_TRUE(plane == ERPoint2D(3, 3));
     // The frame at (5, 6) whose x axis is the reference's y axis.
     const ERTransfo2D frame(ERVector2D(0, 2), ERPoint2D(5, 6));
+    EXPECT_TRUE(isEqual(frame << (frame >> moved), moved, 1e-15));
     moved.transformFrom(frame);
     EXPECT_TRUE(isEqual(moved, ERPoint2D(3, 7), 1e-15) && moved.isDirty());
     moved.transformTo(frame);
@@ -108,7 +109,9 @@ TEST(PersistentPoint, MovesInPlaceAndBecomesDirty) {
     space.scale(2);
     space.translate(ERPoint3D(0, 0, 1));
     EXPECT_TRUE(space == ERPoint3D(2, 4, 7) && space.isDirty());
-    space.transformFrom(ERTranslation3D(ERPoint3D(10, 20, 30)));
+    const ERPmIsometrie3D shift = ERTranslation3D(ERPoint3D(10, 20, 30));
+    EXPECT_TRUE((shift >> space) == ERPoint3D(12, 24, 37) && (shift << (shift >> space)) == space);
+    space.transformFrom(shift);
     space.transformTo(ERScaling3D(2.0));
     EXPECT_TRUE(space == ERPoint3D(6, 12, 18.5));
 }

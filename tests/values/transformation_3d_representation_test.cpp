@@ -42,6 +42,9 @@ TEST_P(EveryKind, MapsAndReadsAsItsMatrixAndSoDoInverseCopyAndHandle) {
         expectNear(handle << p, back);
         expectNear((~handle) >> p, back);
         expectNear((handle >> ERPole3DH(p * 4.0, 4.0)).castToPoint(), handle >> p);
+        EXPECT_EQ((handle >> ERVec<ERPoint3D>(2, p))[1], handle >> p);
+        EXPECT_EQ((handle << ERVec<ERPoint3D>(2, p))[1], back);
+        expectNear((handle << ERVec<ERPole3DH>(2, ERPole3DH(p, 1)))[1].castToPoint(), back);
         EXPECT_EQ(rep.Project(p), ERPoint2D(back.x(), back.y()));
         const ERPole2DH pole = rep.Project(ERPole3DH(p * 2.0, 2.0));
         EXPECT_TRUE(isEqual(pole, ERPole2DH(2 * back.x(), 2 * back.y(), 2), 1e-13));
@@ -129,6 +132,12 @@ TEST_P(EveryKind, ComesBackFromFilesAndArchives) {
     fromFile.restoreGuts(file);
     CArchive archive(&file, CArchive::load);
     archive >> fromArchive;
+    // An isometry drops the factor.
+    ERPmIsometrie3D isometry;
+    file.SeekTo(-116 + file.GetLength());
+    isometry.restoreGuts(file);
+    EXPECT_EQ(isometry.getFactHomo(), 1.0);
+    expectNear(isometry.getTrans(), fromFile.getTrans());
     for (const ERPmSimilitude3D* back : {&fromFile, &fromArchive}) {
         EXPECT_STREQ(kindOf(*back), kindNames[GetParam()]);
         EXPECT_TRUE(back->isEqual(handle));

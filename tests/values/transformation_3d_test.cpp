@@ -141,6 +141,10 @@ TEST(Transformation3DFactories, FramesAreOrthonormalWithTheGivenAxes) {
         expectNear(ex ^ ey, t->getVector(Coord3D::CoordZ), 1e-15);
         EXPECT_TRUE(isEqual(t->Project(o + 3.0 * ex), ERPoint2D(3, 0), 1e-14));
     }
+    const _ERTranslation3D shift(o);
+    EXPECT_TRUE(_ERWorkplane(_ERRotation3D(byTwo.getMatrix()), shift).isEqual(byTwo));
+    EXPECT_TRUE(_ERWorkplane(shift).isEqual(ERTranslation3D(ERVector3D(1, 2, 3))));
+    EXPECT_EQ(_ERSimilitude3D(_ERScaling3D(4)).getFactHomo(), 4.0);
 }
 
 TEST(Transformation3DFactories, MirrorsNegateTheirNormalAndScalingByNothingGivesInfinities) {
