@@ -19,16 +19,13 @@ class t_SmartPtr;
 /// The root of everything that is stored, cloned, printed or cast by its run-time class.
 ///
 /// Identity:  an object is born free (ID -1, no database, clean). Save attaches it to a database
-/// and
-///            makes it clean, Delete frees it again; a copy, and an object that is assigned to,
+///            and makes it clean, Delete frees it again; a copy, and an object that is assigned to,
 ///            have no identity. A class that changes a stored object calls setDirty().
 /// Ownership: counted by ERReference; t_SmartPtr deletes the object with the last reference.
-/// Objects
-///            that no smart pointer ever held are deleted by their owner. The database is not
+///            Objects that no smart pointer ever held are deleted by their owner. The database is not
 ///            owned.
 /// Storage:   binaryStoreSize() is exactly what saveGuts writes; a derived class calls its base
-/// first
-///            in all three operations.
+///            first in all three operations.
 /// Threads:   one thread at a time for an object; the static hand-over and theCurrentDataBase make
 ///            work on databases single-threaded in the whole process.
 class KERF_EXPORT ERObject : public CObject, public ERReference {

@@ -77,8 +77,7 @@ private:
 /// A string of bytes, zeros included, with copy on write.
 ///
 /// Positions:  unsigned, from 0; `npos` (all ones) stands for none. A position behind the end
-/// counts
-///             as the end, a count that reaches behind it as the rest.
+///             counts as the end, a count that reaches behind it as the rest.
 /// Text given: a null pointer counts as empty; it may point into the string itself. A count beside
 ///             an ERCString takes its first bytes, all when it has fewer; a count beside a
 ///             `char const *` takes so many bytes, zeros included.

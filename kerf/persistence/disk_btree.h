@@ -66,8 +66,7 @@ private:
 /// Damage:    a tree whose stored key length or order is impossible is empty and takes no key. A
 ///            node is followed only where it lies whole in the file's data, 64 levels deep at most;
 ///            one with an impossible counter has no keys, and nothing is changed in it or below it.
-/// Sharing:   no other object may write the tree's blocks while it lives, and the callback of a
-/// walk
+/// Sharing:   no other object may write the tree's blocks while it lives, and the callback of a walk
 ///            must not change the tree.
 class KERF_EXPORT ERBTreeOnDisk {
 public:

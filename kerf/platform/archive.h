@@ -12,8 +12,7 @@ class CFile;
 /// life. The file is not owned and must outlive the archive, or its Close(); while the archive is
 /// open the file's position is the archive's business.
 ///
-/// Failure: CArchiveException for `<<` and Write while loading, `>>` and Read while storing,
-/// loading
+/// Failure: CArchiveException for `<<` and Write while loading, `>>` and Read while storing, loading
 ///          past the end (the value is then left as it was), and anything on a closed archive;
 ///          CFileException from the file itself. Values that a failed flush could not write stay in
 ///          the buffer.

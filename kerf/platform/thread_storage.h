@@ -34,8 +34,7 @@ public:
 /// The untyped part of CThreadLocal. Constant-initialised: usable before any static object of the
 /// program is built.
 ///
-/// Life:     a thread's object is built by the first GetData() in that thread and destroyed when
-/// the
+/// Life:     a thread's object is built by the first GetData() in that thread and destroyed when the
 ///           thread ends, later ones before earlier ones. The objects of the thread that loaded the
 ///           library live until the CThreadLocal itself is destroyed, so that the program's static
 ///           objects may still use them; of another thread, they outlive the CThreadLocal until the
