@@ -1,7 +1,6 @@
 #include "kerf/persistence/free_list_mirror.h"
 
 #include <algorithm>
-#include <bit>
 #include <cstdlib>
 #include <limits>
 
@@ -10,7 +9,6 @@ namespace kerf {
 namespace {
 
 constexpr std::int64_t nodeBytes = sizeof(FreeListNode);
-constexpr std::size_t fewestBuckets = 64;
 
 ERULong largestSize(const FreeListNode& node) {
     const auto used = node.sizes.begin() + node.count;
@@ -33,51 +31,6 @@ bool equalEntries(const FreeListNode& a, std::size_t i, const FreeListNode& b, s
 }
 
 }  // namespace
-
-// --- The index
-
-void FreeBlockIndex::clear() { *this = FreeBlockIndex(); }
-
-// Multiplicative hashing (Knuth, The Art of Computer Programming, 6.4): the upper bits.
-std::size_t FreeBlockIndex::bucketOf(ERLong key) const {
-    const std::uint32_t hash = static_cast<std::uint32_t>(key) * 0x9E3779B1u;
-    return hash >> (33 - std::bit_width(buckets.size()));
-}
-
-void FreeBlockIndex::insert(ERLong key, NodeNumber node) {
-    LinkNumber link = unused;
-    if (link == none) {
-        if (links.size() == buckets.size()) grow();
-        link = static_cast<LinkNumber>(links.size());
-        links.push_back({});
-    } else {
-        unused = links[link].next;
-    }
-    LinkNumber& first = buckets[bucketOf(key)];
-    links[link] = {key, node, first};
-    first = link;
-}
-
-void FreeBlockIndex::erase(ERLong key, NodeNumber node) {
-    for (LinkNumber* i = &buckets[bucketOf(key)]; *i != none; i = &links[*i].next) {
-        const LinkNumber link = *i;
-        if (links[link].key != key || links[link].node != node) continue;
-        *i = links[link].next;
-        links[link].next = unused;
-        unused = link;
-        return;
-    }
-}
-
-// Only when no link is unused.
-void FreeBlockIndex::grow() {
-    buckets.assign(std::max(fewestBuckets, 2 * buckets.size()), none);
-    for (LinkNumber i = 0; i < links.size(); ++i) {
-        LinkNumber& first = buckets[bucketOf(links[i].key)];
-        links[i].next = first;
-        first = i;
-    }
-}
 
 // --- The ring as a whole
 

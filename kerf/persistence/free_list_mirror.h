@@ -4,49 +4,12 @@
 #include <vector>
 
 #include "kerf/persistence/free_list_node.h"
+#include "kerf/persistence/location_index.h"
 #include "kerf/platform/config.h"
 
 // What a file's free list holds, in memory, so that the node that serves a request is known without
 // a walk through the file.
 namespace kerf {
-
-/// From the ends of free blocks to the nodes that list them. The same key may stand for several
-/// nodes, and several times for one.
-class FreeBlockIndex {
-public:
-    using NodeNumber = std::uint32_t;
-
-    void clear();
-    void insert(ERLong key, NodeNumber node);
-    void erase(ERLong key, NodeNumber node);  ///< one of the equal ones
-
-    /// Calls visit(node) for each that is listed under the key.
-    template <class Visit>
-    void forEach(ERLong key, Visit visit) const {
-        if (buckets.empty()) return;
-        for (LinkNumber i = buckets[bucketOf(key)]; i != none; i = links[i].next)
-            if (links[i].key == key) visit(links[i].node);
-    }
-
-private:
-    using LinkNumber = std::uint32_t;
-    static constexpr LinkNumber none = ~LinkNumber{0};
-
-    struct Link {
-        ERLong key;
-        NodeNumber node;
-        LinkNumber next;  // of the bucket, or of the unused links
-    };
-
-    std::size_t bucketOf(ERLong key) const;
-    void grow();
-
-    // A link goes in at the front of its bucket: equal keys, of which a damaged list may have any
-    // number, cost an insertion nothing.
-    std::vector<LinkNumber> buckets;  // none, or a power of two, at least one for each link
-    std::vector<Link> links;
-    LinkNumber unused = none;
-};
 
 /// The nodes of a free list that is a sound ring: each lies once and apart from the others, and the
 /// last leads to the first. No free block lies on one of them. It stands at one of them, from where
@@ -92,7 +55,7 @@ public:
     void removeNext();
 
 private:
-    using NodeNumber = FreeBlockIndex::NodeNumber;
+    using NodeNumber = LocationIndex::Number;
     enum class State { unknown, ring, noRing };
 
     // What a search looks at, node after node.
@@ -119,8 +82,8 @@ private:
     std::vector<std::size_t> places;
     std::vector<NodeNumber> unusedNumbers;
 
-    FreeBlockIndex starts;
-    FreeBlockIndex ends;
+    LocationIndex starts;
+    LocationIndex ends;
     ERLong lastLocation = 0;
 };
 

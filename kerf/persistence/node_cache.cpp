@@ -58,16 +58,15 @@ void ERCacheManager::invalidate() {
 }
 
 void ERCacheManager::invalidate(ERLong location) {
-    const auto found = slotOf.find(location);
-    if (found != slotOf.end()) release(found->second);
+    const unsigned int slot = slotOf.find(location);
+    if (slot != none) release(slot);
 }
 
 unsigned int ERCacheManager::LRU() const { return oldest == none ? 0 : oldest; }
 
 int ERCacheManager::ageAndFindSlot(ERLong location) {
     ++clock;
-    const auto found = slotOf.find(location);
-    return found == slotOf.end() ? -1 : static_cast<int>(found->second);
+    return static_cast<int>(slotOf.find(location));
 }
 
 unsigned int ERCacheManager::getFreeSlot() {
@@ -124,12 +123,12 @@ void ERCacheManager::linkNewest(unsigned int slot) {
 
 void ERCacheManager::release(unsigned int slot) {
     if (entries[slot].location == -1) return;
-    slotOf.erase(entries[slot].location);
+    slotOf.erase(entries[slot].location, slot);
     entries[slot].location = -1;
 }
 
 void ERCacheManager::assign(unsigned int slot, ERLong location) {
-    slotOf.emplace(location, slot);
+    slotOf.insert(location, slot);
     entries[slot].location = location;
 }
 

@@ -1,9 +1,9 @@
 #pragma once
 #include <cstddef>
 #include <cstdint>
-#include <unordered_map>
 #include <vector>
 
+#include "kerf/persistence/location_index.h"
 #include "kerf/platform/config.h"
 
 namespace kerf {
@@ -81,7 +81,7 @@ private:
     unsigned int oldest = none;
     std::vector<Entry> entries;
     std::vector<char> buffer;
-    std::unordered_map<ERLong, unsigned int> slotOf;
+    LocationIndex slotOf;
 };
 
 }  // namespace kerf

@@ -328,7 +328,6 @@ ERLong ERObjectDataBase::signatureOf(ERLong id) {
 int ERObjectDataBase::Retrieve(ERLong id, ERObject& object) {
     if (file == nullptr) return 0;
     ERObject::theCurrentDataBase = this;
-    const RecordFile::Reading reading(*file);
     ERULong signature = 0;
     if (findRecord(id, signature) == -1) return 0;
     const ERLong formerID = std::exchange(object.objectID, id);
@@ -349,7 +348,6 @@ t_SmartPtr<ERObject> ERObjectDataBase::RetrieveAndCreate(ERLong id) {
     if (beingRetrieved.size() >= deepestNesting ||
         std::find(beingRetrieved.begin(), beingRetrieved.end(), id) != beingRetrieved.end())
         return {};
-    const RecordFile::Reading reading(*file);
     ERULong signature = 0;
     if (findRecord(id, signature) == -1) return {};
     const auto found = creators.find(signature);

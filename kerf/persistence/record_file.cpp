@@ -26,13 +26,14 @@ ERLong RecordFile::beginRecord(ERULong size) {
 void RecordFile::endRecord() {
     Record& record = records[--openRecords];
     Seek(record.start, CFile::begin);
-    ERFileManager::writeBytes(record.bytes.data(), record.bytes.size());
+    writeThrough(record.bytes.data(), record.bytes.size());
 }
 
 void RecordFile::abandonRecord() { --openRecords; }
 
-RecordFile::Reading::~Reading() {
-    if (--file.readers == 0) file.windowLength = 0;
+void RecordFile::SetLength(std::int64_t newLength) {
+    pages.clear();
+    ERFileManager::SetLength(newLength);
 }
 
 // Nothing but a class that reads back what it is just storing comes here with a record open.
@@ -40,7 +41,7 @@ void RecordFile::flushRecords() {
     const std::int64_t position = GetPosition();
     for (std::size_t i = 0; i < openRecords; ++i) {
         Seek(records[i].start, CFile::begin);
-        ERFileManager::writeBytes(records[i].bytes.data(), records[i].bytes.size());
+        writeThrough(records[i].bytes.data(), records[i].bytes.size());
     }
     Seek(position, CFile::begin);
 }
@@ -48,15 +49,6 @@ void RecordFile::flushRecords() {
 std::size_t RecordFile::readBytes(void* data, std::size_t count) {
     const std::int64_t position = GetPosition();
     const std::int64_t last = position + static_cast<std::int64_t>(count);
-    if (readers != 0 && count != 0) {
-        if (position >= windowStart &&
-            last <= windowStart + static_cast<std::int64_t>(windowLength)) {
-            std::memcpy(data, window.data() + (position - windowStart), count);
-            Seek(last, CFile::begin);
-            return count;
-        }
-        if (count <= smallRead) return readThroughWindow(data, count);
-    }
     const auto overlaps = [&](Record const& record) {
         return position < record.start + static_cast<std::int64_t>(record.bytes.size()) &&
                record.start < last;
@@ -64,29 +56,46 @@ std::size_t RecordFile::readBytes(void* data, std::size_t count) {
     if (std::any_of(records.begin(), records.begin() + static_cast<std::ptrdiff_t>(openRecords),
                     overlaps))
         flushRecords();
-    return ERFileManager::readBytes(data, count);
+    if (count > largestPagedRead || last > PageCache::end)
+        return ERFileManager::readBytes(data, count);
+
+    char* const target = static_cast<char*>(data);
+    std::size_t done = 0;
+    while (done < count) {
+        const std::int64_t wanted = position + static_cast<std::int64_t>(done);
+        std::size_t copied = pages.read(wanted, target + done, count - done);
+        if (copied == 0) {
+            loadPage(wanted);
+            copied = pages.read(wanted, target + done, count - done);
+            if (copied == 0) break;  // the file ends here
+        }
+        done += copied;
+    }
+    Seek(position + static_cast<std::int64_t>(done), CFile::begin);
+    return done;
 }
 
-// Fills the window from the position on and serves what was asked for from it.
-std::size_t RecordFile::readThroughWindow(void* data, std::size_t count) {
-    if (openRecords != 0) flushRecords();
-    windowLength = 0;
-    windowStart = GetPosition();
-    windowLength = ERFileManager::readBytes(window.data(), windowSize);
-    const std::size_t served = std::min(count, windowLength);
-    std::memcpy(data, window.data(), served);
-    Seek(windowStart + static_cast<std::int64_t>(served), CFile::begin);
-    return served;
+// Leaves the position where it was.
+void RecordFile::loadPage(std::int64_t position) {
+    struct PositionKeeper {
+        explicit PositionKeeper(RecordFile& moved) : file(moved), kept(moved.GetPosition()) {}
+        ~PositionKeeper() { file.Seek(kept, CFile::begin); }
+        RecordFile& file;
+        std::int64_t kept;
+    } const keeper(*this);
+    const std::int64_t start = PageCache::pageStart(position);
+    Seek(start, CFile::begin);
+    pages.load(start, [this](char* bytes) {
+        return ERFileManager::readBytes(bytes, PageCache::pageSize);
+    });
 }
 
 void RecordFile::writeBytes(const void* data, std::size_t count) {
-    windowLength = 0;
-    if (openRecords == 0 || count == 0) return ERFileManager::writeBytes(data, count);
+    if (openRecords == 0 || count == 0) return writeThrough(data, count);
     Record& record = records[openRecords - 1];
     const std::int64_t position = GetPosition();
     const std::int64_t recordEnd = record.start + static_cast<std::int64_t>(record.size);
-    if (position < record.start || position >= recordEnd)
-        return ERFileManager::writeBytes(data, count);
+    if (position < record.start || position >= recordEnd) return writeThrough(data, count);
 
     const std::size_t offset = static_cast<std::size_t>(position - record.start);
     const std::size_t held = std::min(count, record.size - offset);
@@ -99,8 +108,19 @@ void RecordFile::writeBytes(const void* data, std::size_t count) {
     }
     Seek(position + static_cast<std::int64_t>(held), CFile::begin);
     // A class that writes more than its binaryStoreSize reaches past its block, as in any file.
-    if (held < count)
-        ERFileManager::writeBytes(static_cast<char const*>(data) + held, count - held);
+    if (held < count) writeThrough(static_cast<char const*>(data) + held, count - held);
+}
+
+// A write that fails may have changed part of the range.
+void RecordFile::writeThrough(const void* data, std::size_t count) {
+    const std::int64_t position = GetPosition();
+    try {
+        ERFileManager::writeBytes(data, count);
+    } catch (...) {
+        pages.forget(position, count);
+        throw;
+    }
+    pages.written(position, data, count);
 }
 
 }  // namespace kerf

@@ -1,16 +1,16 @@
 #pragma once
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
 
 #include "kerf/persistence/file_manager.h"
+#include "kerf/persistence/page_cache.h"
 
 namespace kerf {
 
 /// The file of a database: what is written into an open record is assembled in memory and goes out
-/// in one write, and small reads during a retrieval are served from a window read ahead. Readers
-/// and writers of records see a plain ERFile; other transfers pass straight through.
+/// in one write, and reads come from pages kept in memory where they can. Every other write passes
+/// straight through. Readers and writers of records see a plain ERFile.
 class RecordFile : public ERFileManager {
 public:
     RecordFile(char const* name, int readOnlyMode);
@@ -25,17 +25,7 @@ public:
     /// Closes the innermost open record and forgets what was written into it.
     void abandonRecord();
 
-    /// While one of these lives, small reads are read ahead.
-    class Reading {
-    public:
-        explicit Reading(RecordFile& source) : file(source) { ++file.readers; }
-        ~Reading();
-        Reading(Reading const&) = delete;
-        Reading& operator=(Reading const&) = delete;
-
-    private:
-        RecordFile& file;
-    };
+    void SetLength(std::int64_t newLength) override;
 
 protected:
     std::size_t readBytes(void* data, std::size_t count) override;
@@ -49,17 +39,14 @@ private:
     };
 
     void flushRecords();
-    std::size_t readThroughWindow(void* data, std::size_t count);
+    void loadPage(std::int64_t position);
+    void writeThrough(const void* data, std::size_t count);
 
-    static constexpr std::size_t windowSize = 256;
-    static constexpr std::size_t smallRead = 128;
+    static constexpr std::size_t largestPagedRead = 2 * PageCache::pageSize;
 
     std::vector<Record> records;  ///< open ones first, innermost last; behind them spare buffers
     std::size_t openRecords = 0;
-    unsigned int readers = 0;
-    std::array<char, windowSize> window{};
-    std::int64_t windowStart = 0;
-    std::size_t windowLength = 0;
+    PageCache pages;
 };
 
 }  // namespace kerf

@@ -118,7 +118,7 @@ public:
     std::int64_t GetLength() const;
     /// Cuts the file, or lengthens it with zeros. The position moves back to the end if it lay
     /// behind it.
-    void SetLength(std::int64_t newLength);
+    virtual void SetLength(std::int64_t newLength);
 
     void LockRange(std::int64_t offset, std::int64_t count);
     void UnlockRange(std::int64_t offset, std::int64_t count);

@@ -1,0 +1,60 @@
+#pragma once
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+#include "kerf/platform/config.h"
+
+namespace kerf {
+
+/// From locations in a file to numbers that the user of the index gives. The same location may
+/// stand for several numbers, and several times for one.
+class LocationIndex {
+public:
+    using Number = std::uint32_t;
+    static constexpr Number none = ~Number{0};
+
+    void clear();
+    void insert(ERLong location, Number number);
+    void erase(ERLong location, Number number);  ///< one of the equal ones
+
+    /// The number that came last of those under the location; none when there is none.
+    Number find(ERLong location) const {
+        if (buckets.empty()) return none;
+        LinkNumber i = buckets[bucketOf(location)];
+        while (i != none && links[i].location != location) i = links[i].next;
+        return i == none ? none : links[i].number;
+    }
+
+    /// Calls visit(number) for each that is listed under the location.
+    template <class Visit>
+    void forEach(ERLong location, Visit visit) const {
+        if (buckets.empty()) return;
+        for (LinkNumber i = buckets[bucketOf(location)]; i != none; i = links[i].next)
+            if (links[i].location == location) visit(links[i].number);
+    }
+
+private:
+    using LinkNumber = std::uint32_t;
+
+    struct Link {
+        ERLong location;
+        Number number;
+        LinkNumber next;  // of the bucket, or of the unused links
+    };
+
+    // Multiplicative hashing (Knuth, The Art of Computer Programming, 6.4): the upper bits.
+    std::size_t bucketOf(ERLong location) const {
+        return (static_cast<std::uint32_t>(location) * 0x9E3779B1u) >> shift;
+    }
+    void grow();
+
+    // A link goes in at the front of its bucket: equal locations, of which a damaged file may have
+    // any number, cost an insertion nothing.
+    std::vector<LinkNumber> buckets;  // none, or a power of two, at least one for each link
+    std::vector<Link> links;
+    LinkNumber unused = none;
+    int shift = 0;
+};
+
+}  // namespace kerf
