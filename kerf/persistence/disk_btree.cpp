@@ -137,6 +137,7 @@ void ERBTreeOnDisk::storeInfo() {
 // The change of the root is what makes a grown, shrunk or emptied tree count. `block` has the bytes
 // of the new root, or is null for none.
 void ERBTreeOnDisk::setRoot(ERLong location, const char* block) {
+    forgetWay();
     const ERLong former = info.root;
     info.root = location;
     try {
@@ -194,6 +195,7 @@ unsigned int ERBTreeOnDisk::cacheCount(unsigned int slots) {
 }
 
 ERBTreeOnDisk::Compare ERBTreeOnDisk::setComparison(Compare comparison) {
+    forgetWay();
     return std::exchange(compare, comparison);
 }
 
@@ -278,6 +280,7 @@ bool ERBTreeOnDisk::copyNode(ERLong location, const ERDiskTreeNode& target) {
 }
 
 void ERBTreeOnDisk::writeNode(ERLong location, const ERDiskTreeNode& source) {
+    forgetWay();
     if (location == rootHeld) rootHeld = -1;
     if (cacheHoldsNodes()) {
         cache->write(location, source.block);
@@ -297,6 +300,7 @@ ERLong ERBTreeOnDisk::allocateNode(const ERDiskTreeNode& source) {
 }
 
 void ERBTreeOnDisk::releaseNode(ERLong location) {
+    forgetWay();
     cache->invalidate(location);
     file->deallocate(location);
 }
@@ -312,8 +316,7 @@ ERDiskTreeNode ERBTreeOnDisk::findNode(const char* key, ERLong& location, int& p
         const ERDiskTreeNode here = nodeAt(location);
         if (here.block == nullptr) break;
         position = here.binarySearch(key, compare);
-        if (position < here.counter() && compare(here.keys(position), key, info.keyLength) == 0)
-            return here;
+        if (position < here.counter() && compareKeys(here.keys(position), key) == 0) return here;
         location = here.sons(position);
     }
     return node(nullptr);
@@ -330,6 +333,14 @@ int ERBTreeOnDisk::contains(const char* key) {
     ERLong location;
     int position;
     return findNode(key, location, position).block != nullptr;
+}
+
+int ERBTreeOnDisk::containsBeforeInsertion(const char* key) {
+    if (!usable) return 0;
+    prepareBlocks();
+    const Descent result = descend(key);
+    if (result == Descent::absent && ignoreNulls()) absentKey.assign(key, key + info.keyLength);
+    return result == Descent::found;
 }
 
 int ERBTreeOnDisk::findKey(const char* key, ERCString& found) {
@@ -465,14 +476,13 @@ ERBTreeOnDisk::Range ERBTreeOnDisk::ownKeys(const ERDiskTreeNode& here, const ch
     const int count = here.counter();
     Range own{0, count};
     if (count == 0) return own;
-    if (upper != nullptr && compare(here.keys(count - 1), upper, info.keyLength) >= 0) {
+    if (upper != nullptr && compareKeys(here.keys(count - 1), upper) >= 0) {
         const int position = here.binarySearch(upper, compare);
-        const bool movedUp = compare(here.keys(position), upper, info.keyLength) == 0;
+        const bool movedUp = compareKeys(here.keys(position), upper) == 0;
         const bool wasSplit = count == capacity() && 2 * position == count;
         if (movedUp || wasSplit) own.last = position;
     }
-    if (lower != nullptr && own.last > 0 && compare(here.keys(0), lower, info.keyLength) == 0)
-        own.first = 1;
+    if (lower != nullptr && own.last > 0 && compareKeys(here.keys(0), lower) == 0) own.first = 1;
     return own;
 }
 
@@ -489,6 +499,9 @@ const char* ERBTreeOnDisk::bound(int number) const {
 // Fills in the path from the root to the node of the key, or to the leaf where it belongs. Nodes in
 // which a failed change has left keys of others are put in order on the way.
 ERBTreeOnDisk::Descent ERBTreeOnDisk::descend(const char* key) {
+    if (!absentKey.empty() && std::memcmp(absentKey.data(), key, absentKey.size()) == 0)
+        return Descent::absent;
+    forgetWay();
     depth = 0;
     return descendFrom(info.root, -1, -1, key, true);
 }
@@ -510,8 +523,7 @@ ERBTreeOnDisk::Descent ERBTreeOnDisk::descendFrom(ERLong location, int lower, in
         const int position = here.binarySearch(key, compare);
         Step& step = path[static_cast<std::size_t>(depth++)];
         step = {location, position, lower, upper};
-        if (stopAtKey && position < here.counter() &&
-            compare(here.keys(position), key, info.keyLength) == 0)
+        if (stopAtKey && position < here.counter() && compareKeys(here.keys(position), key) == 0)
             return Descent::found;
         enterSon(here, step, location, lower, upper);
     }
@@ -524,8 +536,11 @@ void ERBTreeOnDisk::enterSon(const ERDiskTreeNode& parent, const Step& step, ERL
     const std::size_t needed = static_cast<std::size_t>(2 * depth) * info.keyLength;
     if (bounds.size() < needed) bounds.resize(needed);
     const auto keep = [&](int number, const char* key) {
-        std::memcpy(bounds.data() + static_cast<std::size_t>(number) * info.keyLength, key,
-                    info.keyLength);
+        char* const target = bounds.data() + static_cast<std::size_t>(number) * info.keyLength;
+        if (info.keyLength == sizeof(ERULong))
+            std::memcpy(target, key, sizeof(ERULong));
+        else
+            std::memcpy(target, key, info.keyLength);
         return number;
     };
     const int position = step.position;

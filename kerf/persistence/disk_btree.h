@@ -1,9 +1,12 @@
 #pragma once
 #include <array>
+#include <cstddef>
+#include <cstring>
 #include <memory>
 #include <vector>
 
 #include "kerf/persistence/node_cache.h"
+#include "kerf/platform/byte_order.h"
 #include "kerf/platform/config.h"
 
 namespace kerf {
@@ -35,6 +38,9 @@ public:
 
 private:
     friend class ERBTreeOnDisk;
+
+    static constexpr std::size_t wordSize = sizeof(ERLong);
+    static constexpr int firstSonWord = 1;
 
     ERLong word(int i) const;
     void setWord(int i, ERLong value);
@@ -103,6 +109,10 @@ public:
     int findKey(const char* key, ERCString& found);
     int findKeyAndValue(const char* key, ERCString& found, ERLong& value);
     int contains(const char* key);
+    /// As contains; when the key is not there, and nothing changes meanwhile, an insertion of it
+    /// goes on from where this has come to. Where a failed change has left keys in two nodes, those
+    /// on the way are put in order.
+    int containsBeforeInsertion(const char* key);
     int find(const char* key) { return contains(key); }
     unsigned int occurrencesOf(const char* key) { return contains(key) ? 1 : 0; }
 
@@ -176,6 +186,8 @@ private:
     };
 
     static int compareBytes(const char* a, const char* b, unsigned int length);
+    static ERULong orderOfBytes(const char* key);
+    int compareKeys(const char* a, const char* b) const;
 
     // Info record
     bool readInfo();
@@ -206,6 +218,7 @@ private:
     // Ways through the tree
     ERDiskTreeNode findNode(const char* key, ERLong& location, int& position);
     Descent descend(const char* key);
+    void forgetWay() { absentKey.clear(); }
     Descent descendFrom(ERLong location, int lower, int upper, const char* key, bool stopAtKey);
     void enterSon(const ERDiskTreeNode& parent, const Step& step, ERLong& location, int& lower,
                   int& upper);
@@ -268,6 +281,7 @@ private:
     std::array<Step, maxDepth> path;
     int depth = 0;
     std::vector<char> bounds;
+    std::vector<char> absentKey;  // the key that the way leads to, while nothing has changed since
 
     // Of an insertion that splits: the nodes made, and those that will have to shrink.
     struct ShrunkNode {
@@ -277,5 +291,47 @@ private:
     std::vector<ERLong> newNodes;
     std::vector<ShrunkNode> shrunkNodes;
 };
+
+// --- What every step of a search calls
+
+inline ERLong ERDiskTreeNode::word(int i) const {
+    ERLong value;
+    std::memcpy(&value, block + static_cast<std::size_t>(i) * wordSize, wordSize);
+    swapToLittleEndian(&value, 1);
+    return value;
+}
+
+inline bool ERDiskTreeNode::hasSoundCounter() const {
+    return word(0) >= 0 && word(0) <= tree->capacity();
+}
+
+inline int ERDiskTreeNode::counter() const { return hasSoundCounter() ? word(0) : 0; }
+
+inline ERLong ERDiskTreeNode::sons(int i) const { return word(firstSonWord + i); }
+
+inline ERLong ERDiskTreeNode::items(int i) const {
+    return word(firstSonWord + tree->capacity() + 1 + i);
+}
+
+inline char* ERDiskTreeNode::keys(int i) const {
+    const std::size_t words = static_cast<std::size_t>(2 * tree->capacity() + 2);
+    return block + words * wordSize + static_cast<std::size_t>(i) * tree->info.keyLength;
+}
+
+// The order of four bytes as memcmp sees it.
+inline ERULong ERBTreeOnDisk::orderOfBytes(const char* key) {
+    const auto byte = [key](int i) {
+        return static_cast<ERULong>(static_cast<unsigned char>(key[i]));
+    };
+    return byte(0) << 24 | byte(1) << 16 | byte(2) << 8 | byte(3);
+}
+
+inline int ERBTreeOnDisk::compareKeys(const char* a, const char* b) const {
+    if (info.keyLength != sizeof(ERULong) || compare != compareBytes)
+        return compare(a, b, info.keyLength);
+    const ERULong first = orderOfBytes(a);
+    const ERULong second = orderOfBytes(b);
+    return first < second ? -1 : first > second;
+}
 
 }  // namespace kerf

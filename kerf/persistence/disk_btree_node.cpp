@@ -1,8 +1,6 @@
-#include <cstdint>
 #include <cstring>
 
 #include "kerf/persistence/disk_btree.h"
-#include "kerf/platform/byte_order.h"
 
 namespace kerf {
 
@@ -14,50 +12,15 @@ namespace kerf {
 //    8 * order + 8         4 * 2 * order  items    the value of each key
 //   16 * order + 8 keyLength * 2 * order  keys     ascending
 
-namespace {
-
-constexpr std::size_t wordSize = sizeof(ERLong);
-constexpr int firstSonWord = 1;
-
-// The order of four bytes as memcmp sees it.
-std::uint32_t orderOfBytes(const char* key) {
-    const auto byte = [key](int i) {
-        return static_cast<std::uint32_t>(static_cast<unsigned char>(key[i]));
-    };
-    return byte(0) << 24 | byte(1) << 16 | byte(2) << 8 | byte(3);
-}
-
-}  // namespace
-
-ERLong ERDiskTreeNode::word(int i) const {
-    ERLong value;
-    std::memcpy(&value, block + static_cast<std::size_t>(i) * wordSize, wordSize);
-    swapToLittleEndian(&value, 1);
-    return value;
-}
-
 void ERDiskTreeNode::setWord(int i, ERLong value) {
     swapToLittleEndian(&value, 1);
     std::memcpy(block + static_cast<std::size_t>(i) * wordSize, &value, wordSize);
 }
 
-bool ERDiskTreeNode::hasSoundCounter() const { return word(0) >= 0 && word(0) <= tree->capacity(); }
-
-int ERDiskTreeNode::counter() const { return hasSoundCounter() ? word(0) : 0; }
-
-ERLong ERDiskTreeNode::sons(int i) const { return word(firstSonWord + i); }
-
 void ERDiskTreeNode::setSon(int i, ERLong location) { setWord(firstSonWord + i, location); }
-
-ERLong ERDiskTreeNode::items(int i) const { return word(firstSonWord + tree->capacity() + 1 + i); }
 
 void ERDiskTreeNode::setItem(int i, ERLong value) {
     setWord(firstSonWord + tree->capacity() + 1 + i, value);
-}
-
-char* ERDiskTreeNode::keys(int i) const {
-    const std::size_t words = static_cast<std::size_t>(2 * tree->capacity() + 2);
-    return block + words * wordSize + static_cast<std::size_t>(i) * tree->info.keyLength;
 }
 
 void ERDiskTreeNode::setKey(int i, const char* key, ERLong value) {
@@ -73,7 +36,7 @@ void ERDiskTreeNode::initialize() {
 int ERDiskTreeNode::binarySearch(const char* key, Compare compare) const {
     const unsigned int length = tree->info.keyLength;
     const int count = counter();
-    if (length == sizeof(std::uint32_t) && compare == ERBTreeOnDisk::compareBytes)
+    if (length == sizeof(ERULong) && compare == ERBTreeOnDisk::compareBytes)
         return searchFourBytes(key, count);
     if (count == 0 || compare(keys(0), key, length) >= 0) return 0;
     if (compare(keys(count - 1), key, length) < 0) return count;
@@ -88,12 +51,12 @@ int ERDiskTreeNode::binarySearch(const char* key, Compare compare) const {
 
 // The numbers of an object tree: the same answer without a call for each key.
 int ERDiskTreeNode::searchFourBytes(const char* key, int count) const {
-    const std::uint32_t wanted = orderOfBytes(key);
+    const ERULong wanted = ERBTreeOnDisk::orderOfBytes(key);
     const char* const first = keys(0);
     int low = 0;
     for (int left = count; left > 0;) {
         const int half = left / 2;
-        if (orderOfBytes(first + 4 * (low + half)) < wanted) {
+        if (ERBTreeOnDisk::orderOfBytes(first + 4 * (low + half)) < wanted) {
             low += half + 1;
             left -= half + 1;
         } else {

@@ -37,17 +37,20 @@ int ERCacheManager::read(ERLong location, void* target) {
     return 1;
 }
 
-// From the first byte written until the last the slot holds nothing: a write that fails leaves the
-// file in a state that is not known here.
+// A write that fails leaves the file in a state that is not known here: the slot then holds nothing.
 int ERCacheManager::write(ERLong location, const void* source) {
     bool hit = false;
     const unsigned int slot = slotFor(location, hit);
     touch(slot);
-    release(slot);
-    file->SeekTo(location);
-    file->Write(static_cast<const char*>(source), blockSize_);
+    try {
+        file->SeekTo(location);
+        file->Write(static_cast<const char*>(source), blockSize_);
+    } catch (...) {
+        release(slot);
+        throw;
+    }
     std::memcpy(block(slot), source, blockSize_);
-    assign(slot, location);
+    if (!hit) assign(slot, location);
     return 1;
 }
 

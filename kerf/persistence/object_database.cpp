@@ -298,7 +298,7 @@ ERLong ERObjectDataBase::Store(ERObject& object) {
 // the header does not know of); -1 when there is none left.
 ERLong ERObjectDataBase::freeID() {
     for (ERLong id = lastObjectID; id < std::numeric_limits<ERLong>::max();)
-        if (!objectTree->contains(NumberKey(++id))) return id;
+        if (!objectTree->containsBeforeInsertion(NumberKey(++id))) return id;
     return -1;
 }
 
