@@ -16,14 +16,20 @@ void addMultiple(double* sum, double factor, const double* terms, unsigned int n
     for (unsigned int i = 0; i < n; ++i) sum[i] += factor * terms[i];
 }
 
-void multiply(ERVec<double>& values, double factor) {
-    double* const v = values.data();
-    for (unsigned int i = 0; i < values.length(); ++i) v[i] *= factor;
+// sum(i + ..., j + ...) += factor * terms(...), for a sum with room for all of them.
+void addMultiple(ERMatrix<double>& sum, unsigned int i, unsigned int j, double factor,
+                 const ERMatrix<double>& terms) {
+    double* to = sum.data() + sum.inVec(i, j);
+    for (unsigned int row = 0; row < terms.rows(); ++row)
+        addMultiple(to + row * sum.cols(), factor, terms.data() + row * terms.cols(), terms.cols());
 }
 
-void divide(ERVec<double>& values, double divisor) {
-    double* const v = values.data();
-    for (unsigned int i = 0; i < values.length(); ++i) v[i] /= divisor;
+void addMultiple(ERVec<double>& sum, double factor, const ERVec<double>& terms) {
+    addMultiple(sum.data(), factor, terms.data(), terms.length());
+}
+
+void addMultiple(ERMatrix<double>& sum, double factor, const ERMatrix<double>& terms) {
+    addMultiple(sum, 0, 0, factor, terms);
 }
 
 // Coefficient k of the derivative of that order is c[k + order] times (k + 1) ... (k + order).
@@ -42,7 +48,49 @@ double horner(const double* c, unsigned int n, double x) {
 
 }  // namespace
 
-ERPolynome::~ERPolynome() = default;
+template <class Polynomial, class Coefficients>
+Polynomial& PolynomialBase<Polynomial, Coefficients>::operator*=(double factor) {
+    for (double& c : coefficients_) c *= factor;
+    return self();
+}
+
+template <class Polynomial, class Coefficients>
+Polynomial& PolynomialBase<Polynomial, Coefficients>::operator/=(double divisor) {
+    for (double& c : coefficients_) c /= divisor;
+    return self();
+}
+
+template <class Polynomial, class Coefficients>
+Polynomial& PolynomialBase<Polynomial, Coefficients>::addMultipleOf(const Polynomial& other,
+                                                                    double factor) {
+    const Coefficients terms = other.coefficients_;
+    self().makeRoomFor(other);
+    addMultiple(coefficients_, factor, terms);
+    return self();
+}
+
+template <class Polynomial, class Coefficients>
+void PolynomialBase<Polynomial, Coefficients>::printOn(std::ostream& os) const {
+    coefficients_.printOn(os);
+}
+
+template <class Polynomial, class Coefficients>
+ERULong PolynomialBase<Polynomial, Coefficients>::binaryStoreSize() const {
+    return coefficients_.binaryStoreSize();
+}
+
+template <class Polynomial, class Coefficients>
+void PolynomialBase<Polynomial, Coefficients>::saveGuts(ERFile& file) const {
+    coefficients_.saveGuts(file);
+}
+
+template <class Polynomial, class Coefficients>
+void PolynomialBase<Polynomial, Coefficients>::restoreGuts(ERFile& file) {
+    coefficients_.restoreGuts(file);
+}
+
+template class KERF_DEFINED_INSTANCE PolynomialBase<ERPolynome, ERVec<double>>;
+template class KERF_DEFINED_INSTANCE PolynomialBase<ERPolynome2Var, ERMatrix<double>>;
 
 void ERPolynome::adjustDegree(unsigned int degree) { coefficients_.resize(degree + 1); }
 
@@ -68,28 +116,9 @@ ERPolynome ERPolynome::operator()(const ERPolynome& inner) const {
     return result;
 }
 
-ERPolynome& ERPolynome::operator*=(double factor) {
-    multiply(coefficients_, factor);
-    return *this;
-}
-
-ERPolynome& ERPolynome::operator/=(double divisor) {
-    divide(coefficients_, divisor);
-    return *this;
-}
-
-ERPolynome& ERPolynome::operator+=(const ERPolynome& other) {
-    const ERVec<double> terms = other.coefficients_;
-    if (terms.length() > coefficients_.length()) coefficients_.resize(terms.length());
-    addMultiple(coefficients_.data(), 1.0, terms.data(), terms.length());
-    return *this;
-}
-
-ERPolynome& ERPolynome::operator-=(const ERPolynome& other) {
-    const ERVec<double> terms = other.coefficients_;
-    if (terms.length() > coefficients_.length()) coefficients_.resize(terms.length());
-    addMultiple(coefficients_.data(), -1.0, terms.data(), terms.length());
-    return *this;
+void ERPolynome::makeRoomFor(const ERPolynome& other) {
+    const unsigned int n = other.coefficients_.length();
+    if (n > coefficients_.length()) coefficients_.resize(n);
 }
 
 ERPolynome& ERPolynome::operator*=(const ERPolynome& other) {
@@ -113,20 +142,6 @@ ERPolynome ERPolynome::getDerived(unsigned int order) const {
     return result;
 }
 
-void ERPolynome::printOn(std::ostream& os) const { coefficients_.printOn(os); }
-
-ERULong ERPolynome::binaryStoreSize() const { return coefficients_.binaryStoreSize(); }
-
-void ERPolynome::saveGuts(ERFile& file) const { coefficients_.saveGuts(file); }
-
-void ERPolynome::restoreGuts(ERFile& file) { coefficients_.restoreGuts(file); }
-
-ERPolynome operator/(const ERPolynome& p, double divisor) {
-    ERPolynome result(p);
-    result /= divisor;
-    return result;
-}
-
 ERTValVector<ERPolynome> getAllDerivate(const ERPolynome& p) {
     ERTValVector<ERPolynome> derivatives(p.degree() + 1);
     derivatives[0] = p;
@@ -134,8 +149,6 @@ ERTValVector<ERPolynome> getAllDerivate(const ERPolynome& p) {
         derivatives[k] = derivatives[k - 1].getDerived(1);
     return derivatives;
 }
-
-ERPolynome2Var::~ERPolynome2Var() = default;
 
 void ERPolynome2Var::adjustDegree(unsigned int degreeU, unsigned int degreeV) {
     if (coefficients_.length() > 0 && degreeU == this->degreeU() && degreeV == this->degreeV())
@@ -198,40 +211,8 @@ ERPolynome ERPolynome2Var::operator()(const ERPolynome& u, const ERPolynome& v) 
     return result;
 }
 
-ERPolynome2Var& ERPolynome2Var::operator*=(double factor) {
-    multiply(coefficients_, factor);
-    return *this;
-}
-
-ERPolynome2Var& ERPolynome2Var::operator/=(double divisor) {
-    divide(coefficients_, divisor);
-    return *this;
-}
-
-namespace {
-
-// sum(i + ..., j + ...) += factor * terms(...), for a sum with room for all of them.
-void addMultiple(ERMatrix<double>& sum, unsigned int i, unsigned int j, double factor,
-                 const ERMatrix<double>& terms) {
-    double* to = sum.data() + sum.inVec(i, j);
-    for (unsigned int row = 0; row < terms.rows(); ++row)
-        addMultiple(to + row * sum.cols(), factor, terms.data() + row * terms.cols(), terms.cols());
-}
-
-}  // namespace
-
-ERPolynome2Var& ERPolynome2Var::operator+=(const ERPolynome2Var& other) {
-    const ERMatrix<double> terms = other.coefficients_;
+void ERPolynome2Var::makeRoomFor(const ERPolynome2Var& other) {
     adjustDegree(std::max(degreeU(), other.degreeU()), std::max(degreeV(), other.degreeV()));
-    addMultiple(coefficients_, 0, 0, 1.0, terms);
-    return *this;
-}
-
-ERPolynome2Var& ERPolynome2Var::operator-=(const ERPolynome2Var& other) {
-    const ERMatrix<double> terms = other.coefficients_;
-    adjustDegree(std::max(degreeU(), other.degreeU()), std::max(degreeV(), other.degreeV()));
-    addMultiple(coefficients_, 0, 0, -1.0, terms);
-    return *this;
 }
 
 ERPolynome2Var& ERPolynome2Var::operator*=(const ERPolynome2Var& other) {
@@ -255,20 +236,6 @@ ERPolynome2Var ERPolynome2Var::getDerived(unsigned int orderU, unsigned int orde
     return result;
 }
 
-void ERPolynome2Var::printOn(std::ostream& os) const { coefficients_.printOn(os); }
-
-ERULong ERPolynome2Var::binaryStoreSize() const { return coefficients_.binaryStoreSize(); }
-
-void ERPolynome2Var::saveGuts(ERFile& file) const { coefficients_.saveGuts(file); }
-
-void ERPolynome2Var::restoreGuts(ERFile& file) { coefficients_.restoreGuts(file); }
-
-ERPolynome2Var operator/(const ERPolynome2Var& p, double divisor) {
-    ERPolynome2Var result(p);
-    result /= divisor;
-    return result;
-}
-
 ERTValVector<ERPolynome2Var> getAllDerivate(const ERPolynome2Var& p) {
     const unsigned int perRow = p.degreeV() + 1;
     ERTValVector<ERPolynome2Var> derivatives((p.degreeU() + 1) * perRow);
@@ -277,36 +244,6 @@ ERTValVector<ERPolynome2Var> getAllDerivate(const ERPolynome2Var& p) {
         derivatives[k] = k % perRow == 0 ? derivatives[k - perRow].getDerived(1, 0)
                                          : derivatives[k - 1].getDerived(0, 1);
     return derivatives;
-}
-
-std::ostream& operator<<(std::ostream& os, const ERPolynome& p) {
-    p.printOn(os);
-    return os;
-}
-
-std::ostream& operator<<(std::ostream& os, const ERPolynome2Var& p) {
-    p.printOn(os);
-    return os;
-}
-
-ERFile& operator<<(ERFile& file, const ERPolynome& p) {
-    p.saveGuts(file);
-    return file;
-}
-
-ERFile& operator>>(ERFile& file, ERPolynome& p) {
-    p.restoreGuts(file);
-    return file;
-}
-
-ERFile& operator<<(ERFile& file, const ERPolynome2Var& p) {
-    p.saveGuts(file);
-    return file;
-}
-
-ERFile& operator>>(ERFile& file, ERPolynome2Var& p) {
-    p.restoreGuts(file);
-    return file;
 }
 
 }  // namespace kerf

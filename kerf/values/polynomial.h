@@ -14,6 +14,66 @@ namespace kerf {
 enum polyConstruct { polyDegree };  ///< a polynomial of given degree, all coefficients 0
 enum polyValue { polyConstant };    ///< a polynomial of degree 0 with a given value
 
+/// What polynomials have in common whatever the number of their variables: the operations on all
+/// coefficients, and the text and stored form, which are those of the container of the coefficients.
+template <class Polynomial, class Coefficients>
+class PolynomialBase {
+public:
+    virtual ~PolynomialBase() = default;
+
+    const Coefficients& coefficients() const { return coefficients_; }
+
+    Polynomial& operator*=(double factor);
+    Polynomial& operator/=(double divisor);
+    Polynomial& operator+=(const Polynomial& other) { return addMultipleOf(other, 1.0); }
+    Polynomial& operator-=(const Polynomial& other) { return addMultipleOf(other, -1.0); }
+    friend Polynomial operator/(const Polynomial& p, double divisor) {
+        Polynomial quotient(p);
+        quotient /= divisor;
+        return quotient;
+    }
+
+    /// As many coefficients and equal ones, exactly: one more, null coefficient makes a difference.
+    friend bool operator==(const Polynomial& a, const Polynomial& b) {
+        return a.coefficients_ == b.coefficients_;
+    }
+
+    virtual void printOn(std::ostream& os) const;
+    virtual ERULong binaryStoreSize() const;
+    virtual void saveGuts(ERFile& file) const;
+    virtual void restoreGuts(ERFile& file);
+
+    friend std::ostream& operator<<(std::ostream& os, const Polynomial& p) {
+        p.printOn(os);
+        return os;
+    }
+    friend ERFile& operator<<(ERFile& file, const Polynomial& p) {
+        p.saveGuts(file);
+        return file;
+    }
+    friend ERFile& operator>>(ERFile& file, Polynomial& p) {
+        p.restoreGuts(file);
+        return file;
+    }
+
+protected:
+    PolynomialBase() = default;
+    explicit PolynomialBase(const Coefficients& coefficients) : coefficients_(coefficients) {}
+    PolynomialBase(const PolynomialBase&) = default;
+    PolynomialBase& operator=(const PolynomialBase&) = default;
+
+    Coefficients coefficients_;
+
+private:
+    Polynomial& self() { return static_cast<Polynomial&>(*this); }
+    Polynomial& addMultipleOf(const Polynomial& other, double factor);
+};
+
+class ERPolynome;
+class ERPolynome2Var;
+extern template class KERF_DECLARED_INSTANCE PolynomialBase<ERPolynome, ERVec<double>>;
+extern template class KERF_DECLARED_INSTANCE PolynomialBase<ERPolynome2Var, ERMatrix<double>>;
+
 /// A polynomial p(x) = c[0] + c[1] x + ... in one variable.
 ///
 /// Degree:  that of the last coefficient stored, null or not; only reduce() drops any, so a sum
@@ -21,16 +81,15 @@ enum polyValue { polyConstant };    ///< a polynomial of degree 0 with a given v
 ///          polynomial is 0 and its degree 0.
 /// Checks:  the index of a coefficient is the caller's duty.
 /// Sharing, failure, threads: as for ERVec; a copy costs one increment.
-class KERF_EXPORT ERPolynome {
+class KERF_EXPORT ERPolynome : public PolynomialBase<ERPolynome, ERVec<double>> {
 public:
     ERPolynome() = default;  ///< no coefficient
-    ERPolynome(enum polyConstruct, unsigned int degree) : coefficients_(degree + 1) {}
-    ERPolynome(enum polyValue, double value) : coefficients_(1, value) {}
-    ERPolynome(const double* coefficients, unsigned int n) : coefficients_(coefficients, n) {}
-    explicit ERPolynome(const ERVec<double>& coefficients) : coefficients_(coefficients) {}
-    ERPolynome(const ERPolynome&) = default;
-    ERPolynome& operator=(const ERPolynome&) = default;
-    virtual ~ERPolynome();
+    ERPolynome(enum polyConstruct, unsigned int degree)
+        : PolynomialBase(ERVec<double>(degree + 1)) {}
+    ERPolynome(enum polyValue, double value) : PolynomialBase(ERVec<double>(1, value)) {}
+    ERPolynome(const double* coefficients, unsigned int n)
+        : PolynomialBase(ERVec<double>(coefficients, n)) {}
+    explicit ERPolynome(const ERVec<double>& coefficients) : PolynomialBase(coefficients) {}
 
     unsigned int degree() const {
         const unsigned int n = coefficients_.length();
@@ -46,55 +105,36 @@ public:
     double& operator()(unsigned int power) { return coefficients_[power]; }
     double operator[](unsigned int power) const { return coefficients_[power]; }
     double& operator[](unsigned int power) { return coefficients_[power]; }
-    const ERVec<double>& coefficients() const { return coefficients_; }
 
     /// The composition x -> p(inner(x)), with the product of both degrees.
     ERPolynome operator()(const ERPolynome& inner) const;
 
-    ERPolynome& operator*=(double factor);
-    ERPolynome& operator/=(double divisor);
-    ERPolynome& operator+=(const ERPolynome& other);
-    ERPolynome& operator-=(const ERPolynome& other);
+    using PolynomialBase::operator*=;
     ERPolynome& operator*=(const ERPolynome& other);
 
     /// The derivative of that order; beyond the degree it is the constant 0.
     ERPolynome getDerived(unsigned int order) const;
 
-    /// As many coefficients and equal ones, exactly: one more, null coefficient makes a difference.
-    friend bool operator==(const ERPolynome& a, const ERPolynome& b) {
-        return a.coefficients_ == b.coefficients_;
-    }
-
-    /// The coefficients, printed and stored as an ERVec.
-    virtual void printOn(std::ostream& os) const;
-    virtual ERULong binaryStoreSize() const;
-    virtual void saveGuts(ERFile& file) const;
-    virtual void restoreGuts(ERFile& file);
-
 private:
-    ERVec<double> coefficients_;
+    friend class PolynomialBase<ERPolynome, ERVec<double>>;
+    void makeRoomFor(const ERPolynome& other);
 };
-
-KERF_EXPORT ERPolynome operator/(const ERPolynome& p, double divisor);
 
 /// degree() + 1 entries: the polynomial itself, then each derivative in order.
 KERF_EXPORT ERTValVector<ERPolynome> getAllDerivate(const ERPolynome& p);
 
 /// A polynomial in two variables, the sum of c(i, j) u^i v^j: the tensor-product form of
 /// ERPolynome, to which all that is said there applies in each variable.
-class KERF_EXPORT ERPolynome2Var {
+class KERF_EXPORT ERPolynome2Var : public PolynomialBase<ERPolynome2Var, ERMatrix<double>> {
 public:
     ERPolynome2Var() = default;  ///< no coefficient
     ERPolynome2Var(enum polyConstruct, unsigned int degreeU, unsigned int degreeV)
-        : coefficients_(degreeU + 1, degreeV + 1) {}
-    ERPolynome2Var(enum polyValue, double value) : coefficients_(1, 1, value) {}
+        : PolynomialBase(ERMatrix<double>(degreeU + 1, degreeV + 1)) {}
+    ERPolynome2Var(enum polyValue, double value) : PolynomialBase(ERMatrix<double>(1, 1, value)) {}
     /// Row i holds the coefficients of u^i, in ascending powers of v.
     ERPolynome2Var(const double* coefficients, unsigned int rows, unsigned int cols)
-        : coefficients_(coefficients, rows, cols) {}
-    explicit ERPolynome2Var(const ERMatrix<double>& coefficients) : coefficients_(coefficients) {}
-    ERPolynome2Var(const ERPolynome2Var&) = default;
-    ERPolynome2Var& operator=(const ERPolynome2Var&) = default;
-    virtual ~ERPolynome2Var();
+        : PolynomialBase(ERMatrix<double>(coefficients, rows, cols)) {}
+    explicit ERPolynome2Var(const ERMatrix<double>& coefficients) : PolynomialBase(coefficients) {}
 
     unsigned int degreeU() const { return coefficients_.rows() > 0 ? coefficients_.rows() - 1 : 0; }
     unsigned int degreeV() const { return coefficients_.cols() > 0 ? coefficients_.cols() - 1 : 0; }
@@ -109,46 +149,24 @@ public:
     /// The coefficients of u^i, as a view.
     const ERSlice<double> operator[](unsigned int i) const { return coefficients_[i]; }
     ERSlice<double> operator[](unsigned int i) { return coefficients_[i]; }
-    const ERMatrix<double>& coefficients() const { return coefficients_; }
 
     /// The composition t -> p(u(t), v(t)), of degree degreeU() u.degree() + degreeV() v.degree().
     ERPolynome operator()(const ERPolynome& u, const ERPolynome& v) const;
 
-    ERPolynome2Var& operator*=(double factor);
-    ERPolynome2Var& operator/=(double divisor);
-    ERPolynome2Var& operator+=(const ERPolynome2Var& other);
-    ERPolynome2Var& operator-=(const ERPolynome2Var& other);
+    using PolynomialBase::operator*=;
     ERPolynome2Var& operator*=(const ERPolynome2Var& other);
 
     /// The derivative of order orderU by u and orderV by v.
     ERPolynome2Var getDerived(unsigned int orderU, unsigned int orderV) const;
 
-    friend bool operator==(const ERPolynome2Var& a, const ERPolynome2Var& b) {
-        return a.coefficients_ == b.coefficients_;
-    }
-
-    /// The coefficients, printed and stored as an ERMatrix.
-    virtual void printOn(std::ostream& os) const;
-    virtual ERULong binaryStoreSize() const;
-    virtual void saveGuts(ERFile& file) const;
-    virtual void restoreGuts(ERFile& file);
-
 private:
-    ERMatrix<double> coefficients_;
+    friend class PolynomialBase<ERPolynome2Var, ERMatrix<double>>;
+    void makeRoomFor(const ERPolynome2Var& other);
 };
-
-KERF_EXPORT ERPolynome2Var operator/(const ERPolynome2Var& p, double divisor);
 
 /// (degreeU() + 1) (degreeV() + 1) entries: the derivative of orders i and j is entry
 /// i (degreeV() + 1) + j.
 KERF_EXPORT ERTValVector<ERPolynome2Var> getAllDerivate(const ERPolynome2Var& p);
-
-KERF_EXPORT std::ostream& operator<<(std::ostream& os, const ERPolynome& p);
-KERF_EXPORT std::ostream& operator<<(std::ostream& os, const ERPolynome2Var& p);
-KERF_EXPORT ERFile& operator<<(ERFile& file, const ERPolynome& p);
-KERF_EXPORT ERFile& operator>>(ERFile& file, ERPolynome& p);
-KERF_EXPORT ERFile& operator<<(ERFile& file, const ERPolynome2Var& p);
-KERF_EXPORT ERFile& operator>>(ERFile& file, ERPolynome2Var& p);
 
 /// The equation p(x) = 0. Keeps both polynomials, at the cost of two increments.
 class KERF_EXPORT ERCNewtonSPolynome : public ERCNewtonS {

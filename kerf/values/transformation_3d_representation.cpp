@@ -40,11 +40,23 @@ constexpr double tolerance = 1e-11;
 
 CThreadLocal<ERTr3DRevRep_ThreadLocalData> threadIdentity;
 
-// The loops over arrays. The map is a value with its coefficients inside, so that they stay in
-// registers; it takes a point and gives its image.
+// The maps are values with their coefficients inside, so that these stay in registers over a loop.
+// Each takes a point or a vector and gives its image.
+
+// Runs of a constant length are what the compiler makes vector code of, at the lower optimisation
+// levels too.
 template <class Map>
 void mapPoints(ERPoint3D* points, unsigned int count, Map map) {
-    for (unsigned int i = 0; i < count; ++i) points[i] = map(points[i]);
+    const auto mapPoint = [&map](ERPoint3D& p) {
+        const ERPoint3D image = map(p);
+        p.x() = image.x();
+        p.y() = image.y();
+        p.z() = image.z();
+    };
+    constexpr unsigned int run = 8;
+    for (; count >= run; count -= run, points += run)
+        for (unsigned int i = 0; i < run; ++i) mapPoint(points[i]);
+    for (unsigned int i = 0; i < count; ++i) mapPoint(points[i]);
 }
 
 template <class Map>
@@ -62,6 +74,7 @@ struct Shift {
     ERPoint3D operator()(const ERPoint3D& p) const {
         return ERPoint3D(p.x() + t.x(), p.y() + t.y(), p.z() + t.z());
     }
+    ERVector3D operator()(const ERVector3D& v) const { return v; }
 };
 
 struct ShiftBack {
@@ -69,12 +82,16 @@ struct ShiftBack {
     ERPoint3D operator()(const ERPoint3D& p) const {
         return ERPoint3D(p.x() - t.x(), p.y() - t.y(), p.z() - t.z());
     }
+    ERVector3D operator()(const ERVector3D& v) const { return v; }
 };
 
 struct Scale {
     double k;
     ERPoint3D operator()(const ERPoint3D& p) const {
         return ERPoint3D(k * p.x(), k * p.y(), k * p.z());
+    }
+    ERVector3D operator()(const ERVector3D& v) const {
+        return ERVector3D(k * v.i(), k * v.j(), k * v.k());
     }
 };
 
@@ -83,38 +100,29 @@ struct ScaleBack {
     ERPoint3D operator()(const ERPoint3D& p) const {
         return ERPoint3D(p.x() / k, p.y() / k, p.z() / k);
     }
+    ERVector3D operator()(const ERVector3D& v) const {
+        return ERVector3D(v.i() / k, v.j() / k, v.k() / k);
+    }
 };
 
-// M p + o, and M^T (p - o) with the matrix given transposed.
-struct FromFrame {
-    LinearMap m;
-    Shift shift;
-    ERPoint3D operator()(const ERPoint3D& p) const { return shift(m(p)); }
-};
+template <class First, class... Rest>
+auto inTurn(First first, Rest... rest) {
+    if constexpr (sizeof...(rest) == 0)
+        return first;
+    else
+        return [first, then = inTurn(rest...)](const auto& value) { return then(first(value)); };
+}
 
-struct ToFrame {
-    LinearMap transposed;
-    ShiftBack shift;
-    ERPoint3D operator()(const ERPoint3D& p) const { return transposed(shift(p)); }
-};
-
-// M (k p) + t, and M^T (p - t) / k.
-struct FromSimilitude {
-    Scale scale;
-    LinearMap m;
-    Shift shift;
-    ERPoint3D operator()(const ERPoint3D& p) const { return shift(m(scale(p))); }
-};
-
-struct ToSimilitude {
-    ShiftBack shift;
-    LinearMap transposed;
-    ScaleBack scale;
-    ERPoint3D operator()(const ERPoint3D& p) const { return scale(transposed(shift(p))); }
-};
-
-ERVector3D asVector(const ERPoint3D& p) { return ERVector3D(p.x(), p.y(), p.z()); }
-ERPoint3D asPoint(const ERVector3D& v) { return ERPoint3D(v.i(), v.j(), v.k()); }
+// The operations of a class on every kind of argument, out of its two maps.
+#define DEFINE_MAPPING(Class, from, to)                                                            \
+    void Class::TransTo(ERVec<ERPole3DH>& poles) const { mapPoles(poles, to); }                    \
+    void Class::TransTo(ERPoint3D* points, unsigned int n) const { mapPoints(points, n, to); }     \
+    void Class::TransTo(ERVector3D& v) const { v = (to)(v); }                                      \
+    void Class::TransTo(ERPoint3D& p) const { p = (to)(p); }                                       \
+    void Class::TransFrom(ERVec<ERPole3DH>& poles) const { mapPoles(poles, from); }                \
+    void Class::TransFrom(ERPoint3D* points, unsigned int n) const { mapPoints(points, n, from); } \
+    void Class::TransFrom(ERVector3D& v) const { v = (from)(v); }                                  \
+    void Class::TransFrom(ERPoint3D& p) const { p = (from)(p); }
 
 bool isNull(const ERPoint3D& p) {
     return std::fabs(p.x()) <= tolerance && std::fabs(p.y()) <= tolerance &&
@@ -202,22 +210,7 @@ const ERTr3DRevRep* _ERIdentity3D::getReduced() const { return GetIdentity(); }
 
 // Translations.
 
-void _ERTranslation3D::TransTo(ERVec<ERPole3DH>& poles) const {
-    mapPoles(poles, ShiftBack{translation});
-}
-void _ERTranslation3D::TransTo(ERPoint3D* points, unsigned int n) const {
-    mapPoints(points, n, ShiftBack{translation});
-}
-void _ERTranslation3D::TransTo(ERVector3D&) const {}
-void _ERTranslation3D::TransTo(ERPoint3D& p) const { p = ShiftBack{translation}(p); }
-void _ERTranslation3D::TransFrom(ERVec<ERPole3DH>& poles) const {
-    mapPoles(poles, Shift{translation});
-}
-void _ERTranslation3D::TransFrom(ERPoint3D* points, unsigned int n) const {
-    mapPoints(points, n, Shift{translation});
-}
-void _ERTranslation3D::TransFrom(ERVector3D&) const {}
-void _ERTranslation3D::TransFrom(ERPoint3D& p) const { p = Shift{translation}(p); }
+DEFINE_MAPPING(_ERTranslation3D, Shift{translation}, ShiftBack{translation})
 
 const ERTr3DRevRep* _ERTranslation3D::getInverse() const {
     return new _ERTranslation3D(-translation);
@@ -248,20 +241,7 @@ const ERTr3DRevRep* _ERTranslation3D::getReduced() const {
 
 _ERRotation3D::_ERRotation3D() : matrix(IdentityMatrix(3)) {}
 
-void _ERRotation3D::TransTo(ERVec<ERPole3DH>& poles) const {
-    mapPoles(poles, LinearMap(matrix).transposed());
-}
-void _ERRotation3D::TransTo(ERPoint3D* points, unsigned int n) const {
-    mapPoints(points, n, LinearMap(matrix).transposed());
-}
-void _ERRotation3D::TransTo(ERVector3D& v) const { v = LinearMap(matrix).transposed()(v); }
-void _ERRotation3D::TransTo(ERPoint3D& p) const { p = LinearMap(matrix).transposed()(p); }
-void _ERRotation3D::TransFrom(ERVec<ERPole3DH>& poles) const { mapPoles(poles, LinearMap(matrix)); }
-void _ERRotation3D::TransFrom(ERPoint3D* points, unsigned int n) const {
-    mapPoints(points, n, LinearMap(matrix));
-}
-void _ERRotation3D::TransFrom(ERVector3D& v) const { v = LinearMap(matrix)(v); }
-void _ERRotation3D::TransFrom(ERPoint3D& p) const { p = LinearMap(matrix)(p); }
+DEFINE_MAPPING(_ERRotation3D, LinearMap(matrix), LinearMap(matrix).transposed())
 
 const ERTr3DRevRep* _ERRotation3D::getInverse() const {
     return new _ERRotation3D(LinearMap(matrix).transposed().asMatrix());
@@ -301,24 +281,8 @@ _ERWorkplane::_ERWorkplane(const _ERRotation3D& rotation, const _ERTranslation3D
 _ERWorkplane::_ERWorkplane(const ERAnyIsometrie3D& isometry)
     : matrix(isometry.getMatrix()), origin(isometry.getTrans()) {}
 
-void _ERWorkplane::TransTo(ERVec<ERPole3DH>& poles) const {
-    mapPoles(poles, ToFrame{LinearMap(matrix).transposed(), {origin}});
-}
-void _ERWorkplane::TransTo(ERPoint3D* points, unsigned int n) const {
-    mapPoints(points, n, ToFrame{LinearMap(matrix).transposed(), {origin}});
-}
-void _ERWorkplane::TransTo(ERVector3D& v) const { v = LinearMap(matrix).transposed()(v); }
-void _ERWorkplane::TransTo(ERPoint3D& p) const {
-    p = ToFrame{LinearMap(matrix).transposed(), {origin}}(p);
-}
-void _ERWorkplane::TransFrom(ERVec<ERPole3DH>& poles) const {
-    mapPoles(poles, FromFrame{LinearMap(matrix), {origin}});
-}
-void _ERWorkplane::TransFrom(ERPoint3D* points, unsigned int n) const {
-    mapPoints(points, n, FromFrame{LinearMap(matrix), {origin}});
-}
-void _ERWorkplane::TransFrom(ERVector3D& v) const { v = LinearMap(matrix)(v); }
-void _ERWorkplane::TransFrom(ERPoint3D& p) const { p = FromFrame{LinearMap(matrix), {origin}}(p); }
+DEFINE_MAPPING(_ERWorkplane, inTurn(LinearMap(matrix), Shift{origin}),
+               inTurn(ShiftBack{origin}, LinearMap(matrix).transposed()))
 
 const ERTr3DRevRep* _ERWorkplane::getInverse() const {
     const LinearMap transposed = LinearMap(matrix).transposed();
@@ -353,18 +317,7 @@ const ERTr3DRevRep* _ERWorkplane::getReduced() const {
 
 // Scalings.
 
-void _ERScaling3D::TransTo(ERVec<ERPole3DH>& poles) const { mapPoles(poles, ScaleBack{factor}); }
-void _ERScaling3D::TransTo(ERPoint3D* points, unsigned int n) const {
-    mapPoints(points, n, ScaleBack{factor});
-}
-void _ERScaling3D::TransTo(ERVector3D& v) const { v = asVector(ScaleBack{factor}(asPoint(v))); }
-void _ERScaling3D::TransTo(ERPoint3D& p) const { p = ScaleBack{factor}(p); }
-void _ERScaling3D::TransFrom(ERVec<ERPole3DH>& poles) const { mapPoles(poles, Scale{factor}); }
-void _ERScaling3D::TransFrom(ERPoint3D* points, unsigned int n) const {
-    mapPoints(points, n, Scale{factor});
-}
-void _ERScaling3D::TransFrom(ERVector3D& v) const { v = asVector(Scale{factor}(asPoint(v))); }
-void _ERScaling3D::TransFrom(ERPoint3D& p) const { p = Scale{factor}(p); }
+DEFINE_MAPPING(_ERScaling3D, Scale{factor}, ScaleBack{factor})
 
 const ERTr3DRevRep* _ERScaling3D::getInverse() const { return new _ERScaling3D(1.0 / factor); }
 ERMatrix<double> _ERScaling3D::getMatrix() const {
@@ -396,16 +349,7 @@ const ERTr3DRevRep* _ERScaling3D::getReduced() const {
 _ERSymetrie3D::_ERSymetrie3D()
     : matrix(LinearMap(1.0, 0.0, 0.0, 0.0, 1.0, 0.0, 0.0, 0.0, -1.0).asMatrix()) {}
 
-void _ERSymetrie3D::TransTo(ERVec<ERPole3DH>& poles) const { TransFrom(poles); }
-void _ERSymetrie3D::TransTo(ERPoint3D* points, unsigned int n) const { TransFrom(points, n); }
-void _ERSymetrie3D::TransTo(ERVector3D& v) const { TransFrom(v); }
-void _ERSymetrie3D::TransTo(ERPoint3D& p) const { TransFrom(p); }
-void _ERSymetrie3D::TransFrom(ERVec<ERPole3DH>& poles) const { mapPoles(poles, LinearMap(matrix)); }
-void _ERSymetrie3D::TransFrom(ERPoint3D* points, unsigned int n) const {
-    mapPoints(points, n, LinearMap(matrix));
-}
-void _ERSymetrie3D::TransFrom(ERVector3D& v) const { v = LinearMap(matrix)(v); }
-void _ERSymetrie3D::TransFrom(ERPoint3D& p) const { p = LinearMap(matrix)(p); }
+DEFINE_MAPPING(_ERSymetrie3D, LinearMap(matrix), LinearMap(matrix))
 
 ERPoint3D _ERSymetrie3D::getTrans() const { return ERPoint3D(); }
 double _ERSymetrie3D::getFactHomo() const { return 1.0; }
@@ -436,30 +380,8 @@ _ERSimilitude3D::_ERSimilitude3D() : matrix(IdentityMatrix(3)) {}
 _ERSimilitude3D::_ERSimilitude3D(const ERAnySimilitude3D& any)
     : matrix(any.unscaledMatrix()), translation(any.getTrans()), factor(any.getFactHomo()) {}
 
-void _ERSimilitude3D::TransTo(ERVec<ERPole3DH>& poles) const {
-    mapPoles(poles, ToSimilitude{{translation}, LinearMap(matrix).transposed(), {factor}});
-}
-void _ERSimilitude3D::TransTo(ERPoint3D* points, unsigned int n) const {
-    mapPoints(points, n, ToSimilitude{{translation}, LinearMap(matrix).transposed(), {factor}});
-}
-void _ERSimilitude3D::TransTo(ERVector3D& v) const {
-    v = asVector(ScaleBack{factor}(LinearMap(matrix).transposed()(asPoint(v))));
-}
-void _ERSimilitude3D::TransTo(ERPoint3D& p) const {
-    p = ToSimilitude{{translation}, LinearMap(matrix).transposed(), {factor}}(p);
-}
-void _ERSimilitude3D::TransFrom(ERVec<ERPole3DH>& poles) const {
-    mapPoles(poles, FromSimilitude{{factor}, LinearMap(matrix), {translation}});
-}
-void _ERSimilitude3D::TransFrom(ERPoint3D* points, unsigned int n) const {
-    mapPoints(points, n, FromSimilitude{{factor}, LinearMap(matrix), {translation}});
-}
-void _ERSimilitude3D::TransFrom(ERVector3D& v) const {
-    v = asVector(LinearMap(matrix)(Scale{factor}(asPoint(v))));
-}
-void _ERSimilitude3D::TransFrom(ERPoint3D& p) const {
-    p = FromSimilitude{{factor}, LinearMap(matrix), {translation}}(p);
-}
+DEFINE_MAPPING(_ERSimilitude3D, inTurn(Scale{factor}, LinearMap(matrix), Shift{translation}),
+               inTurn(ShiftBack{translation}, LinearMap(matrix).transposed(), ScaleBack{factor}))
 
 const ERTr3DRevRep* _ERSimilitude3D::getInverse() const {
     const LinearMap transposed = LinearMap(matrix).transposed();

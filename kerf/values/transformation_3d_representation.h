@@ -31,75 +31,63 @@ protected:
     ERAnyIsometrie3D& operator=(const ERAnyIsometrie3D&) = default;
 };
 
+// What every class overrides: both directions on each kind of argument (ERVec<ERPoint3D> comes from
+// Base, which has it go through the array form), the copy, the text, the reduced form, and the
+// products, for which the class of each factor names the other (see ERTr3DRevRep).
+#define ER_REPRESENTATION_OPERATIONS(Class, Base)                                                  \
+public:                                                                                            \
+    using Base::TransFrom;                                                                         \
+    using Base::TransTo;                                                                           \
+    void TransTo(ERVec<ERPole3DH>& poles) const override;                                          \
+    void TransTo(ERPoint3D* points, unsigned int n) const override;                                \
+    void TransTo(ERVector3D& v) const override;                                                    \
+    void TransTo(ERPoint3D& p) const override;                                                     \
+    void TransFrom(ERVec<ERPole3DH>& poles) const override;                                        \
+    void TransFrom(ERPoint3D* points, unsigned int n) const override;                              \
+    void TransFrom(ERVector3D& v) const override;                                                  \
+    void TransFrom(ERPoint3D& p) const override;                                                   \
+    Class* getCopy() const override;                                                               \
+    void printOn(std::ostream& os) const override;                                                 \
+    const ERTr3DRevRep* getReduced() const override;                                               \
+    const ERTr3DRevRep* operator*(const ERTr3DRevRep* right) const override;                       \
+    const ERTr3DRevRep* multiplyWith_ERTranslation3D(const _ERTranslation3D* left) const override; \
+    const ERTr3DRevRep* multiplyWith_ERRotation3D(const _ERRotation3D* left) const override;       \
+    const ERTr3DRevRep* multiplyWith_ERWorkplane(const _ERWorkplane* left) const override;         \
+    const ERTr3DRevRep* multiplyWith_ERScaling3D(const _ERScaling3D* left) const override;         \
+    const ERTr3DRevRep* multiplyWith_ERSimilitude3D(const _ERSimilitude3D* left) const override;   \
+    const ERTr3DRevRep* multiplyWith_ERSymetrie3D(const _ERSymetrie3D* left) const override
+
 /// Leaves everything where it is; the operations on arrays do not look at them.
 class KERF_EXPORT _ERIdentity3D : public ERAnyIsometrie3D {
     ER_OBJECT_CLASS(_ERIdentity3D);
+    ER_REPRESENTATION_OPERATIONS(_ERIdentity3D, ERAnyIsometrie3D);
 
 public:
     _ERIdentity3D() = default;
 
-    void TransTo(ERVec<ERPole3DH>& poles) const override;
-    void TransTo(ERPoint3D* points, unsigned int n) const override;
     void TransTo(ERVec<ERPoint3D>& points) const override;
-    void TransTo(ERVector3D& v) const override;
-    void TransTo(ERPoint3D& p) const override;
     int isEqual(const ERTr3D& other) const override;
     const ERTr3DRevRep* getInverse() const override;
-    void TransFrom(ERVec<ERPole3DH>& poles) const override;
     void TransFrom(ERVec<ERPoint3D>& points) const override;
-    void TransFrom(ERPoint3D* points, unsigned int n) const override;
-    void TransFrom(ERVector3D& v) const override;
-    void TransFrom(ERPoint3D& p) const override;
     ERMatrix<double> getMatrix() const override;
     ERPoint3D getTrans() const override;
-
-    _ERIdentity3D* getCopy() const override;
-    void printOn(std::ostream& os) const override;
-    const ERTr3DRevRep* getReduced() const override;
-    const ERTr3DRevRep* operator*(const ERTr3DRevRep* right) const override;
-    const ERTr3DRevRep* multiplyWith_ERTranslation3D(const _ERTranslation3D*) const override;
-    const ERTr3DRevRep* multiplyWith_ERRotation3D(const _ERRotation3D*) const override;
-    const ERTr3DRevRep* multiplyWith_ERWorkplane(const _ERWorkplane*) const override;
-    const ERTr3DRevRep* multiplyWith_ERScaling3D(const _ERScaling3D*) const override;
-    const ERTr3DRevRep* multiplyWith_ERSimilitude3D(const _ERSimilitude3D*) const override;
-    const ERTr3DRevRep* multiplyWith_ERSymetrie3D(const _ERSymetrie3D*) const override;
 };
 
 /// p + t. Vectors stay.
 class KERF_EXPORT _ERTranslation3D : public ERAnyIsometrie3D {
     ER_OBJECT_CLASS(_ERTranslation3D);
+    ER_REPRESENTATION_OPERATIONS(_ERTranslation3D, ERAnyIsometrie3D);
 
 public:
     _ERTranslation3D() = default;
     explicit _ERTranslation3D(const ERPoint3D& t) : translation(t) {}
 
-    using ERAnyIsometrie3D::TransFrom;
-    using ERAnyIsometrie3D::TransTo;
-    void TransTo(ERVec<ERPole3DH>& poles) const override;
-    void TransTo(ERPoint3D* points, unsigned int n) const override;
-    void TransTo(ERVector3D& v) const override;
-    void TransTo(ERPoint3D& p) const override;
     const ERTr3DRevRep* getInverse() const override;
-    void TransFrom(ERVec<ERPole3DH>& poles) const override;
-    void TransFrom(ERPoint3D* points, unsigned int n) const override;
-    void TransFrom(ERVector3D& v) const override;
-    void TransFrom(ERPoint3D& p) const override;
     ERMatrix<double> getMatrix() const override;
     ERPoint3D getTrans() const override { return translation; }
-
-    _ERTranslation3D* getCopy() const override;
-    void printOn(std::ostream& os) const override;
     void saveGuts(ERFile& file) const override;
     void restoreGuts(ERFile& file) override;
     ERULong binaryStoreSize() const override;
-    const ERTr3DRevRep* getReduced() const override;
-    const ERTr3DRevRep* operator*(const ERTr3DRevRep* right) const override;
-    const ERTr3DRevRep* multiplyWith_ERTranslation3D(const _ERTranslation3D*) const override;
-    const ERTr3DRevRep* multiplyWith_ERRotation3D(const _ERRotation3D*) const override;
-    const ERTr3DRevRep* multiplyWith_ERWorkplane(const _ERWorkplane*) const override;
-    const ERTr3DRevRep* multiplyWith_ERScaling3D(const _ERScaling3D*) const override;
-    const ERTr3DRevRep* multiplyWith_ERSimilitude3D(const _ERSimilitude3D*) const override;
-    const ERTr3DRevRep* multiplyWith_ERSymetrie3D(const _ERSymetrie3D*) const override;
 
 private:
     ERPoint3D translation;
@@ -108,38 +96,18 @@ private:
 /// M p, with an orthonormal M of determinant 1.
 class KERF_EXPORT _ERRotation3D : public ERAnyIsometrie3D {
     ER_OBJECT_CLASS(_ERRotation3D);
+    ER_REPRESENTATION_OPERATIONS(_ERRotation3D, ERAnyIsometrie3D);
 
 public:
     _ERRotation3D();  ///< the unit matrix
     explicit _ERRotation3D(const ERMatrix<double>& m) : matrix(m) {}
 
-    using ERAnyIsometrie3D::TransFrom;
-    using ERAnyIsometrie3D::TransTo;
-    void TransTo(ERVec<ERPole3DH>& poles) const override;
-    void TransTo(ERPoint3D* points, unsigned int n) const override;
-    void TransTo(ERVector3D& v) const override;
-    void TransTo(ERPoint3D& p) const override;
     const ERTr3DRevRep* getInverse() const override;
-    void TransFrom(ERVec<ERPole3DH>& poles) const override;
-    void TransFrom(ERPoint3D* points, unsigned int n) const override;
-    void TransFrom(ERVector3D& v) const override;
-    void TransFrom(ERPoint3D& p) const override;
     ERMatrix<double> getMatrix() const override { return matrix; }
     ERPoint3D getTrans() const override;
-
-    _ERRotation3D* getCopy() const override;
-    void printOn(std::ostream& os) const override;
     void saveGuts(ERFile& file) const override;
     void restoreGuts(ERFile& file) override;
     ERULong binaryStoreSize() const override;
-    const ERTr3DRevRep* getReduced() const override;
-    const ERTr3DRevRep* operator*(const ERTr3DRevRep* right) const override;
-    const ERTr3DRevRep* multiplyWith_ERTranslation3D(const _ERTranslation3D*) const override;
-    const ERTr3DRevRep* multiplyWith_ERRotation3D(const _ERRotation3D*) const override;
-    const ERTr3DRevRep* multiplyWith_ERWorkplane(const _ERWorkplane*) const override;
-    const ERTr3DRevRep* multiplyWith_ERScaling3D(const _ERScaling3D*) const override;
-    const ERTr3DRevRep* multiplyWith_ERSimilitude3D(const _ERSimilitude3D*) const override;
-    const ERTr3DRevRep* multiplyWith_ERSymetrie3D(const _ERSymetrie3D*) const override;
 
 private:
     ERMatrix<double> matrix;
@@ -148,6 +116,7 @@ private:
 /// M p + o: a right-handed frame at o whose axes are the columns of M.
 class KERF_EXPORT _ERWorkplane : public ERAnyIsometrie3D {
     ER_OBJECT_CLASS(_ERWorkplane);
+    ER_REPRESENTATION_OPERATIONS(_ERWorkplane, ERAnyIsometrie3D);
 
 public:
     _ERWorkplane();  ///< the reference frame
@@ -160,33 +129,12 @@ public:
     _ERWorkplane(const _ERRotation3D& rotation, const _ERTranslation3D& translation);
     explicit _ERWorkplane(const ERAnyIsometrie3D& isometry);
 
-    using ERAnyIsometrie3D::TransFrom;
-    using ERAnyIsometrie3D::TransTo;
-    void TransTo(ERVec<ERPole3DH>& poles) const override;
-    void TransTo(ERPoint3D* points, unsigned int n) const override;
-    void TransTo(ERVector3D& v) const override;
-    void TransTo(ERPoint3D& p) const override;
     const ERTr3DRevRep* getInverse() const override;
-    void TransFrom(ERVec<ERPole3DH>& poles) const override;
-    void TransFrom(ERPoint3D* points, unsigned int n) const override;
-    void TransFrom(ERVector3D& v) const override;
-    void TransFrom(ERPoint3D& p) const override;
     ERMatrix<double> getMatrix() const override { return matrix; }
     ERPoint3D getTrans() const override { return origin; }
-
-    _ERWorkplane* getCopy() const override;
-    void printOn(std::ostream& os) const override;
     void saveGuts(ERFile& file) const override;
     void restoreGuts(ERFile& file) override;
     ERULong binaryStoreSize() const override;
-    const ERTr3DRevRep* getReduced() const override;
-    const ERTr3DRevRep* operator*(const ERTr3DRevRep* right) const override;
-    const ERTr3DRevRep* multiplyWith_ERTranslation3D(const _ERTranslation3D*) const override;
-    const ERTr3DRevRep* multiplyWith_ERRotation3D(const _ERRotation3D*) const override;
-    const ERTr3DRevRep* multiplyWith_ERWorkplane(const _ERWorkplane*) const override;
-    const ERTr3DRevRep* multiplyWith_ERScaling3D(const _ERScaling3D*) const override;
-    const ERTr3DRevRep* multiplyWith_ERSimilitude3D(const _ERSimilitude3D*) const override;
-    const ERTr3DRevRep* multiplyWith_ERSymetrie3D(const _ERSymetrie3D*) const override;
 
 private:
     ERMatrix<double> matrix;
@@ -196,41 +144,21 @@ private:
 /// k p. A factor of 0 is legal; TransTo then gives infinities.
 class KERF_EXPORT _ERScaling3D : public ERAnySimilitude3D {
     ER_OBJECT_CLASS(_ERScaling3D);
+    ER_REPRESENTATION_OPERATIONS(_ERScaling3D, ERAnySimilitude3D);
 
 public:
     _ERScaling3D() = default;
     explicit _ERScaling3D(double k) : factor(k) {}
 
-    using ERAnySimilitude3D::TransFrom;
-    using ERAnySimilitude3D::TransTo;
-    void TransTo(ERVec<ERPole3DH>& poles) const override;
-    void TransTo(ERPoint3D* points, unsigned int n) const override;
-    void TransTo(ERVector3D& v) const override;
-    void TransTo(ERPoint3D& p) const override;
     const ERTr3DRevRep* getInverse() const override;
-    void TransFrom(ERVec<ERPole3DH>& poles) const override;
-    void TransFrom(ERPoint3D* points, unsigned int n) const override;
-    void TransFrom(ERVector3D& v) const override;
-    void TransFrom(ERPoint3D& p) const override;
     /// k times the unit matrix, beside getFactHomo() = k: callers rely on it (see unscaledMatrix).
     ERMatrix<double> getMatrix() const override;
     ERPoint3D getTrans() const override;
     double getFactHomo() const override { return factor; }
     int isDirect() const override;  ///< 1, whatever the sign of the factor
-
-    _ERScaling3D* getCopy() const override;
-    void printOn(std::ostream& os) const override;
     void saveGuts(ERFile& file) const override;
     void restoreGuts(ERFile& file) override;
     ERULong binaryStoreSize() const override;
-    const ERTr3DRevRep* getReduced() const override;
-    const ERTr3DRevRep* operator*(const ERTr3DRevRep* right) const override;
-    const ERTr3DRevRep* multiplyWith_ERTranslation3D(const _ERTranslation3D*) const override;
-    const ERTr3DRevRep* multiplyWith_ERRotation3D(const _ERRotation3D*) const override;
-    const ERTr3DRevRep* multiplyWith_ERWorkplane(const _ERWorkplane*) const override;
-    const ERTr3DRevRep* multiplyWith_ERScaling3D(const _ERScaling3D*) const override;
-    const ERTr3DRevRep* multiplyWith_ERSimilitude3D(const _ERSimilitude3D*) const override;
-    const ERTr3DRevRep* multiplyWith_ERSymetrie3D(const _ERSymetrie3D*) const override;
 
 private:
     double factor = 1.0;
@@ -240,40 +168,20 @@ private:
 /// origin, or the negation of everything.
 class KERF_EXPORT _ERSymetrie3D : public ERAnySimilitude3D {
     ER_OBJECT_CLASS(_ERSymetrie3D);
+    ER_REPRESENTATION_OPERATIONS(_ERSymetrie3D, ERAnySimilitude3D);
 
 public:
     _ERSymetrie3D();  ///< the mirror z = 0
     explicit _ERSymetrie3D(const ERMatrix<double>& m) : matrix(m) {}
 
-    using ERAnySimilitude3D::TransFrom;
-    using ERAnySimilitude3D::TransTo;
-    void TransTo(ERVec<ERPole3DH>& poles) const override;
-    void TransTo(ERPoint3D* points, unsigned int n) const override;
-    void TransTo(ERVector3D& v) const override;
-    void TransTo(ERPoint3D& p) const override;
     const ERTr3DRevRep* getInverse() const override { return this; }
-    void TransFrom(ERVec<ERPole3DH>& poles) const override;
-    void TransFrom(ERPoint3D* points, unsigned int n) const override;
-    void TransFrom(ERVector3D& v) const override;
-    void TransFrom(ERPoint3D& p) const override;
     ERMatrix<double> getMatrix() const override { return matrix; }
     ERPoint3D getTrans() const override;
     double getFactHomo() const override;
     int isDirect() const override;
-
-    _ERSymetrie3D* getCopy() const override;
-    void printOn(std::ostream& os) const override;
     void saveGuts(ERFile& file) const override;
     void restoreGuts(ERFile& file) override;
     ERULong binaryStoreSize() const override;
-    const ERTr3DRevRep* getReduced() const override;
-    const ERTr3DRevRep* operator*(const ERTr3DRevRep* right) const override;
-    const ERTr3DRevRep* multiplyWith_ERTranslation3D(const _ERTranslation3D*) const override;
-    const ERTr3DRevRep* multiplyWith_ERRotation3D(const _ERRotation3D*) const override;
-    const ERTr3DRevRep* multiplyWith_ERWorkplane(const _ERWorkplane*) const override;
-    const ERTr3DRevRep* multiplyWith_ERScaling3D(const _ERScaling3D*) const override;
-    const ERTr3DRevRep* multiplyWith_ERSimilitude3D(const _ERSimilitude3D*) const override;
-    const ERTr3DRevRep* multiplyWith_ERSymetrie3D(const _ERSymetrie3D*) const override;
 
 private:
     ERMatrix<double> matrix;
@@ -282,6 +190,7 @@ private:
 /// M (k p) + t: the general case.
 class KERF_EXPORT _ERSimilitude3D : public ERAnySimilitude3D {
     ER_OBJECT_CLASS(_ERSimilitude3D);
+    ER_REPRESENTATION_OPERATIONS(_ERSimilitude3D, ERAnySimilitude3D);
 
 public:
     _ERSimilitude3D();  ///< leaves everything where it is
@@ -290,43 +199,25 @@ public:
         : matrix(m), translation(t), factor(k) {}
     explicit _ERSimilitude3D(const ERAnySimilitude3D& any);
 
-    using ERAnySimilitude3D::TransFrom;
-    using ERAnySimilitude3D::TransTo;
-    void TransTo(ERVec<ERPole3DH>& poles) const override;
-    void TransTo(ERPoint3D* points, unsigned int n) const override;
-    void TransTo(ERVector3D& v) const override;
-    void TransTo(ERPoint3D& p) const override;
     const ERTr3DRevRep* getInverse() const override;
-    void TransFrom(ERVec<ERPole3DH>& poles) const override;
-    void TransFrom(ERPoint3D* points, unsigned int n) const override;
-    void TransFrom(ERVector3D& v) const override;
-    void TransFrom(ERPoint3D& p) const override;
     ERMatrix<double> getMatrix() const override { return matrix; }
     ERPoint3D getTrans() const override { return translation; }
     double getFactHomo() const override { return factor; }
     int isDirect() const override;
 
-    _ERSimilitude3D* getCopy() const override;
     /// 1 for a 3 by 3 matrix whose determinant is 1 or -1 within 1e-11 and a finite factor other
     /// than 0. That the matrix is orthogonal is not tested.
     int isValid() const override;
-    void printOn(std::ostream& os) const override;
     void saveGuts(ERFile& file) const override;
     void restoreGuts(ERFile& file) override;
     ERULong binaryStoreSize() const override;
-    const ERTr3DRevRep* getReduced() const override;
-    const ERTr3DRevRep* operator*(const ERTr3DRevRep* right) const override;
-    const ERTr3DRevRep* multiplyWith_ERTranslation3D(const _ERTranslation3D*) const override;
-    const ERTr3DRevRep* multiplyWith_ERRotation3D(const _ERRotation3D*) const override;
-    const ERTr3DRevRep* multiplyWith_ERWorkplane(const _ERWorkplane*) const override;
-    const ERTr3DRevRep* multiplyWith_ERScaling3D(const _ERScaling3D*) const override;
-    const ERTr3DRevRep* multiplyWith_ERSimilitude3D(const _ERSimilitude3D*) const override;
-    const ERTr3DRevRep* multiplyWith_ERSymetrie3D(const _ERSymetrie3D*) const override;
 
 private:
     ERMatrix<double> matrix;
     ERPoint3D translation;
     double factor = 1.0;
 };
+
+#undef ER_REPRESENTATION_OPERATIONS
 
 }  // namespace kerf
