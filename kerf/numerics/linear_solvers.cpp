@@ -16,41 +16,78 @@ namespace {
 constexpr double singularPivot = 1e-20;
 constexpr double nullDiagonal = 1e-11;
 
-// The forward and back substitution of n unknowns for `count` right-hand sides side by side; x
-// holds them row by row, already permuted, and receives the solutions.
+// row -= factor * other. In fours, read before written, which compilers turn into vector code
+// without having to know that the rows are apart.
+inline void subtractMultiple(double* row, const double* other, double factor, std::size_t n) {
+    for (; n >= 4; n -= 4, row += 4, other += 4) {
+        const double a = row[0] - factor * other[0];
+        const double b = row[1] - factor * other[1];
+        const double c = row[2] - factor * other[2];
+        const double d = row[3] - factor * other[3];
+        row[0] = a;
+        row[1] = b;
+        row[2] = c;
+        row[3] = d;
+    }
+    for (std::size_t j = 0; j < n; ++j) row[j] -= factor * other[j];
+}
+
+// The forward and back substitution of n unknowns for one right-hand side; x holds it, already
+// permuted, and receives the solution.
+void substitute(const double* lu, unsigned int n, unsigned int stride, double* x) {
+    for (unsigned int i = 1; i < n; ++i) {
+        const double* const row = lu + std::size_t{i} * stride;
+        double rest = x[i];
+        for (unsigned int k = 0; k < i; ++k) rest -= row[k] * x[k];
+        x[i] = rest;
+    }
+    for (unsigned int i = n; i-- > 0;) {
+        const double* const row = lu + std::size_t{i} * stride;
+        double rest = x[i];
+        for (unsigned int k = i + 1; k < n; ++k) rest -= row[k] * x[k];
+        x[i] = rest / row[i];
+    }
+}
+
+// The same for `count` right-hand sides side by side, which x holds row by row.
 void substitute(const double* lu, unsigned int n, unsigned int stride, double* x,
                 unsigned int count) {
     for (unsigned int i = 1; i < n; ++i) {
         const double* const row = lu + std::size_t{i} * stride;
         double* const target = x + std::size_t{i} * count;
-        for (unsigned int k = 0; k < i; ++k) {
-            const double multiplier = row[k];
-            const double* const known = x + std::size_t{k} * count;
-            for (unsigned int c = 0; c < count; ++c) target[c] -= multiplier * known[c];
-        }
+        for (unsigned int k = 0; k < i; ++k)
+            subtractMultiple(target, x + std::size_t{k} * count, row[k], count);
     }
     for (unsigned int i = n; i-- > 0;) {
         const double* const row = lu + std::size_t{i} * stride;
         double* const target = x + std::size_t{i} * count;
-        for (unsigned int k = i + 1; k < n; ++k) {
-            const double factor = row[k];
-            const double* const known = x + std::size_t{k} * count;
-            for (unsigned int c = 0; c < count; ++c) target[c] -= factor * known[c];
-        }
+        for (unsigned int k = i + 1; k < n; ++k)
+            subtractMultiple(target, x + std::size_t{k} * count, row[k], count);
         for (unsigned int c = 0; c < count; ++c) target[c] /= row[i];
     }
 }
 
-// The right-hand sides (`available` rows of `count`) in the order of the decomposition, solved into
-// `x`. Rows that are not there count as zeros.
+// The right-hand side (`available` elements) in the order of the decomposition, solved into `x`,
+// which is zero: elements that are not there count as zeros.
+void solveInto(const ERLUDecomp& lu, const double* b, unsigned int available, double* x) {
+    const unsigned int n = std::min(lu.rows(), lu.cols());
+    const int* const order = lu.permutation();
+    for (unsigned int i = 0; i < n; ++i) {
+        const auto from = static_cast<unsigned int>(order[i]);
+        if (from < available) x[i] = b[from];
+    }
+    substitute(lu.data(), n, lu.cols(), x);
+}
+
+// The same for right-hand sides in `available` rows of `count`.
 void solveInto(const ERLUDecomp& lu, const double* b, unsigned int available, double* x,
                unsigned int count) {
     const unsigned int n = std::min(lu.rows(), lu.cols());
     const int* const order = lu.permutation();
     for (unsigned int i = 0; i < n; ++i) {
         const auto from = static_cast<unsigned int>(order[i]);
-        if (from >= available) continue;
-        std::copy_n(b + std::size_t{from} * count, count, x + std::size_t{i} * count);
+        if (from < available)
+            std::copy_n(b + std::size_t{from} * count, count, x + std::size_t{i} * count);
     }
     substitute(lu.data(), n, lu.cols(), x, count);
 }
@@ -85,22 +122,6 @@ void solveHomogeneous(double* a, unsigned int rows, unsigned int cols, unsigned 
     x[0] = -sum / a[0];
 }
 
-// row -= factor * pivotRow. In fours, read before written, which compilers turn into vector code
-// without having to know that the rows are apart.
-inline void subtractMultiple(double* row, const double* pivotRow, double factor, std::size_t n) {
-    for (; n >= 4; n -= 4, row += 4, pivotRow += 4) {
-        const double a = row[0] - factor * pivotRow[0];
-        const double b = row[1] - factor * pivotRow[1];
-        const double c = row[2] - factor * pivotRow[2];
-        const double d = row[3] - factor * pivotRow[3];
-        row[0] = a;
-        row[1] = b;
-        row[2] = c;
-        row[3] = d;
-    }
-    for (std::size_t j = 0; j < n; ++j) row[j] -= factor * pivotRow[j];
-}
-
 // MatriceGaussPivot on the elements themselves, with room for one int per row in `permutation`.
 int eliminate(double* const a, const unsigned int rows, const unsigned int cols,
               int* const permutation, int& exchanges, double tol) {
@@ -110,15 +131,13 @@ int eliminate(double* const a, const unsigned int rows, const unsigned int cols,
     const unsigned int steps = std::min(rows, cols);
     for (unsigned int k = 0; k < steps; ++k) {
         double* const pivotRow = a + std::size_t{k} * cols;
-        unsigned int largest = k;
+        // The magnitude first and its row afterwards, since which row it is cannot be predicted.
         double magnitude = std::fabs(pivotRow[k]);
-        for (unsigned int r = k + 1; r < rows; ++r) {
-            const double candidate = std::fabs(a[std::size_t{r} * cols + k]);
-            if (candidate > magnitude) {
-                largest = r;
-                magnitude = candidate;
-            }
-        }
+        for (unsigned int r = k + 1; r < rows; ++r)
+            magnitude = std::max(magnitude, std::fabs(a[std::size_t{r} * cols + k]));
+        unsigned int largest = k;
+        if (magnitude > std::fabs(pivotRow[k]))
+            while (std::fabs(a[std::size_t{largest} * cols + k]) != magnitude) ++largest;
         if (largest != k) {
             std::swap_ranges(pivotRow, pivotRow + cols, a + std::size_t{largest} * cols);
             std::swap(permutation[k], permutation[largest]);
@@ -223,7 +242,7 @@ double determinant(const ERLUDecomp& lu) {
 ERVec<double> solve(const ERLUDecomp& lu, const ERVec<double>& b) {
     KERF_CHECK_ARGUMENT(b.length() >= lu.rows());
     ERVec<double> x(lu.cols());
-    if (x.length() != 0) solveInto(lu, b.data(), b.length(), x.data(), 1);
+    if (x.length() != 0) solveInto(lu, b.data(), b.length(), x.data());
     return x;
 }
 
@@ -236,7 +255,7 @@ ERMatrix<double> solve(const ERLUDecomp& lu, const ERMatrix<double>& B) {
 
 ERVec<double> solve(const ERLUDecomp& lu) {
     ERVec<double> x(lu.cols());
-    if (x.length() != 0) solveInto(lu, nullptr, 0, x.data(), 1);
+    if (x.length() != 0) solveInto(lu, nullptr, 0, x.data());
     return x;
 }
 

@@ -1,9 +1,13 @@
 #include "kerf/numerics/newton_solvers.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <cstddef>
+#include <cstdint>
 #include <limits>
+#include <optional>
+#include <utility>
 
 #include "kerf/numerics/linear_solvers.h"
 
@@ -114,10 +118,61 @@ double largestRelative(const ERVec<double>& step, const ERVec<double>& x) {
     return largest;
 }
 
+// take(i, f(x + h e_i), f(x - h e_i)) for each axis i.
+template <class Function, class Take>
+void forEachDifference(const ERVec<double>& x, double h, Function f, Take take) {
+    // Written through [], not through a pointer: what f answers may share this block.
+    ERVec<double> point = x;
+    for (unsigned int i = 0; i < x.length(); ++i) {
+        const double centre = std::as_const(point)[i];
+        point[i] = centre + h;
+        const auto right = f(point);
+        point[i] = centre - h;
+        const auto left = f(point);
+        point[i] = centre;
+        take(i, right, left);
+    }
+}
+
+// Whether |f| epsilon <= |derivative|. Mostly known without the product, which with the epsilons in
+// use is subnormal and takes long.
+bool isSteep(double f, double derivative, double epsilon) {
+    return (std::fabs(f) < std::fabs(derivative) && epsilon <= 1.0) ||
+           std::fabs(f) * epsilon <= std::fabs(derivative);
+}
+
 // The status of an iterate whose residual is within the tolerance.
 NewtonStatus stepTest(double step, double size, double tol) {
     return step <= tol * size ? converged : convergedOnFunction;
 }
+
+// Where the tolerance is below the rounding of f, the iterates end up going round a few values until
+// the limit. Each iterate follows from the one before alone, so that whole rounds can be left out on
+// the way to the last one. Rounds are found by comparing with one earlier iterate, which moves on
+// after 1, 2, 3 ... iterations.
+class RoundSkipper {
+public:
+    explicit RoundSkipper(double start) : earlier(start) {}
+
+    // How many of the next `remaining` iterations need not be made, x being the latest iterate.
+    int skipped(double x, int remaining) {
+        ++age;
+        // By its bits: of a zero the sign counts too.
+        if (std::bit_cast<std::uint64_t>(x) == std::bit_cast<std::uint64_t>(earlier))
+            return remaining - remaining % age;
+        if (age == oldest) {
+            earlier = x;
+            age = 0;
+            ++oldest;
+        }
+        return 0;
+    }
+
+private:
+    double earlier;
+    int age = 0;  // of `earlier`, in iterations
+    int oldest = 1;
+};
 
 }  // namespace
 
@@ -131,25 +186,18 @@ ERMatrix<double> ERCNewtonMDelta::fprime(const ERVec<double>& x) {
     const unsigned int n = x.length();
     const double factor = 1.0 / (2.0 * h);
     ERMatrix<double> derivatives;
-    // Written through [], not through a pointer: what f answers may share this block.
-    ERVec<double> point = x;
-    for (unsigned int i = 0; i < n; ++i) {
-        const double centre = point.data()[i];
-        point[i] = centre + h;
-        const ERVec<double> right = f(point);
-        point[i] = centre - h;
-        const ERVec<double> left = f(point);
-        point[i] = centre;
-
-        if (i == 0) derivatives = ERMatrix<double>(right.length(), n);
-        KERF_CHECK_ARGUMENT(right.length() == derivatives.rows());
-        KERF_CHECK_ARGUMENT(left.length() == derivatives.rows());
-        double* const column = derivatives.data() + i;
-        const double* const r = right.data();
-        const double* const l = left.data();
-        for (unsigned int k = 0; k < derivatives.rows(); ++k)
-            column[std::size_t{k} * n] = (r[k] - l[k]) * factor;
-    }
+    forEachDifference(
+        x, h, [this](const ERVec<double>& point) { return f(point); },
+        [&](unsigned int i, const ERVec<double>& right, const ERVec<double>& left) {
+            if (i == 0) derivatives = ERMatrix<double>(right.length(), n);
+            KERF_CHECK_ARGUMENT(right.length() == derivatives.rows());
+            KERF_CHECK_ARGUMENT(left.length() == derivatives.rows());
+            double* const column = derivatives.data() + i;
+            const double* const r = right.data();
+            const double* const l = left.data();
+            for (unsigned int k = 0; k < derivatives.rows(); ++k)
+                column[std::size_t{k} * n] = (r[k] - l[k]) * factor;
+        });
 
     double* const elements = derivatives.data();
     const unsigned int square = std::min(derivatives.rows(), derivatives.cols());
@@ -164,20 +212,12 @@ ERMatrix<double> ERCNewtonMDelta::fprime(const ERVec<double>& x) {
 }
 
 ERVec<double> ERCNewtonH::f(const ERVec<double>& x) {
-    const unsigned int n = x.length();
     const double factor = 1.0 / (2.0 * h);
-    ERVec<double> gradient(n);
+    ERVec<double> gradient(x.length());
     double* const g = gradient.data();
-    ERVec<double> point = x;
-    for (unsigned int i = 0; i < n; ++i) {
-        const double centre = point.data()[i];
-        point[i] = centre + h;
-        const double right = H(point);
-        point[i] = centre - h;
-        const double left = H(point);
-        point[i] = centre;
-        g[i] = (right - left) * factor;
-    }
+    forEachDifference(
+        x, h, [this](const ERVec<double>& point) { return H(point); },
+        [&](unsigned int i, double right, double left) { g[i] = (right - left) * factor; });
     return gradient;
 }
 
@@ -187,22 +227,28 @@ ERNewtonSSolver::ERNewtonSSolver(ERCNewtonS* given, double flatness, int maxIter
     : status(running), problem(given), maxIterations(maxIter), epsilon(flatness) {}
 
 int ERNewtonSSolver::Resoudre(double& x, double tol) {
-    previousX = x;
-    lastF = problem->f(x);
+    double at = x;
+    double value = problem->f(at);
     iterations = 0;
     status = running;
+    RoundSkipper rounds(at);
     while (iterations < maxIterations && status == running) {
-        derivative = problem->fprime(previousX);
-        if (!(std::fabs(lastF) * epsilon <= std::fabs(derivative))) {
+        derivative = problem->fprime(at);
+        if (!isSteep(value, derivative, epsilon)) {
             status = flatDerivative;
             break;
         }
         ++iterations;
-        x -= lastF / derivative;
-        lastF = problem->f(x);
-        if (std::fabs(lastF) <= tol) status = stepTest(std::fabs(previousX - x), std::fabs(x), tol);
-        previousX = x;
+        const double from = at;
+        at -= value / derivative;
+        value = problem->f(at);
+        if (std::fabs(value) <= tol)
+            status = stepTest(std::fabs(from - at), std::fabs(at), tol);
+        else if (skipsRounds)
+            iterations += rounds.skipped(at, maxIterations - iterations);
     }
+    previousX = x = at;
+    lastF = value;
     return status;
 }
 
@@ -215,6 +261,19 @@ NewtonVectorSolver::NewtonVectorSolver(unsigned int dimension, double flatness, 
       epsilon(flatness) {}
 
 double NewtonVectorSolver::GetLastCriteria() const { return norm(residual); }
+
+std::optional<ERLUDecomp> NewtonVectorSolver::factorDerivative(ERCNewtonM& problem,
+                                                               const ERVec<double>& x,
+                                                               double size) {
+    jacobian = problem.fprime(x);
+    std::optional<ERLUDecomp> lu(jacobian);
+    if (lu->isSingular())
+        status = failed;
+    else if (size * epsilon > norm(jacobian))
+        status = flatDerivative;
+    if (status != running) lu.reset();
+    return lu;
+}
 
 ERNewtonMSolver::ERNewtonMSolver(ERCNewtonM* given, unsigned int dimension, double flatness,
                                  int maxIter)
@@ -229,18 +288,10 @@ int ERNewtonMSolver::Resoudre(ERVec<double>& x, double tol) {
     iterations = 0;
     status = running;
     while (iterations < maxIterations && status == running) {
-        jacobian = problem->fprime(x);
-        const ERLUDecomp lu(jacobian);
-        if (lu.isSingular()) {
-            status = failed;
-            break;
-        }
-        if (size * epsilon > norm(jacobian)) {
-            status = flatDerivative;
-            break;
-        }
+        const std::optional<ERLUDecomp> lu = factorDerivative(*problem, x, size);
+        if (!lu) break;
         ++iterations;
-        const ERVec<double> step = solve(lu, residual);
+        const ERVec<double> step = solve(*lu, residual);
         KERF_CHECK_ARGUMENT(step.length() == x.length());
         moveAlong(x, previousX, -1.0, step);
         residual = problem->f(x);
@@ -266,18 +317,10 @@ int ERNewtonMSolverEx::Resoudre(ERVec<double>& x, double tol) {
     iterations = 0;
     status = running;
     while (iterations < maxIterations && status == running) {
-        jacobian = problem->fprime(x);
-        const ERLUDecomp lu(jacobian);
-        if (lu.isSingular()) {
-            status = failed;
-            break;
-        }
-        if (size * epsilon > norm(jacobian)) {
-            status = flatDerivative;
-            break;
-        }
+        const std::optional<ERLUDecomp> lu = factorDerivative(*problem, x, size);
+        if (!lu) break;
 
-        ERVec<double> direction = solve(lu, residual);
+        ERVec<double> direction = solve(*lu, residual);
         KERF_CHECK_ARGUMENT(direction.length() == x.length());
         scale(direction, -1.0);
         const double slope = dot(residual, direction);

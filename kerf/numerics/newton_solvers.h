@@ -1,4 +1,6 @@
 #pragma once
+#include <optional>
+
 #include "kerf/numerics/matrix.h"
 #include "kerf/numerics/vector.h"
 #include "kerf/platform/config.h"
@@ -20,6 +22,8 @@
 // Threads: a solver and its problem are used by one thread at a time.
 // Owners:  a problem is not owned and outlives its solver.
 namespace kerf {
+
+class ERLUDecomp;
 
 /// One equation f(x) = 0.
 class KERF_EXPORT ERCNewtonS {
@@ -87,6 +91,10 @@ public:
     /// becomes NaN: callers test where the result lies. A NaN ends with 3.
     int Resoudre(double& x, double tol);
 
+    /// Counts iterations that would go round earlier ones up to the limit without making them: for
+    /// an f and an fprime that depend on x alone. The result is the same.
+    void skipRounds() { skipsRounds = true; }
+
     int GetStatus() const { return status; }  ///< of the last Resoudre
     int GetIterations() const { return iterations; }
 
@@ -99,6 +107,7 @@ private:
     int maxIterations;
     double derivative = 0.0;
     double epsilon;
+    bool skipsRounds = false;
 };
 
 /// What the solvers of several unknowns have in common: settings, and the record of the last run.
@@ -116,6 +125,11 @@ public:
 protected:
     NewtonVectorSolver(unsigned int dimension, double epsilon, int maxIter);
     ~NewtonVectorSolver() = default;
+
+    /// The derivative at x, kept in `jacobian`, and factored; nothing, with the status set, when it
+    /// is singular or too small beside a residual of that size.
+    std::optional<ERLUDecomp> factorDerivative(ERCNewtonM& problem, const ERVec<double>& x,
+                                               double size);
 
     int status;
     int iterations = 0;

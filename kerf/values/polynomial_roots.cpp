@@ -36,45 +36,66 @@ bool findRoot(ERNewtonSSolver& solver, double a, double b, double& root) {
     return false;
 }
 
-// Values in ascending order, each once.
-void appendNew(ERVec<double>& values, double value) {
-    if (values.length() == 0 || value != std::as_const(values).last()) values.append(value);
-}
+// A list of values whose room is made once.
+class ValueList {
+public:
+    explicit ValueList(unsigned int room) : values(room), elements(values.data()) {}
+
+    void clear() { count = 0; }
+    void append(double value) {
+        KERF_CHECK_ARGUMENT(count < values.length());
+        elements[count++] = value;
+    }
+    void appendNew(double value) {
+        if (count == 0 || value != elements[count - 1]) append(value);
+    }
+
+    const double* begin() const { return elements; }
+    const double* end() const { return elements + count; }
+
+    // The values as a vector, after which nothing more can be appended.
+    const ERVec<double>& finish() {
+        values.troncat(count);
+        return values;
+    }
+
+private:
+    ERVec<double> values;
+    double* elements;
+    unsigned int count = 0;
+};
 
 // The limits, and in between what lies there of the given values.
-ERVec<double> joints(const ERLimites& limits, const ERVec<double>& inner) {
-    ERVec<double> result;
-    result.capacity(inner.length() + 2);
-    result.append(limits.start());
+void makeJoints(const ERLimites& limits, const ValueList& inner, ValueList& joints) {
+    joints.clear();
+    joints.append(limits.start());
     for (const double value : inner)
-        if (limits.strictlyInBound(value)) result.append(value);
-    result.append(limits.end());
-    return result;
+        if (limits.strictlyInBound(value)) joints.append(value);
+    joints.append(limits.end());
 }
 
 // The roots of p between consecutive joints, which hold all roots of its derivative in their range.
-ERVec<double> rootsBetween(const ERVec<double>& joints, const ERPolynome& p,
-                           const ERPolynome& derivative) {
+void findRoots(const ValueList& joints, const ERPolynome& p, const ERPolynome& derivative,
+               ValueList& roots) {
     ERCNewtonSPolynome equation(p, derivative);
     ERNewtonSSolver solver(&equation, newtonEpsilon, newtonIterations);
-    ERVec<double> roots;
-    roots.capacity(joints.length());
-    double a = joints.first();
+    solver.skipRounds();
+    roots.clear();
+    double a = *joints.begin();
     double valueA = p.evaluate(a);
-    if (isNull(valueA)) appendNew(roots, a);
-    for (unsigned int i = 1; i < joints.length(); ++i) {
-        const double b = joints[i];
+    if (isNull(valueA)) roots.appendNew(a);
+    for (const double* joint = joints.begin() + 1; joint != joints.end(); ++joint) {
+        const double b = *joint;
         const double valueB = p.evaluate(b);
         if (isNull(valueB)) {
-            appendNew(roots, b);
+            roots.appendNew(b);
         } else if (!isNull(valueA) && valueA * valueB < searchedProduct) {
             double root;
-            if (findRoot(solver, a, b, root)) appendNew(roots, root);
+            if (findRoot(solver, a, b, root)) roots.appendNew(root);
         }
         a = b;
         valueA = valueB;
     }
-    return roots;
 }
 
 }  // namespace
@@ -116,22 +137,27 @@ ERVec<double> Zeros(const ERPolynome& p, const ERLimites& limits) {
     const ERTValVector<ERPolynome> derivatives = getAllDerivate(p);
     const unsigned int n = p.degree();
 
-    ERVec<double> roots;
+    // An interval has one root at most, so that each derivative adds one joint at most to the three
+    // that the first one may have.
+    ValueList roots(n + 2);
+    ValueList joints(n + 2);
     if (n > 0) {
         const ERPolynome& linear = derivatives[n - 1];
         roots.append(-linear[0] / linear[1]);
     }
-    for (unsigned int k = n; k-- > 1;)
-        roots = rootsBetween(joints(limits, roots), derivatives[k - 1], derivatives[k]);
-    if (n > 1) return roots;
+    for (unsigned int k = n; k-- > 1;) {
+        makeJoints(limits, roots, joints);
+        findRoots(joints, derivatives[k - 1], derivatives[k], roots);
+    }
+    if (n > 1) return roots.finish();
 
     // No derivative was searched, which would have tested the limits.
-    ERVec<double> result;
+    ValueList result(n + 2);
     if (isNull(p.evaluate(limits.start()))) result.append(limits.start());
     for (const double root : roots)
-        if (limits.strictlyInBound(root)) appendNew(result, root);
-    if (isNull(p.evaluate(limits.end()))) appendNew(result, limits.end());
-    return result;
+        if (limits.strictlyInBound(root)) result.appendNew(root);
+    if (isNull(p.evaluate(limits.end()))) result.appendNew(limits.end());
+    return result.finish();
 }
 
 }  // namespace kerf
