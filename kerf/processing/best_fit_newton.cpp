@@ -1,10 +1,13 @@
+#include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <limits>
 #include <utility>
 
 #include "kerf/numerics/newton_solvers.h"
 #include "kerf/processing/best_fit.h"
 #include "kerf/processing/point_pair_sums.h"
+#include "kerf/values/transformation_3d_representation.h"
 
 namespace kerf {
 
@@ -16,6 +19,7 @@ constexpr unsigned int none = 0xFFFFFFFF;
 constexpr double differenceStep = 1e-8;
 constexpr double flatness = 1e-8;
 constexpr double tolerance = 1e-11;
+constexpr double unitTolerance = 1e-11;
 constexpr int constructionLimit = 400;
 // Set on the solver after its construction, whose limit it overrides.
 constexpr int iterationLimit = 500;
@@ -27,9 +31,8 @@ unsigned int farthestFrom(const ERPoint3D* points, unsigned int n, unsigned int 
     double largest2 = 0.0;
     unsigned int found = none;
     for (unsigned int i = 0; i < n; ++i) {
-        if (i == from) continue;
         const double length2 = distance2(points[i], origin);
-        // Lengths decide: of two with the same root the first stays.
+        // Lengths decide: of two with the same root the first stays. The point itself has none.
         if (length2 > largest2 && std::sqrt(length2) > std::sqrt(largest2)) {
             largest2 = length2;
             found = i;
@@ -38,16 +41,25 @@ unsigned int farthestFrom(const ERPoint3D* points, unsigned int n, unsigned int 
     return found;
 }
 
+// The point other than i1 and i2 with the largest sum of its distances to these two.
 unsigned int farthestFromBoth(const ERPoint3D* points, unsigned int n, unsigned int i1,
                               unsigned int i2) {
+    // A sum above s of two lengths with the squares q and r needs 4 q r > (s^2 - q - r)^2. With some
+    // room for rounding this spares most points the roots.
+    constexpr double room = 1.0 - 1e-12;
+    constexpr double smallestRest = 1e-140;  // has an accurate square
     const ERPoint3D p1 = points[i1], p2 = points[i2];
     double largest = 0.0;
+    double bound2 = 0.0;
     unsigned int found = none;
     for (unsigned int i = 0; i < n; ++i) {
-        if (i == i1 || i == i2) continue;
-        const double sum = distance(points[i], p1) + distance(points[i], p2);
-        if (sum > largest) {
+        const double q = distance2(points[i], p1), r = distance2(points[i], p2);
+        const double rest = bound2 - q - r;
+        if (rest > smallestRest && rest * rest > 4.0 * q * r) continue;
+        const double sum = std::sqrt(q) + std::sqrt(r);
+        if (sum > largest && i != i1 && i != i2) {
             largest = sum;
+            bound2 = sum * sum * room;
             found = i;
         }
     }
@@ -62,9 +74,8 @@ unsigned int squarestTo(const ERPoint3D* points, unsigned int n, unsigned int i3
     double smallest = std::numeric_limits<double>::infinity();
     unsigned int found = none;
     for (unsigned int i = 0; i < n; ++i) {
-        if (i == i3) continue;
         const double along = std::fabs(ERVector3D(p3, points[i]) * direction);
-        if (along < smallest) {
+        if (along < smallest && i != i3) {
             smallest = along;
             found = i;
         }
@@ -74,8 +85,11 @@ unsigned int squarestTo(const ERPoint3D* points, unsigned int n, unsigned int i3
 
 bool isNull(const ERVector3D& v) { return v.i() == 0.0 && v.j() == 0.0 && v.k() == 0.0; }
 
+// The matrix of ERChgRepere3D(x, y, ERPoint3D()), reduced as there: a frame that is nearly the
+// reference frame is that frame.
 LinearMap cleanFrame(const ERVector3D& x, const ERVector3D& y) {
-    return LinearMap(ERChgRepere3D(x, y, ERPoint3D()).getMatrix());
+    const LinearMap frame(_ERWorkplane(x, y, ERPoint3D()).getMatrix());
+    return frame.isUnit(unitTolerance) ? LinearMap() : frame;
 }
 
 // Two difference vectors between four points, of which an orthonormal frame is made.
@@ -91,8 +105,8 @@ struct FrameVectors {
     // Made twice: of vectors nearly in line the product is all rounding and not square to them, so
     // that the first frame is orthonormal only in so far as its two first axes are at right angles.
     LinearMap frame() const {
-        const ERPmIsometrie3D rough = ERChgRepere3D(x, y, ERPoint3D());
-        return cleanFrame(rough.getVector(Coord3D::CoordX), rough.getVector(Coord3D::CoordY));
+        const LinearMap rough = cleanFrame(x, y);
+        return cleanFrame({rough.xx, rough.yx, rough.zx}, {rough.xy, rough.yy, rough.zy});
     }
 };
 
@@ -117,12 +131,17 @@ bool findStart(const ERPoint3D* a, const ERPoint3D* b, unsigned int n, LinearMap
 
 double largestDistance(const ERPoint3D* points, unsigned int n, const ERPoint3D& centre) {
     const ERPoint3D origin = centre;
-    double largest = 0.0;
-    for (unsigned int i = 0; i < n; ++i) {
-        const double squared = distance2(points[i], origin);
-        if (squared > largest) largest = squared;
-    }
-    return std::sqrt(largest);
+    const auto take = [&origin](double& largest, const ERPoint3D& p) {
+        const double squared = distance2(p, origin);
+        largest = squared > largest ? squared : largest;
+    };
+    // Side by side, which the compiler makes vector code of.
+    constexpr unsigned int run = 8;
+    double largest[run] = {};
+    for (; n >= run; n -= run, points += run)
+        for (unsigned int k = 0; k < run; ++k) take(largest[k], points[k]);
+    for (unsigned int k = 0; k < n; ++k) take(largest[k], points[k]);
+    return std::sqrt(*std::max_element(std::begin(largest), std::end(largest)));
 }
 
 // Row r is component r of the sum of (R a) x b, with `mean` the mean of a b^T.
@@ -223,9 +242,10 @@ BSTF_RESULT ERPointSetBestFitSolver::solve(ERPmIsometrie3D& result) {
     const ERMatrix<double> found = rotation(x);
     const ERVector3D firstColumn(found(0, 0), found(1, 0), found(2, 0));
     const ERVector3D secondColumn(found(0, 1), found(1, 1), found(2, 1));
-    const ERMatrix<double> whole = (cleanFrame(firstColumn, secondColumn) * start).asMatrix();
-    const ERPmIsometrie3D linear(ERSimilitude3D(whole).getRepresentation());
-    result = ERTranslation3D(sums.second - (linear >> sums.first)) * linear;
+    const LinearMap whole = cleanFrame(firstColumn, secondColumn) * start;
+    const ERPmIsometrie3D turn(new _ERRotation3D(whole.asMatrix()));
+    const ERPoint3D shift = sums.second - (turn >> sums.first);
+    result = ERPmIsometrie3D(new _ERWorkplane(turn.getMatrix(), shift));
     deviation = notComputed;
     lastTransform = result;
     return BestFitDone;

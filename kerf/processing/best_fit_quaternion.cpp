@@ -2,6 +2,7 @@
 
 #include "kerf/processing/best_fit.h"
 #include "kerf/processing/point_pair_sums.h"
+#include "kerf/values/transformation_3d_representation.h"
 
 namespace kerf {
 
@@ -10,6 +11,11 @@ namespace {
 constexpr double pi = 3.141592653589793;
 
 ERVector3D componentAlong(const ERVector3D& v, const ERVector3D& axis) { return axis * (v * axis); }
+
+// ERTranslation3D(shift) * turn.
+ERPmIsometrie3D translated(const ERPmIsometrie3D& turn, const ERVector3D& shift) {
+    return ERPmIsometrie3D(new _ERWorkplane(turn.getMatrix(), ERPoint3D(shift)));
+}
 
 PointPairSums sumsOver(const ERVec<ERPoint3D>& from, const ERVec<ERPoint3D>& to) {
     KERF_CHECK_ARGUMENT(from.length() == to.length());
@@ -109,7 +115,7 @@ void ERPointSetBestFitSolver1::find_free_transform(const ERVec<ERPoint3D>& from,
     rotation = ERQuaternion(ERVec<double>(vectors.col(3)));
     const ERPmIsometrie3D turn = ERRotation3D(rotation);
     translation = secondCentre - (turn >> firstCentre);
-    result = ERTranslation3D(translation) * turn;
+    result = translated(turn, translation);
 }
 
 // About a fixed axis the sum of squares is, but for a constant, -(A cos t + 2 B sin t) of the angle
@@ -147,7 +153,7 @@ double ERPointSetBestFitSolver1::find_fixed_axis_transform(const ERVec<ERPoint3D
         c.shift = secondCentre - (turn >> firstCentre);
         if (lockAlongAxis) c.shift -= componentAlong(c.shift, unit);
         if (lockPerpAxis) c.shift = componentAlong(c.shift, unit);
-        c.motion = ERTranslation3D(c.shift) * turn;
+        c.motion = translated(turn, c.shift);
         c.squares = sumOfSquaredDistances(from.data(), to.data(), from.length(),
                                           LinearMap(c.motion.getMatrix()), c.motion.getTrans());
         return c;

@@ -8,6 +8,25 @@ namespace {
 
 constexpr unsigned int blockLength = 1024;
 
+// Two doubles computed with side by side, in one vector register where the compiler can be told so.
+#if defined(__GNUC__)
+using Pair = double __attribute__((vector_size(16)));
+#else
+struct Pair {
+    double elements[2];
+    double operator[](int i) const { return elements[i]; }
+    Pair& operator+=(const Pair& b) {
+        elements[0] += b[0];
+        elements[1] += b[1];
+        return *this;
+    }
+    friend Pair operator-(const Pair& a, const Pair& b) { return {a[0] - b[0], a[1] - b[1]}; }
+    friend Pair operator*(const Pair& a, const Pair& b) { return {a[0] * b[0], a[1] * b[1]}; }
+};
+#endif
+
+Pair twice(double value) { return Pair{value, value}; }
+
 // cross += factor u v^T.
 void addProduct(LinearMap& cross, const ERPoint3D& u, const ERPoint3D& v, double factor) {
     const ERPoint3D f = u * factor;
@@ -22,37 +41,34 @@ void addProduct(LinearMap& cross, const ERPoint3D& u, const ERPoint3D& v, double
     cross.zz += f.z() * v.z();
 }
 
-// The sums over these n > 0 pairs about their own barycentres, from sums about the first pair.
+// The sums over these n > 0 pairs about their own barycentres, from sums about the first pair. Of
+// each point x and y go together, and the z of a go with those of b: nine registers hold all sums.
 PointPairSums ofBlock(const ERPoint3D* a, const ERPoint3D* b, unsigned int n) {
     const ERPoint3D a0 = a[0], b0 = b[0];
-    double ax = 0.0, ay = 0.0, az = 0.0, bx = 0.0, by = 0.0, bz = 0.0;
-    double xx = 0.0, xy = 0.0, xz = 0.0, yx = 0.0, yy = 0.0, yz = 0.0, zx = 0.0, zy = 0.0, zz = 0.0;
+    const Pair originA{a0.x(), a0.y()}, originB{b0.x(), b0.y()}, originZ{a0.z(), b0.z()};
+    Pair sumA{}, sumB{}, sumZ{};
+    Pair rowX{}, rowY{}, rowZ{}, columnZ{};
+    double zz = 0.0;
     for (unsigned int i = 0; i < n; ++i) {
-        const double u = a[i].x() - a0.x(), v = a[i].y() - a0.y(), w = a[i].z() - a0.z();
-        const double x = b[i].x() - b0.x(), y = b[i].y() - b0.y(), z = b[i].z() - b0.z();
-        ax += u;
-        ay += v;
-        az += w;
-        bx += x;
-        by += y;
-        bz += z;
-        xx += u * x;
-        xy += u * y;
-        xz += u * z;
-        yx += v * x;
-        yy += v * y;
-        yz += v * z;
-        zx += w * x;
-        zy += w * y;
-        zz += w * z;
+        const Pair p = Pair{a[i].x(), a[i].y()} - originA;
+        const Pair q = Pair{b[i].x(), b[i].y()} - originB;
+        const Pair z = Pair{a[i].z(), b[i].z()} - originZ;
+        sumA += p;
+        sumB += q;
+        sumZ += z;
+        rowX += twice(p[0]) * q;
+        rowY += twice(p[1]) * q;
+        rowZ += twice(z[0]) * q;
+        columnZ += p * twice(z[1]);
+        zz += z[0] * z[1];
     }
 
-    const ERPoint3D toFirst = ERPoint3D(ax, ay, az) / n;
-    const ERPoint3D toSecond = ERPoint3D(bx, by, bz) / n;
+    const ERPoint3D toFirst = ERPoint3D(sumA[0], sumA[1], sumZ[0]) / n;
+    const ERPoint3D toSecond = ERPoint3D(sumB[0], sumB[1], sumZ[1]) / n;
     PointPairSums sums;
     sums.first = a0 + toFirst;
     sums.second = b0 + toSecond;
-    sums.cross = {xx, xy, xz, yx, yy, yz, zx, zy, zz};
+    sums.cross = {rowX[0], rowX[1], columnZ[0], rowY[0], rowY[1], columnZ[1], rowZ[0], rowZ[1], zz};
     addProduct(sums.cross, toFirst, toSecond, -static_cast<double>(n));
     return sums;
 }
