@@ -27,7 +27,7 @@ public:
     ERLong sons(int i) const;  ///< 0 <= i <= 2 * order; -1 when there is none
     ERLong items(int i) const;
     char* keys(int i) const;  ///< keyLength bytes
-    bool isLeaf() const { return sons(0) == -1; }
+    bool isLeaf() const;
 
     /// No keys, no sons, and zeros elsewhere.
     void initialize();
@@ -308,6 +308,8 @@ inline bool ERDiskTreeNode::hasSoundCounter() const {
 inline int ERDiskTreeNode::counter() const { return hasSoundCounter() ? word(0) : 0; }
 
 inline ERLong ERDiskTreeNode::sons(int i) const { return word(firstSonWord + i); }
+
+inline bool ERDiskTreeNode::isLeaf() const { return sons(0) == -1; }
 
 inline ERLong ERDiskTreeNode::items(int i) const {
     return word(firstSonWord + tree->capacity() + 1 + i);

@@ -1,5 +1,12 @@
 #include "kerf/platform/thread_storage.h"
 
+#if defined(_WIN32)
+#if !defined(NOMINMAX)
+#define NOMINMAX
+#endif
+#include <windows.h>
+#endif
+
 #include <algorithm>
 #include <memory>
 #include <new>
@@ -17,9 +24,6 @@ struct Record {
 
 // Plain values, so that they can be read before and after the life of the thread's objects.
 constinit thread_local std::vector<Record>* records = nullptr;
-constinit thread_local bool isLoadingThread = false;
-
-[[maybe_unused]] const bool loadingThreadIsMarked = isLoadingThread = true;
 
 // What the loading thread left when it ended.
 constinit std::vector<Record>* leftByLoadingThread = nullptr;
@@ -47,21 +51,64 @@ void destroyOf(std::uintptr_t serial, std::vector<Record>& among, bool threadLiv
     destroy(record);
 }
 
+// The objects of a thread go when it ends, those of the loading thread with their owners.
+void endThread(std::vector<Record>* ended, bool isLoadingThread) {
+    if (isLoadingThread) {
+        leftByLoadingThread = ended;
+        return;
+    }
+    records = ended;
+    while (!records->empty()) destroyLast();
+    delete records;
+    records = nullptr;
+}
+
+#if defined(_WIN32)
+
+const DWORD loadingThread = ::GetCurrentThreadId();
+
+// Thread-local variables may be gone before their destructors run (with GCC they are), and `found`
+// is one: the end of a thread is told by a slot of the system's, which has the records.
+void WINAPI threadEnds(void* ended) {
+    if (ended == nullptr || ended == leftByLoadingThread) return;
+    std::vector<Record>* const left = static_cast<std::vector<Record>*>(ended);
+    for (Record& record : *left) record.found = nullptr;
+    endThread(left, ::GetCurrentThreadId() == loadingThread);
+}
+
+class ThreadEndSlot {
+public:
+    ThreadEndSlot() : slot(::FlsAlloc(threadEnds)) {}
+    ~ThreadEndSlot() { ::FlsFree(slot); }
+    void set(std::vector<Record>* value) const { ::FlsSetValue(slot, value); }
+
+private:
+    DWORD slot;
+};
+
+void tellEndOfThread() {
+    static const ThreadEndSlot slot;
+    slot.set(records);
+}
+
+#else
+
+constinit thread_local bool isLoadingThread = false;
+
+[[maybe_unused]] const bool loadingThreadIsMarked = isLoadingThread = true;
+
 struct ThreadEnd {
     ~ThreadEnd() {
-        if (records == nullptr) return;
-        if (isLoadingThread) {
-            leftByLoadingThread = records;
-            return;
-        }
-        while (!records->empty()) destroyLast();
-        delete records;
-        records = nullptr;
+        if (records != nullptr) endThread(records, isLoadingThread);
     }
     void arm() const {}
 };
 
 thread_local const ThreadEnd threadEnd;
+
+void tellEndOfThread() { threadEnd.arm(); }
+
+#endif
 
 const Record* find(std::uintptr_t serial) {
     if (records == nullptr) return nullptr;
@@ -89,9 +136,11 @@ CNoTrackObject* CThreadLocalObject::GetData(CNoTrackObject* (*create)(), Found& 
         found = {own, known->object};
         return known->object;
     }
-    threadEnd.arm();
+    if (records == nullptr) {
+        records = new std::vector<Record>;
+        tellEndOfThread();
+    }
     std::unique_ptr<CNoTrackObject> object(create());
-    if (records == nullptr) records = new std::vector<Record>;
     records->push_back({own, object.get(), &found});
     found = {own, object.get()};
     return object.release();

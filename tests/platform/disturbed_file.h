@@ -6,8 +6,14 @@
 
 namespace kerf::test {
 
-constexpr unsigned int createExclusive =
-    CFile::modeCreate | CFile::modeReadWrite | CFile::shareExclusive;
+// Files are looked at by other means while they are open, which Windows refuses to everybody when a
+// file is held alone.
+#if defined(_WIN32)
+constexpr unsigned int exclusive = CFile::shareDenyNone;
+#else
+constexpr unsigned int exclusive = CFile::shareExclusive;
+#endif
+constexpr unsigned int createExclusive = CFile::modeCreate | CFile::modeReadWrite | exclusive;
 
 /// An open and empty file over a backend that can be told to disturb it.
 template <class File>
