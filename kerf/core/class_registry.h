@@ -1,4 +1,6 @@
 #pragma once
+#include <cstddef>
+
 #include "kerf/platform/config.h"
 #include "kerf/platform/root_object.h"
 
@@ -161,6 +163,7 @@ public:                                                                         
     static Class const* castdown(::kerf::ERObject const* object) {                                 \
         return ::kerf::castdownTo<Class const>(object);                                            \
     }                                                                                              \
+    static Class* castdown(std::nullptr_t) { return nullptr; }                                     \
     static Class& castdown(::kerf::ERObject& object) {                                             \
         return ::kerf::referenceOrNull(::kerf::castdownTo<Class>(&object));                        \
     }                                                                                              \

@@ -100,8 +100,9 @@ void ERMemPool::purge() {
 
 void* ERMemoryPool::operator new(std::size_t objectSize) {
     const std::size_t index = poolIndex(objectSize);
-    if (index >= poolCount) return allocateFromHeap(objectSize);
-    return withHeader(threadData().pool(static_cast<unsigned int>(index)).alloc());
+    kerfThreadLocalData* const data = index < poolCount ? threadDataUnlessGone() : nullptr;
+    if (data == nullptr) return allocateFromHeap(objectSize);
+    return withHeader(data->pool(static_cast<unsigned int>(index)).alloc());
 }
 
 void* ERMemoryPool::operator new(std::size_t objectSize, int count) {

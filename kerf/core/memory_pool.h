@@ -183,7 +183,8 @@ private:
 };
 
 /// Base class of small objects: new takes them from the pools of the calling thread, or from the
-/// general heap from 188 bytes on. Objects are aligned to two words (16 or 8 bytes).
+/// general heap from 188 bytes on, and where a thread that ends has no pools any more. Objects are
+/// aligned to two words (16 or 8 bytes).
 ///
 /// An object may be deleted in any thread that has no concurrent user of the pool it came from, and
 /// must not outlive the thread that made it.

@@ -43,6 +43,7 @@ class KERF_EXPORT ERObject : public CObject, public ERReference {
     virtual void* _castdown(ERClassRegistration const& wanted) const;
     static ERObject* castdown(ERObject* object) { return object; }
     static ERObject const* castdown(ERObject const* object) { return object; }
+    static ERObject* castdown(std::nullptr_t) { return nullptr; }
     static ERObject& castdown(ERObject& object) { return object; }
     static ERObject const& castdown(ERObject const& object) { return object; }
 

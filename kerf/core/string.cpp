@@ -416,10 +416,6 @@ unsigned int ERCString::index(const ERCString& text, unsigned int count, unsigne
     return index(text.data(), std::min(count, text.length()), start, mode);
 }
 
-unsigned int ERCString::index(const ERCRegexp& pattern, unsigned int start) const {
-    return pattern.index(*this, nullptr, start);
-}
-
 unsigned int ERCString::index(const ERCRegexp& pattern, unsigned int* matchLength,
                               unsigned int start) const {
     return pattern.index(*this, matchLength, start);

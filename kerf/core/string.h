@@ -201,9 +201,13 @@ public:
     unsigned int index(const ERCString& text, unsigned int count, unsigned int start,
                        caseCompare mode = exact) const;
     /// Where the pattern first matches, see ERCRegexp::index. A null matchLength is left out.
-    unsigned int index(const ERCRegexp& pattern, unsigned int start = 0) const;
-    unsigned int index(const ERCRegexp& pattern, unsigned int* matchLength,
+    unsigned int index(const ERCRegexp& pattern, unsigned int* matchLength = nullptr,
                        unsigned int start = 0) const;
+    // A template, so that a literal 0 is a start, and a text with a start is no pattern.
+    template <std::same_as<ERCRegexp> Pattern>
+    unsigned int index(const Pattern& pattern, std::integral auto start) const {
+        return index(pattern, nullptr, static_cast<unsigned int>(start));
+    }
 
     /// The n bytes at a position, fewer at the end; null behind it.
     ERCSubString operator()(unsigned int position, unsigned int n);

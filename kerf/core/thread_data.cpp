@@ -20,6 +20,7 @@ CThreadLocal<kerfThreadLocalData>
     allThreadsData;
 
 KERF_NEAR_THREAD_LOCAL constinit thread_local kerfThreadLocalData* thisThreadsData = nullptr;
+constinit thread_local bool thisThreadsDataIsGone = false;
 
 // Never destroyed: a thread may build its data while the process is already ending.
 CriticalSection& construction() {
@@ -35,6 +36,7 @@ kerfThreadLocalData::kerfThreadLocalData() {
     pools = std::make_unique<ERMemPool[]>(poolCount);
     cache = std::make_unique<ERVecRepCache>(cachedBytesLimit, cachedBlocksLimit, cacheBuckets);
     thisThreadsData = this;
+    thisThreadsDataIsGone = false;
 }
 
 kerfThreadLocalData::~kerfThreadLocalData() {
@@ -46,6 +48,7 @@ kerfThreadLocalData::~kerfThreadLocalData() {
             releaseBlock(scratchBlock);
     }
     thisThreadsData = nullptr;
+    thisThreadsDataIsGone = true;
     cache.reset();
 }
 
@@ -66,6 +69,11 @@ kerfThreadLocalData& threadData() {
     return data != nullptr ? *data : *allThreadsData.GetData();
 }
 
-kerfThreadLocalData* threadDataIfBuilt() { return thisThreadsData; }
+kerfThreadLocalData* threadDataUnlessGone() {
+    kerfThreadLocalData* const data = thisThreadsData;
+    if (data != nullptr) [[likely]]
+        return data;
+    return thisThreadsDataIsGone ? nullptr : allThreadsData.GetData();
+}
 
 }  // namespace kerf

@@ -49,8 +49,8 @@ private:
 /// The calling thread's data, built when it is not there yet.
 KERF_EXPORT kerfThreadLocalData& threadData();
 
-/// The calling thread's data, or null when it was never built or is gone: for what may run at the
-/// thread's end.
-KERF_EXPORT kerfThreadLocalData* threadDataIfBuilt();
+/// The same, or null when the data is gone already: for what may run at the thread's end, where data
+/// built anew would outlive the thread.
+KERF_EXPORT kerfThreadLocalData* threadDataUnlessGone();
 
 }  // namespace kerf

@@ -85,7 +85,7 @@ public:
     void cow() {
         if (block()->isShared()) clone();
     }
-    void cow(unsigned n);    ///< clones if shared or if there is no room for n elements
+    void cow(unsigned n);    ///< clones if shared or without room for n elements; keeps them all
     void clone();            ///< takes a private copy
     void clone(unsigned n);  ///< takes a private copy with room for n elements, cut to n
 

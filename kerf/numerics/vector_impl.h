@@ -82,7 +82,7 @@ unsigned ERSimpleVec<T>::capacity(unsigned n) {
 
 template <class T>
 void ERSimpleVec<T>::cow(unsigned n) {
-    if (block()->isShared() || capacity() < n) clone(n);
+    if (block()->isShared() || capacity() < n) clone(std::max(n, length()));
 }
 
 template <class T>

@@ -31,6 +31,12 @@ bool liesIn(const ERVecRep& rep, const void* p) {
     return !before(p, rep.bytes()) && before(p, rep.bytes() + rep.capacity);
 }
 
+// Null once the thread is being torn down.
+ERVecRepCache* threadsCache() {
+    kerfThreadLocalData* const data = threadDataUnlessGone();
+    return data ? data->blockCache() : nullptr;
+}
+
 struct GiveBack {
     void operator()(ERVecRep* rep) const { rep->free(); }
 };
@@ -59,7 +65,7 @@ unsigned ERVecRep::adjustCapacity(unsigned n) {
 ERVecRep* ERVecRep::getRep(unsigned bytes, int noInit) {
     const unsigned room = adjustCapacity(bytes);
     if (bytes == maxBytes || room < bytes) return nullptr;
-    ERVecRepCache* cache = threadData().blockCache();
+    ERVecRepCache* cache = threadsCache();
     ERVecBlock* block = cache ? cache->getRep(room) : nullptr;
     if (!block) block = allocateBlock(room);
     if (!block) return nullptr;
@@ -189,7 +195,7 @@ void ERVecRep::initWithVector(unsigned pos, const void* src, unsigned count) {
 }
 
 void ERVecRep::free() {
-    if (ERVecRepCache* cache = threadData().blockCache())
+    if (ERVecRepCache* cache = threadsCache())
         cache->free(this);
     else
         releaseBlock(this);
