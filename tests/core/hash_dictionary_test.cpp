@@ -33,21 +33,17 @@ TEST(HashDictionary, FollowsAMapThroughRandomOperations) {
     for (int step = 0; step < 20000; ++step) {
         const int key = static_cast<int>(random() % 60);
         const std::string value = std::to_string(random());
-        switch (random() % 4) {
-            case 0:
-                dictionary.insertKeyAndValue(key, wanted[key] = value);
-                break;
-            case 1:
-                dictionary[key] += 'x';
-                wanted[key] += 'x';
-                break;
-            case 2:
-                ASSERT_EQ(dictionary.remove(key), static_cast<int>(wanted.erase(key)));
-                break;
-            default:
-                if (random() % 40 == 0) dictionary.resize(static_cast<unsigned int>(random() % 30));
-                if (random() % 200 == 0) dictionary.clear(), wanted.clear();
+        const auto way = random() % 400;
+        if (way < 150) {
+            dictionary.insertKeyAndValue(key, wanted[key] = value);
+        } else if (way < 250) {
+            dictionary[key] += 'x';
+            wanted[key] += 'x';
+        } else {
+            ASSERT_EQ(dictionary.remove(key), static_cast<int>(wanted.erase(key)));
         }
+        if (way % 40 == 0) dictionary.resize(static_cast<unsigned int>(random() % 30));
+        if (way == 0) dictionary.clear(), wanted.clear();
         const int sought = static_cast<int>(random() % 60);
         int found = -1;
         std::string read = "former";
@@ -65,30 +61,26 @@ TEST(HashDictionary, FollowsAMapThroughRandomOperations) {
 TEST(HashDictionary, WalksItsBucketsInOrderOfArrival) {
     Dictionary dictionary(identity, 4);
     for (const int key : {9, 2, 5, 1, 4}) dictionary[key] = "v";
-    const Entries byFours{{4, "v"}, {9, "v"}, {5, "v"}, {1, "v"}, {2, "v"}};
-    EXPECT_EQ(contents(dictionary), byFours);
     const Dictionary copy(dictionary);
     dictionary[4] = "changed";
     dictionary.resize(3);
     EXPECT_EQ(contents(dictionary),
               (Entries{{9, "v"}, {4, "changed"}, {1, "v"}, {5, "v"}, {2, "v"}}));
-    dictionary = copy;
-    EXPECT_EQ(contents(dictionary), byFours);
+    EXPECT_EQ(contents(copy), (Entries{{4, "v"}, {9, "v"}, {5, "v"}, {1, "v"}, {2, "v"}}));
 }
 
-TEST(HashDictionary, ValuesStayInPlaceAndAreChangedByTheWalk) {
+TEST(HashDictionary, ValuesStayInPlaceAndTheWalkMayRemoveThem) {
     Dictionary dictionary(identity, 2);
     std::string& first = dictionary[1];
     for (int key = 2; key < 200; ++key) dictionary[key] = "v";
     dictionary.resize(50);
-    EXPECT_EQ(&dictionary[1], &first);
     dictionary.applyToKeyAndValue(
         [](const int& key, std::string& value, void* context) {
             value = std::to_string(key);
             if (key % 2 == 0) static_cast<Dictionary*>(context)->remove(key);
         },
         &dictionary);
-    EXPECT_TRUE(dictionary.entries() == 100 && first == "1");
+    EXPECT_TRUE(dictionary.entries() == 100 && first == "1" && &dictionary[1] == &first);
 }
 
 }  // namespace

@@ -11,7 +11,6 @@
 #include <vector>
 
 #include "kerf/core/thread_data.h"
-#include "kerf/platform/sinks.h"
 
 namespace kerf {
 namespace {
@@ -23,20 +22,6 @@ unsigned int chunksOf(const ERMemPool& pool) {
     for (const ERChunk* c = pool.chunks(); c != nullptr; previous = c, c = c->GetNext(), ++count)
         EXPECT_EQ(c->GetPrevious(), previous);
     return count;
-}
-
-TEST(Chunk, HoldsItsSlotsButTheLast) {
-    EXPECT_EQ(chunkSlots(8, 4), 338u);
-    for (const unsigned int objectSize : {0u, 20u, 1000u}) {
-        ERMemPool pool(objectSize, 0);
-        pool.alloc();
-        ERChunk* const chunk = pool.chunks();
-        while (void* const item = chunk->GetNextFreeItem())
-            EXPECT_TRUE(chunk->IsInBound(item) && ERChunk::of(item) == chunk);
-        EXPECT_EQ(chunk->used(), chunkSlots(objectSize + 4) - 1);
-        EXPECT_FALSE(chunk->IsInBound(chunk) ||
-                     chunk->IsInBound(reinterpret_cast<char*>(chunk) + ERChunk::size));
-    }
 }
 
 TEST(Pool, ItemsAreDisjointAndKeepTheirContent) {
@@ -80,23 +65,6 @@ TEST(Pool, FreedChunksLeaveTheChainAnywhere) {
     }
 }
 
-TEST(Pool, TheFreeBeyondTheLimitCollates) {
-    std::string text;
-    const DebugTextSink former = setDebugTextSink([&](const char* part) { text += part; });
-    text.clear();
-    ERMemPool::debug_MemPool = 1;
-    ERMemPool pool(12, 1024);
-    std::vector<void*> items(1026);
-    for (void*& item : items) item = pool.alloc();
-    for (std::size_t i = 0; i < 1024; ++i) pool.free(items[i]);
-    EXPECT_EQ(text, "");
-    pool.free(items[1024]);
-    ERMemPool::debug_MemPool = 0;
-    EXPECT_EQ(text, "Garbage Collecting done\n");
-    setDebugTextSink(former);
-    EXPECT_EQ(chunksOf(pool), 1u) << "only the chunk of the last item in use is left";
-}
-
 TEST(PoolObject, RequestsGoToThePoolOfTheirSize) {
     for (std::size_t bytes = 1; bytes <= 400; ++bytes) {
         void* const object = std::memset(ERMemoryPool::operator new(bytes), 0xA5, bytes);
@@ -109,9 +77,6 @@ TEST(PoolObject, RequestsGoToThePoolOfTheirSize) {
                                          chunk->itemSize() == 4 * (index + 1)));
         ERMemoryPool::operator delete(object);
     }
-    void* const block = ERMemoryPool::operator new(12, 10);  // the count multiplies the request
-    EXPECT_EQ(ERChunk::of(block)->pool(), &threadData().pool(31));
-    ERMemoryPool::operator delete(block, 10);
 }
 
 TEST(PoolObject, GoesBackToThePoolThatMadeItFromAnyThread) {

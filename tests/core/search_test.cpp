@@ -27,8 +27,6 @@ TEST(BinarySearch, FindsTheFirstOfEquals) {
                           sizeof(double), compareDouble, index);
             ASSERT_EQ(found != 0, place != sorted.end() && *place == sought);
             ASSERT_EQ(index, static_cast<unsigned int>(place - sorted.begin()));
-            EXPECT_EQ(compareDouble(&sought, values), sought == -inf ? 0 : 1);
-            EXPECT_EQ(compareDouble(values, &sought), sought == -inf ? 0 : -1);
         }
     }
 }

@@ -1,94 +1,51 @@
 #include "kerf/numerics/cube.h"
 
-#include <gtest/gtest.h>
-
-#include <numeric>
-#include <string>
-
-#include "kerf/core/file.h"
-#include "tests/support/temporary_file.h"
+#include "tests/numerics/vector_checks.h"
 
 namespace kerf {
 namespace {
 
-using test::TemporaryFile;
+using namespace test;
 
-ERDoubleCube counting(unsigned nx, unsigned ny, unsigned nz) {
-    ERDoubleCube cube(nx, ny, nz);
+ERDoubleCube numbered() {
+    ERDoubleCube cube(2, 3, 4);
     std::iota(cube.begin(), cube.end(), 0.0);
     return cube;
 }
 
-// The sticks lay the elements out x first, then z, then y.
-TEST(Cube, SticksAddressTheirOwnOrder) {
-    const ERDoubleCube cube = counting(2, 3, 4);
-    const auto inSticks = [](unsigned x, unsigned y, unsigned z) { return (4 * y + z) * 2.0 + x; };
-    for (unsigned x = 0; x < 2; ++x)
-        for (unsigned y = 0; y < 3; ++y)
-            for (unsigned z = 0; z < 4; ++z) {
-                EXPECT_EQ(cube.stickX(y, z)[x], inSticks(x, y, z));
-                EXPECT_EQ(cube.stickY(x, z)[y], inSticks(x, y, z));
-                EXPECT_EQ(cube.stickZ(x, y)[z], inSticks(x, y, z));
-            }
-    EXPECT_EQ(cube.stickX(0, 0).length(), 2u);
+// The sticks and planes lay the elements out x first, then z, then y.
+TEST(Cube, SticksAndPlanesAddressTheirOwnOrder) {
+    const ERDoubleCube cube = numbered();
+    const Matrix plane = ExtractMatFromX(cube, 1);
+    for (unsigned y = 0; y < 3; ++y) {
+        for (unsigned z = 0; z < 4; ++z) {
+            const double atStart = (4 * y + z) * 2.0;
+            EXPECT_EQ(listOf(cube.stickX(y, z)), (Values{atStart, atStart + 1}));
+            EXPECT_EQ(cube.stickY(1, z)[y], atStart + 1);
+            EXPECT_EQ(cube.stickZ(1, y)[z], atStart + 1);
+            EXPECT_EQ(plane(y, z), atStart + 1);
+            EXPECT_EQ(cube(0, y, z), (3 * z + y) * 2.0);
+        }
+    }
     EXPECT_EQ(cube.stickY(0, 0).length(), 3u);
     EXPECT_EQ(cube.stickZ(0, 0).length(), 4u);
-    EXPECT_NE(cube.stickY(0, 1)[0], cube(0, 0, 1));
+
+    ERDoubleCube written(cube);
+    EXPECT_EQ(&SetMatFromX(written, Matrix(3, 4, 5.0), 1), &written);
+    EXPECT_TRUE(ExtractMatFromX(written, 1) == Matrix(3, 4, 5.0));
+    EXPECT_TRUE(SetMatFromX(written, plane, 1) == cube);
 }
 
-TEST(Cube, PlanesAreTakenOutAndPutBack) {
-    ERDoubleCube cube = counting(2, 3, 4);
-    const ERDoubleCube before(cube);
-    const ERMatrix<double> plane = ExtractMatFromX(cube, 1);
-    EXPECT_EQ(plane.rows(), 3u);
-    EXPECT_EQ(plane.cols(), 4u);
-    for (unsigned y = 0; y < 3; ++y)
-        for (unsigned z = 0; z < 4; ++z) EXPECT_EQ(plane(y, z), cube.stickX(y, z)[1]);
+TEST(CubeFile, IsTheExtentsAndTheVectorOrEmptyWhenTheyDoNotMatch) {
+    const std::string bytes = stored(numbered());
+    EXPECT_EQ(bytes, words({2, 3, 4}) + stored(numbered().asVector()));
+    EXPECT_TRUE(restored<ERDoubleCube>(bytes) == numbered());
 
-    EXPECT_EQ(&SetMatFromX(cube, ERMatrix<double>(3, 4, 5.0), 1), &cube);
-    EXPECT_TRUE(ExtractMatFromX(cube, 1) == ERMatrix<double>(3, 4, 5.0));
-    EXPECT_TRUE(ExtractMatFromX(cube, 0) == ExtractMatFromX(before, 0));
-    EXPECT_TRUE(SetMatFromX(cube, plane, 1) == before);
-}
-
-TEST(CubeFile, IsTheExtentsAndTheVector) {
-    const TemporaryFile temporary;
-    const ERDoubleCube cube = counting(2, 3, 4);
-    {
-        ERFile file(temporary.path(), ERFile::modeCreate | ERFile::modeReadWrite);
-        file << cube << ERDoubleCube();
-    }
-    EXPECT_EQ(cube.binaryStoreSize(), 208u);
-    EXPECT_EQ(temporary.bytes().substr(0, 16),
-              std::string("\2\0\0\0\3\0\0\0\4\0\0\0\xC0\0\0\0", 16));
-    ERFile file(temporary.path(), ERFile::modeRead);
-    ERDoubleCube restored, empty = cube;
-    file >> restored >> empty;
-    EXPECT_TRUE(restored == cube);
-    EXPECT_TRUE(empty == ERDoubleCube());
-}
-
-TEST(CubeFile, ExtentsThatDoNotMatchRestoreAsEmpty) {
-    const std::string one("\1\0\0\0", 4);
-    const std::string half("\0\0\0\x80", 4);  // 2^31
-    const std::string all("\xFF\xFF\xFF\xFF", 4);
-    const std::string zero(4, '\0');
-    const std::string twoElements = std::string("\x10\0\0\0", 4) + std::string(16, '\0');
-    for (const std::string& extents : {one + one + one, half + half + std::string("\4\0\0\0", 4),
-                                       zero + one + one, all + all + all}) {
-        const TemporaryFile temporary;
-        temporary.setBytes(extents + twoElements);
-        ERFile file(temporary.path(), ERFile::modeRead);
-        ERDoubleCube cube = counting(1, 1, 1);
-        file >> cube;
-        EXPECT_TRUE(cube == ERDoubleCube());
-    }
-    const TemporaryFile temporary;
-    temporary.setBytes(all + all + zero + zero);
-    ERFile file(temporary.path(), ERFile::modeRead);
-    ERDoubleCube cube;
-    file >> cube;
-    EXPECT_TRUE(cube == ERDoubleCube());
+    const std::string twoElements = words({16, 0, 0, 0, 0});
+    for (const std::string& damaged :
+         {words({1, 1, 1}) + twoElements, words({0x80000000, 0x80000000, 4}) + twoElements,
+          words({0xFFFFFFFF, 0xFFFFFFFF, 0, 0})})
+        EXPECT_TRUE(restored(damaged, numbered()) == ERDoubleCube());
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include <cstring>
 #include <functional>
 #include <map>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -22,7 +23,11 @@ struct Shape {
     unsigned int minOrder = 2;
     int binary = 1;
     unsigned int slots = 10;
+    const char* name = "Default";
 };
+
+/// The name of a parametrised test.
+inline void PrintTo(const Shape& shape, std::ostream* out) { *out << shape.name; }
 
 inline std::string binaryKey(unsigned int number) {
     return {static_cast<char>(number >> 24), static_cast<char>(number >> 16),

@@ -49,6 +49,20 @@ inline std::string words(std::initializer_list<ERLong> values) {
     return bytes;
 }
 
+/// Hands out the bytes of a file with each byte changed in three ways, and cut at each length.
+template <class Use>
+void forEachDamage(const std::string& sound, Use use) {
+    for (std::size_t offset = 0; offset < sound.size(); ++offset) {
+        SCOPED_TRACE(testing::Message() << "damaged at " << offset);
+        for (const int change : {0x01, 0x80, 0xFF}) {
+            std::string damaged = sound;
+            damaged[offset] = static_cast<char>(damaged[offset] ^ change);
+            use(damaged);
+        }
+        use(sound.substr(0, offset));
+    }
+}
+
 inline std::string newHeap() {
     return words({-1, 280, 268, /*node*/ 588}) + std::string(260, '\0') + words({12});
 }
@@ -56,6 +70,7 @@ inline std::string newHeap() {
 struct FreeNode {
     std::size_t location;
     std::vector<std::pair<ERLong, ERLong>> entries;  // start, size
+    bool operator==(const FreeNode&) const = default;
 };
 
 inline std::vector<FreeNode> freeList(const std::string& bytes) {
