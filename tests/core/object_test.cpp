@@ -61,6 +61,7 @@ TEST(ClassRegistry, FindsClassesAndCreatorsByExactName) {
     Leaf leaf;
     ERObject& root = leaf;
     EXPECT_EQ(&Right::castdown(root), static_cast<Right*>(&leaf));  // the part of the object
+    EXPECT_EQ(Right::castdown(nullptr), nullptr);
 }
 
 TEST(ERObject, KnowsWhetherItsOwnNewBuiltIt) {

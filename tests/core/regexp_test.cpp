@@ -39,6 +39,13 @@ std::vector<unsigned char> compiled(const std::string& text) {
 
 std::vector<unsigned char> bytes(const std::string& text) { return {text.begin(), text.end()}; }
 
+TEST(Regexp, TextsAreSearchedFromAStartOrForALength) {
+    unsigned int length = 0;
+    EXPECT_EQ(ERCString("hello").index(ERCRegexp("l+"), 0), 2u);
+    EXPECT_EQ(ERCString("hello").index(ERCRegexp("l+"), &length, 3), 3u);
+    EXPECT_EQ(length, 1u);
+}
+
 TEST(Regexp, CompiledForm) {
     EXPECT_EQ(compiled("^a.$b*c+d?"), bytes(std::string("^a.$*b+c?d\0", 11)));
     EXPECT_EQ(compiled("\\b\\E\\f\\n\\R\\s\\t\\q\\\\"),

@@ -73,6 +73,23 @@ Problem squareMinus(double c) {
     return scalar([c](double x) { return x * x - c; }, [](double x) { return 2 * x; });
 }
 
+// Into a round of two, and of a few values around a root that is not quite reached.
+TEST(ScalarNewton, SkippedRoundsEndWhereAllIterationsDo) {
+    const Problem cubic = scalar([](double x) { return x * x * x - 2 * x + 2; },
+                                 [](double x) { return 3 * x * x - 2; });
+    for (const auto& [problem, start] : {std::pair(cubic, 0.1), {cubic, 0.0}, {squareMinus(2), 9}})
+        for (int limit = 0; limit < 60; ++limit) {
+            Equation whole = problem, skipping = problem;
+            ERNewtonSSolver everyStep(&whole, 0, limit), fewer(&skipping, 0, limit);
+            fewer.skipRounds();
+            double x = start, y = start;
+            EXPECT_EQ(everyStep.Resoudre(x, 0), fewer.Resoudre(y, 0));
+            EXPECT_EQ(x, y);
+            EXPECT_EQ(everyStep.GetIterations(), fewer.GetIterations());
+            EXPECT_TRUE(limit < 30 || skipping.problem.path.size() < whole.problem.path.size());
+        }
+}
+
 TEST(ScalarNewton, VisitsItsIteratesAndTellsWhyItStops) {
     const Problem halfSlope = scalar([](double x) { return x; }, [](double) { return 0.5; });
     const Problem logarithm =

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <functional>
 #include <limits>
+#include <thread>
 #include <utility>
 
 #include "kerf/numerics/matrix_impl.h"
@@ -47,6 +48,20 @@ TEST(Vec, RoomGrowsByAdditionAndIsKept) {
     EXPECT_EQ(vec.capacity(5), 32u) << "less than the length";
     vec.clear();
     EXPECT_EQ(vec.capacity(), 32u);
+    ERVec<double> shared = counting(5), copy(shared);
+    copy.cow(2);
+    EXPECT_EQ(copy.length(), 5u);
+}
+
+TEST(Vec, OutlivesTheDataOfItsThread) {
+    struct Holder {
+        ERVec<double> held;
+        ~Holder() { held = ERVec<double>(200, 1.0); }
+    };
+    std::thread([] {
+        thread_local Holder holder;  // built before the thread has data, destroyed after it
+        holder.held = ERVec<double>(100, 2.0);
+    }).join();
 }
 
 // Several vectors that share blocks with one another all the time, given elements and parts of

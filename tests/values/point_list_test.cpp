@@ -26,6 +26,12 @@ Divided<ERPoint12List> curve(double from, double to, double tol, Evaluate evalua
     return {{from, to}, evaluate, tol};
 }
 
+TEST(PointList, HasNodesOfOneSizeOnEverySystem) {
+    EXPECT_EQ(ERPoint12List().itemSize(), 36u);
+    EXPECT_EQ(ERPoint13List().itemSize(), 44u);
+    EXPECT_EQ(ERPoint23List().itemSize(), 52u);
+}
+
 // Oracle: the sagitta of a chord over the angle a is r (1 - cos(a / 2)).
 TEST(PointList, DividesACircleUntilTheSagittaIsWithinTolerance) {
     for (double tol : {1e-2, 1e-5}) {
