@@ -467,7 +467,8 @@ void ERBTreeOnDisk::clear() {
 // see those, because the way to them leads by the other copy. What shows them up is the bound that
 // the nodes above set:
 //
-//  - a first key equal to the lower bound has moved up, or was copied from above;
+//  - a key equal to the lower bound has moved up, or was copied from above; those in front of it,
+//    left by an earlier failure, have gone the same way;
 //  - a key equal to the upper bound has moved up, and those behind it into another node;
 //  - in a full node, keys behind the middle that are above the upper bound have moved to the right
 //    half of a split in which the new key itself went up.
@@ -482,13 +483,17 @@ ERBTreeOnDisk::Range ERBTreeOnDisk::ownKeys(const ERDiskTreeNode& here, const ch
         const bool wasSplit = count == capacity() && 2 * position == count;
         if (movedUp || wasSplit) own.last = position;
     }
-    if (lower != nullptr && own.last > 0 && compareKeys(here.keys(0), lower) == 0) own.first = 1;
+    if (lower != nullptr && own.last > 0 && compareKeys(here.keys(0), lower) <= 0) {
+        const int position = here.binarySearch(lower, compare);
+        if (position < own.last && compareKeys(here.keys(position), lower) == 0)
+            own.first = position + 1;
+    }
     return own;
 }
 
 void ERBTreeOnDisk::keepOwnKeys(ERDiskTreeNode& here, Range own) const {
     here.keepFirst(own.last);
-    if (own.first == 1) here.removeAt(0, 0);
+    for (int i = 0; i < own.first; ++i) here.removeAt(0, 0);
 }
 
 const char* ERBTreeOnDisk::bound(int number) const {

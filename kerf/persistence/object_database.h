@@ -25,7 +25,8 @@ class RecordFile;
 ///            CFileException on; the object then keeps its former ID and database. Open catches it
 ///            and shows its text.
 /// Crash:     records and trees are on disk when a call returns. The counters of the header are
-///            written by Close alone; after a crash an ID that is in use is passed over.
+///            written by Close alone; after a crash an ID that is in use is passed over, while one
+///            that was given and deleted since the last Close may be given again.
 /// Threads:   one thread; the current database is shared by the whole process.
 class KERF_EXPORT ERObjectDataBase : public ERReference {
 public:

@@ -27,9 +27,16 @@ void RecordFile::endRecord() {
     Record& record = records[--openRecords];
     Seek(record.start, CFile::begin);
     writeThrough(record.bytes.data(), record.bytes.size());
+    if (record.bytes.capacity() > largestSpareBuffer) record.bytes = std::vector<char>();
 }
 
 void RecordFile::abandonRecord() { --openRecords; }
+
+// Doubling ends at the size of the record: a large one takes no more memory than its bytes.
+void RecordFile::Record::makeRoom(std::size_t needed) {
+    if (needed > bytes.capacity())
+        bytes.reserve(std::min(size, std::max(needed, 2 * bytes.capacity())));
+}
 
 void RecordFile::SetLength(std::int64_t newLength) {
     pages.clear();
@@ -100,6 +107,7 @@ void RecordFile::writeBytes(const void* data, std::size_t count) {
     const std::size_t offset = static_cast<std::size_t>(position - record.start);
     const std::size_t held = std::min(count, record.size - offset);
     char const* const bytes = static_cast<char const*>(data);
+    record.makeRoom(offset + held);
     if (offset == record.bytes.size()) {
         record.bytes.insert(record.bytes.end(), bytes, bytes + held);
     } else {

@@ -36,6 +36,8 @@ private:
         std::int64_t start = 0;   ///< of the block: the place of its size word
         std::size_t size = 0;     ///< bytes that belong to the record, its size word included
         std::vector<char> bytes;  ///< what is written so far, from the start
+
+        void makeRoom(std::size_t needed);
     };
 
     void flushRecords();
@@ -43,6 +45,7 @@ private:
     void writeThrough(const void* data, std::size_t count);
 
     static constexpr std::size_t largestPagedRead = 2 * PageCache::pageSize;
+    static constexpr std::size_t largestSpareBuffer = std::size_t{1} << 20;
 
     std::vector<Record> records;  ///< open ones first, innermost last; behind them spare buffers
     std::size_t openRecords = 0;
