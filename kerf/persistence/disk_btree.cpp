@@ -75,6 +75,7 @@ ERBTreeOnDisk::ERBTreeOnDisk(ERFileManager& treeFile, unsigned int slots, create
     usable = found && makeUsable();
     cache = std::make_unique<ERCacheManager>(file, nodeSize, cacheSlots);
     if (usable && info.root != -1) nodeAt(info.root);
+    file->trees.push_back(this);
 }
 
 int ERBTreeOnDisk::compareBytes(const char* a, const char* b, unsigned int length) {
@@ -82,11 +83,18 @@ int ERBTreeOnDisk::compareBytes(const char* a, const char* b, unsigned int lengt
 }
 
 ERBTreeOnDisk::~ERBTreeOnDisk() {
+    if (file != nullptr) leaveFile();
+}
+
+void ERBTreeOnDisk::leaveFile() {
     try {
         if (usable) writeInfo();
     } catch (...) {
         // The root that the file knows is still the right one: it is written when it changes.
     }
+    std::erase(file->trees, this);
+    file = nullptr;
+    usable = false;
 }
 
 // --- Info record

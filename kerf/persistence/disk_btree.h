@@ -74,6 +74,8 @@ private:
 ///            one with an impossible counter has no keys, and nothing is changed in it or below it.
 /// Sharing:   no other object may write the tree's blocks while it lives, and the callback of a walk
 ///            must not change the tree.
+/// Lifetime:  a tree that outlives its file writes its info record when that closes, and is empty
+///            and takes no key from then on.
 class KERF_EXPORT ERBTreeOnDisk {
 public:
     using Compare = ERDiskTreeNode::Compare;
@@ -150,6 +152,7 @@ public:
 
 private:
     friend class ERDiskTreeNode;
+    friend class ERFileManager;
 
     static constexpr int maxDepth = 64;
 
@@ -188,6 +191,8 @@ private:
     static int compareBytes(const char* a, const char* b, unsigned int length);
     static ERULong orderOfBytes(const char* key);
     int compareKeys(const char* a, const char* b) const;
+
+    void leaveFile();
 
     // Info record
     bool readInfo();

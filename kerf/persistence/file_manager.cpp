@@ -3,6 +3,8 @@
 #include <cstdint>
 #include <limits>
 
+#include "kerf/persistence/disk_btree.h"
+
 namespace kerf {
 
 namespace {
@@ -48,7 +50,9 @@ ERFileManager::ERFileManager(const char* name, int readOnlyMode)
     listManager = std::make_unique<ERListManager>(this, 1);
 }
 
-ERFileManager::~ERFileManager() = default;
+ERFileManager::~ERFileManager() {
+    while (!trees.empty()) trees.back()->leaveFile();
+}
 
 ERLong ERFileManager::allocate(ERULong size) {
     return listManager == nullptr ? -1 : keepAsRoot(listManager->allocate(size));

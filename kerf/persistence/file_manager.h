@@ -1,10 +1,13 @@
 #pragma once
 #include <memory>
+#include <vector>
 
 #include "kerf/core/file.h"
 #include "kerf/persistence/free_list.h"
 
 namespace kerf {
+
+class ERBTreeOnDisk;
 
 /// A file that is a heap of blocks of any size. The first block ever allocated is the file's root,
 /// from which everything else is found; it is never freed.
@@ -57,6 +60,7 @@ protected:
 
 private:
     friend class ERListManager;
+    friend class ERBTreeOnDisk;  // which hears of the end of the file
 
     static constexpr ERLong firstNode = 12;
     static constexpr ERLong nodeSize = 268;
@@ -70,6 +74,7 @@ private:
     std::unique_ptr<ERListManager> listManager;
     ERLong root = -1;
     ERLong end_ = -1;
+    std::vector<ERBTreeOnDisk*> trees;  // those that work on the file
 };
 
 }  // namespace kerf

@@ -6,7 +6,7 @@
 #include "kerf/persistence/disk_btree.h"
 
 // Stored objects that hold a tree of numbers in the file that they are stored in. The tree works on
-// that file: such an object must be destroyed before the file is closed, and has no copy.
+// that file: it is empty once the file is closed, and such an object has no copy.
 namespace kerf {
 
 /// A tree from long to long, kept by a stored object that knows where in the file the tree lies.

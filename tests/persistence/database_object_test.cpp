@@ -100,6 +100,19 @@ TEST_F(DatabaseObjects, ATreeIsFoundAgainThroughItsRecord) {
     again.Reload(*base.fileManager());
     EXPECT_TRUE(again.name() == "levels");
     EXPECT_EQ(again.findValue(-50), 2500);
+
+    // A tree may outlive its base: it leaves its count in the file.
+    ERAuxilaryIndex index(*base.fileManager()), reread;
+    EXPECT_EQ(index.Insert(7, 70), 1);
+    EXPECT_EQ(base.Store(index), 2);
+    base.Close();
+    EXPECT_EQ(tree.findValue(-50), -1);
+    EXPECT_EQ(tree.insertKeyAndValue(99, 1), 0);
+    EXPECT_EQ(index.entries(), 0);
+    base.Open(place.path(), 1);
+    ASSERT_EQ(base.Retrieve(2, reread), 1);
+    reread.init(*base.fileManager());
+    EXPECT_EQ(reread.entries(), 1);
 }
 
 TEST_F(DatabaseObjects, AreNumberedInTheOrderOfSaving) {

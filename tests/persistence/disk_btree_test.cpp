@@ -208,6 +208,21 @@ TEST_F(DiskBTree, SonsThatLeadBackOrAllToOneNodeEndAllTheSame) {
 
 // --- Failing writes
 
+TEST_F(DiskBTree, KeysLeftByTwoFailedRotationsAreNoSuccessors) {
+    OpenedTree opened(file, Shape{1, 2, 2, 1, 3, "Order2"});
+    ERBTreeOnDisk& tree = opened.tree;
+    for (char key = 1; key <= 7; ++key) tree.insertKeyAndValue(&key, key);  // [1 2] 3 [4 5 6 7]
+    for (char key = 1; key <= 2; ++key) {
+        backend.failCall(FileCall::write, 4);  // the last of the rotation
+        EXPECT_THROW(tree.remove(&key), CFileException);
+        backend.clear();
+    }
+    const char five = 5;
+    EXPECT_EQ(tree.remove(&five), 1);
+    EXPECT_EQ(tree.contains(&five), 0);
+    EXPECT_EQ(tree.entries(), 4u);
+}
+
 // The change that met the failure has happened or not; all others are there.
 TEST_F(DiskBTree, AFailedWriteLosesNoKey) {
     OpenedTree(file, order1).fill(24, 2);
