@@ -7,12 +7,7 @@
 #include <utility>
 #include <vector>
 
-#if defined(_WIN32)
-#if !defined(NOMINMAX)
-#define NOMINMAX
-#endif
-#include <windows.h>
-#endif
+#include "kerf/platform/windows_headers.h"
 
 namespace kerf {
 

@@ -1,14 +1,10 @@
 #if defined(_WIN32)
 
-#if !defined(NOMINMAX)
-#define NOMINMAX
-#endif
-#include <windows.h>
-
 #include <algorithm>
 #include <utility>
 
 #include "kerf/platform/file.h"
+#include "kerf/platform/windows_headers.h"
 
 namespace kerf {
 

@@ -1,16 +1,11 @@
 #include "kerf/platform/thread_storage.h"
 
-#if defined(_WIN32)
-#if !defined(NOMINMAX)
-#define NOMINMAX
-#endif
-#include <windows.h>
-#endif
-
 #include <algorithm>
 #include <memory>
 #include <new>
 #include <vector>
+
+#include "kerf/platform/windows_headers.h"
 
 namespace kerf {
 
