@@ -45,6 +45,7 @@
 #include "kerf/values/formatter.h"
 #include "kerf/values/info_point.h"
 #include "kerf/values/limits.h"
+#include "kerf/values/linear_map.h"
 #include "kerf/values/main_direction.h"
 #include "kerf/values/persistent_point.h"
 #include "kerf/values/point.h"

@@ -1,5 +1,6 @@
 #include "kerf/numerics/eigen.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <limits>
@@ -56,6 +57,27 @@ void Eigen::SetMatrix(const double* const* source) {
         for (int j = 0; j < size; ++j) rows[i][j] = source[i][j];
 }
 
+// The powers and quotients of the steps lose digits, or overflow, far from 1: a matrix from there is
+// brought near 1 by a power of two, and its eigenvalues back.
+template <class Reduce>
+bool Eigen::solve(Reduce reduce) {
+    constexpr double smallest = 0x1p-900, greatest = 0x1p900;
+    double largest = 0.0;
+    for (int i = 0; i < size; ++i)
+        for (int j = 0; j < size; ++j) largest = std::max(largest, std::fabs(rows[i][j]));
+    const bool far =
+        largest != 0.0 && std::isfinite(largest) && (largest < smallest || largest > greatest);
+    const int exponent = far ? std::ilogb(largest) : 0;
+    if (far)
+        for (int i = 0; i < size; ++i)
+            for (int j = 0; j < size; ++j) rows[i][j] = std::ldexp(rows[i][j], -exponent);
+    reduce();
+    const bool found = QLAlgorithm(size, diagonal, subdiagonal, rows);
+    if (far)
+        for (int i = 0; i < size; ++i) diagonal[i] = std::ldexp(diagonal[i], exponent);
+    return found;
+}
+
 void Eigen::Tridiagonal2(double** mat, double* diag, double* subd) {
     diag[0] = mat[0][0];
     diag[1] = mat[1][1];
@@ -97,8 +119,7 @@ void Eigen::Tridiagonal3(double** mat, double* diag, double* subd) {
 }
 
 // A Householder reflection H = I - u u^T / h of the last three coordinates turns (m01, m02, m03)
-// into
-// (-sign(m01) length, 0, 0); what it makes of the lower right 3 by 3 block is reduced as above.
+// into (-sign(m01) length, 0, 0); what it makes of the lower right 3 by 3 block is reduced as above.
 void Eigen::Tridiagonal4(double** mat, double* diag, double* subd) {
     double s00 = mat[1][1], s01 = mat[1][2], s02 = mat[1][3];
     double s11 = mat[2][2], s12 = mat[2][3], s22 = mat[3][3];
@@ -244,9 +265,9 @@ bool Eigen::QLAlgorithm(int n, double* diag, double* subd, double** mat) {
             if (iteration == maxIterations) return false;
 
             // Wilkinson's shift, from the eigenvalue of the leading 2 by 2 block next to diag[l].
-            double g = (diag[l + 1] - diag[l]) / (2.0 * subd[l]);
-            double r = hypotenuse(g, 1.0);
-            g = diag[m] - diag[l] + subd[l] / (g + std::copysign(r, g));
+            const double half = 0.5 * (diag[l + 1] - diag[l]);
+            double r = hypotenuse(half, subd[l]);
+            double g = diag[m] - diag[l] + subd[l] * (subd[l] / (half + std::copysign(r, half)));
             double s = 1.0, c = 1.0, p = 0.0;
             int i = m - 1;
             for (; i >= l; --i) {
@@ -293,25 +314,21 @@ void Eigen::IncreasingSort(int n, double* eigval, double** eigvec) {
 
 bool Eigen::EigenStuff2() {
     KERF_CHECK_ARGUMENT(size == 2);
-    Tridiagonal2(rows, diagonal, subdiagonal);
-    return QLAlgorithm(2, diagonal, subdiagonal, rows);
+    return solve([this] { Tridiagonal2(rows, diagonal, subdiagonal); });
 }
 
 bool Eigen::EigenStuff3() {
     KERF_CHECK_ARGUMENT(size == 3);
-    Tridiagonal3(rows, diagonal, subdiagonal);
-    return QLAlgorithm(3, diagonal, subdiagonal, rows);
+    return solve([this] { Tridiagonal3(rows, diagonal, subdiagonal); });
 }
 
 bool Eigen::EigenStuff4() {
     KERF_CHECK_ARGUMENT(size == 4);
-    Tridiagonal4(rows, diagonal, subdiagonal);
-    return QLAlgorithm(4, diagonal, subdiagonal, rows);
+    return solve([this] { Tridiagonal4(rows, diagonal, subdiagonal); });
 }
 
 bool Eigen::EigenStuffN() {
-    TridiagonalN(size, rows, diagonal, subdiagonal);
-    return QLAlgorithm(size, diagonal, subdiagonal, rows);
+    return solve([this] { TridiagonalN(size, rows, diagonal, subdiagonal); });
 }
 
 bool Eigen::EigenStuff() {

@@ -12,6 +12,7 @@ namespace kerf::Mgc {
 ///
 /// Failure: an eigenvalue that is not found within 32 iterations ends the work; the operations then
 ///          return false and the eigenvalues stay as they stand. A matrix with NaNs ends so.
+/// Range:   that of the doubles. An eigenvalue beyond it comes out as infinity.
 /// Sizes:   up to 4 the object needs no memory of its own and the reduction is written out.
 class KERF_EXPORT Eigen {
 public:
@@ -57,9 +58,9 @@ public:
     bool IncrSortEigenStuff4();
     bool IncrSortEigenStuffN();
 
-    // The steps. `diag` and `subd` hold n elements, subd[i] couples i and i + 1 and the last is 0;
-    // `mat` is replaced by the orthogonal matrix of the reduction, or turned along with the
-    // rotations.
+    // The steps, for elements far from both ends of the doubles' range. `diag` and `subd` hold n
+    // elements, subd[i] couples i and i + 1 and the last is 0; `mat` is replaced by the orthogonal
+    // matrix of the reduction, or turned along with the rotations.
     static void Tridiagonal2(double** mat, double* diag, double* subd);
     static void Tridiagonal3(double** mat, double* diag, double* subd);
     static void Tridiagonal4(double** mat, double* diag, double* subd);
@@ -69,6 +70,9 @@ public:
     static void IncreasingSort(int n, double* eigval, double** eigvec);
 
 private:
+    template <class Reduce>
+    bool solve(Reduce reduce);
+
     static constexpr int inlineSize = 4;
 
     int size;

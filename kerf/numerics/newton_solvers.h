@@ -114,9 +114,8 @@ private:
 class KERF_EXPORT NewtonVectorSolver {
 public:
     void SetMaxIter(int maxIter) { maxIterations = maxIter; }
-    void SetTolerance(double tolerance) {
-        epsilon = tolerance;
-    }  ///< the epsilon of the constructor
+    /// Sets the epsilon of the constructor.
+    void SetTolerance(double tolerance) { epsilon = tolerance; }
 
     double GetLastCriteria() const;  ///< the Euclidean norm of the last residual
     int GetStatus() const { return status; }

@@ -22,6 +22,8 @@
 // Use: reset, add_point for each pair, locks, solve, get_deviation.
 namespace kerf {
 
+struct LinearMap;
+
 /// What solve answers.
 enum BSTF_RESULT {
     BestFitDone = 0,
@@ -88,8 +90,8 @@ protected:
 /// least-squares rotation R. It is linear in the nine entries of R.
 class KERF_EXPORT ERPointSetBestFitSolverFunction : public ERCNewtonMDelta {
 public:
-    /// From three parameters to a 3 by 3 rotation matrix.
-    using Rotation = ERMatrix<double> (*)(const ERVec<double>& parameters);
+    /// From three parameters to the nine entries of a rotation matrix.
+    using Rotation = LinearMap (*)(const ERVec<double>& parameters);
 
     /// coefficients: 3 rows of 9, for the entries of R row by row.
     ERPointSetBestFitSolverFunction(const ERMatrix<double>& coefficients, Rotation rotation,
@@ -171,6 +173,12 @@ protected:
     ERPoint3D firstCentre;
     ERPoint3D secondCentre;
     Mgc::Eigen eigen;
+
+private:
+    // Sets the centres; the sum of (from - firstCentre) (to - secondCentre)^T.
+    LinearMap centre(const ERVec<ERPoint3D>& from, const ERVec<ERPoint3D>& to);
+    // find_eigens with the results left in `eigen`.
+    void decompose(const ERVec<ERPoint3D>& from, const ERVec<ERPoint3D>& to);
 };
 
 }  // namespace kerf

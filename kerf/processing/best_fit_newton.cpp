@@ -85,11 +85,9 @@ unsigned int squarestTo(const ERPoint3D* points, unsigned int n, unsigned int i3
 
 bool isNull(const ERVector3D& v) { return v.i() == 0.0 && v.j() == 0.0 && v.k() == 0.0; }
 
-// The matrix of ERChgRepere3D(x, y, ERPoint3D()), reduced as there: a frame that is nearly the
-// reference frame is that frame.
+// The matrix of ERChgRepere3D(x, y, ERPoint3D()).
 LinearMap cleanFrame(const ERVector3D& x, const ERVector3D& y) {
-    const LinearMap frame(_ERWorkplane(x, y, ERPoint3D()).getMatrix());
-    return frame.isUnit(unitTolerance) ? LinearMap() : frame;
+    return LinearMap::frame(x, y).snapped(unitTolerance);
 }
 
 // Two difference vectors between four points, of which an orthonormal frame is made.
@@ -159,26 +157,25 @@ ERMatrix<double> crossProductRows(const LinearMap& mean) {
     return rows;
 }
 
-ERMatrix<double> rotationOfQuaternion(const ERVec<double>& parameters) {
-    return ERQuaternion(parameters).GetMatrix();
+LinearMap rotationOfQuaternion(const ERVec<double>& parameters) {
+    return ERQuaternion(parameters).asLinearMap();
 }
 
 // Turns by c about x, then b about y, then a about z.
-ERMatrix<double> rotationOfAngles(const ERVec<double>& parameters) {
+LinearMap rotationOfAngles(const ERVec<double>& parameters) {
     const double* const angles = parameters.data();
     const double cosA = std::cos(angles[0]), sinA = std::sin(angles[0]);
     const double cosB = std::cos(angles[1]), sinB = std::sin(angles[1]);
     const double cosC = std::cos(angles[2]), sinC = std::sin(angles[2]);
-    const double entries[9] = {cosB * cosA,
-                               sinC * sinB * cosA - sinA * cosC,
-                               sinB * cosA * cosC + sinC * sinA,
-                               sinA * cosB,
-                               sinC * sinB * sinA + cosC * cosA,
-                               sinB * sinA * cosC - sinC * cosA,
-                               -sinB,
-                               sinC * cosB,
-                               cosC * cosB};
-    return ERMatrix<double>(entries, 3, 3);
+    return {cosB * cosA,
+            sinC * sinB * cosA - sinA * cosC,
+            sinB * cosA * cosC + sinC * sinA,
+            sinA * cosB,
+            sinC * sinB * sinA + cosC * cosA,
+            sinB * sinA * cosC - sinC * cosA,
+            -sinB,
+            sinC * cosB,
+            cosC * cosB};
 }
 
 }  // namespace
@@ -191,8 +188,8 @@ ERPointSetBestFitSolverFunction::ERPointSetBestFitSolverFunction(const ERMatrix<
 }
 
 ERVec<double> ERPointSetBestFitSolverFunction::f(const ERVec<double>& x) {
-    const ERMatrix<double> matrix = rotation(x);
-    const double* const entries = matrix.data();
+    const LinearMap r = rotation(x);
+    const double entries[9] = {r.xx, r.xy, r.xz, r.yx, r.yy, r.yz, r.zx, r.zy, r.zz};
     const double* row = coefficients.asVector().data();
     double values[3];
     for (double& value : values) {
@@ -239,13 +236,11 @@ BSTF_RESULT ERPointSetBestFitSolver::solve(ERPmIsometrie3D& result) {
         if (tries >= furtherTries) return BestFitNotConverged;
     }
 
-    const ERMatrix<double> found = rotation(x);
-    const ERVector3D firstColumn(found(0, 0), found(1, 0), found(2, 0));
-    const ERVector3D secondColumn(found(0, 1), found(1, 1), found(2, 1));
-    const LinearMap whole = cleanFrame(firstColumn, secondColumn) * start;
-    const ERPmIsometrie3D turn(new _ERRotation3D(whole.asMatrix()));
-    const ERPoint3D shift = sums.second - (turn >> sums.first);
-    result = ERPmIsometrie3D(new _ERWorkplane(turn.getMatrix(), shift));
+    const LinearMap found = rotation(x);
+    const LinearMap clean =
+        cleanFrame({found.xx, found.yx, found.zx}, {found.xy, found.yy, found.zy});
+    const LinearMap turn = (clean * start).snapped(unitTolerance);
+    result = ERPmIsometrie3D(new _ERWorkplane(turn.asMatrix(), sums.second - turn(sums.first)));
     deviation = notComputed;
     lastTransform = result;
     return BestFitDone;

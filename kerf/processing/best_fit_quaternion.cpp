@@ -1,3 +1,4 @@
+#include <array>
 #include <cmath>
 
 #include "kerf/processing/best_fit.h"
@@ -9,17 +10,32 @@ namespace kerf {
 namespace {
 
 constexpr double pi = 3.141592653589793;
+constexpr double unitTolerance = 1e-11;
 
 ERVector3D componentAlong(const ERVector3D& v, const ERVector3D& axis) { return axis * (v * axis); }
 
-// ERTranslation3D(shift) * turn.
-ERPmIsometrie3D translated(const ERPmIsometrie3D& turn, const ERVector3D& shift) {
-    return ERPmIsometrie3D(new _ERWorkplane(turn.getMatrix(), ERPoint3D(shift)));
+// What ERRotation3D turns by.
+LinearMap turnBy(const ERQuaternion& rotation) {
+    return rotation.asLinearMap().snapped(unitTolerance);
+}
+
+ERPmIsometrie3D rigidMotion(const LinearMap& turn, const ERVector3D& shift) {
+    return ERPmIsometrie3D(new _ERWorkplane(turn.asMatrix(), ERPoint3D(shift)));
 }
 
 PointPairSums sumsOver(const ERVec<ERPoint3D>& from, const ERVec<ERPoint3D>& to) {
     KERF_CHECK_ARGUMENT(from.length() == to.length());
     return PointPairSums::over(from.data(), to.data(), from.length());
+}
+
+// Row by row, of the sums S: S00 + S11 + S22, the differences of what lies across the diagonal, and
+// the block S + S^T with the trace subtracted on the diagonal.
+std::array<double, 16> quaternionMatrix(const LinearMap& s) {
+    const double trace = s.xx + s.yy + s.zz;
+    const double wx = s.yz - s.zy, wy = s.zx - s.xz, wz = s.xy - s.yx;
+    const double xy = s.xy + s.yx, xz = s.xz + s.zx, yz = s.yz + s.zy;
+    const double xx = 2.0 * s.xx - trace, yy = 2.0 * s.yy - trace, zz = 2.0 * s.zz - trace;
+    return {trace, wx, wy, wz, wx, xx, xy, xz, wy, xy, yy, yz, wz, xz, yz, zz};
 }
 
 }  // namespace
@@ -47,9 +63,8 @@ double ERPointSetBestFitSolver1::square_deviation(const ERPmIsometrie3D& transfo
     return meanSquaredDistance(transform);
 }
 
-void ERPointSetBestFitSolver1::find_matrix_for_eigen(const ERVec<ERPoint3D>& from,
-                                                     const ERVec<ERPoint3D>& to,
-                                                     ERMatrix<double>& N) {
+LinearMap ERPointSetBestFitSolver1::centre(const ERVec<ERPoint3D>& from,
+                                           const ERVec<ERPoint3D>& to) {
     const PointPairSums sums = sumsOver(from, to);
     firstCentre = lockOrigin ? ERPoint3D() : sums.first;
     secondCentre = lockOrigin ? ERPoint3D() : sums.second;
@@ -68,66 +83,56 @@ void ERPointSetBestFitSolver1::find_matrix_for_eigen(const ERVec<ERPoint3D>& fro
     const ERPoint3D u = (sums.first - firstCentre) * n;
     const ERPoint3D v = sums.second - secondCentre;
     const LinearMap& c = sums.cross;
-    const LinearMap s(c.xx + u.x() * v.x(), c.xy + u.x() * v.y(), c.xz + u.x() * v.z(),
-                      c.yx + u.y() * v.x(), c.yy + u.y() * v.y(), c.yz + u.y() * v.z(),
-                      c.zx + u.z() * v.x(), c.zy + u.z() * v.y(), c.zz + u.z() * v.z());
+    return {c.xx + u.x() * v.x(), c.xy + u.x() * v.y(), c.xz + u.x() * v.z(),
+            c.yx + u.y() * v.x(), c.yy + u.y() * v.y(), c.yz + u.y() * v.z(),
+            c.zx + u.z() * v.x(), c.zy + u.z() * v.y(), c.zz + u.z() * v.z()};
+}
 
-    const double trace = s.xx + s.yy + s.zz;
-    const double wx = s.yz - s.zy, wy = s.zx - s.xz, wz = s.xy - s.yx;
-    const double xy = s.xy + s.yx, xz = s.xz + s.zx, yz = s.yz + s.zy;
-    const double elements[16] = {trace,
-                                 wx,
-                                 wy,
-                                 wz,  //
-                                 wx,
-                                 2.0 * s.xx - trace,
-                                 xy,
-                                 xz,  //
-                                 wy,
-                                 xy,
-                                 2.0 * s.yy - trace,
-                                 yz,  //
-                                 wz,
-                                 xz,
-                                 yz,
-                                 2.0 * s.zz - trace};
-    N = ERMatrix<double>(elements, 4, 4);
+void ERPointSetBestFitSolver1::find_matrix_for_eigen(const ERVec<ERPoint3D>& from,
+                                                     const ERVec<ERPoint3D>& to,
+                                                     ERMatrix<double>& N) {
+    N = ERMatrix<double>(quaternionMatrix(centre(from, to)).data(), 4, 4);
+}
+
+void ERPointSetBestFitSolver1::decompose(const ERVec<ERPoint3D>& from, const ERVec<ERPoint3D>& to) {
+    const std::array<double, 16> elements = quaternionMatrix(centre(from, to));
+    const double* element = elements.data();
+    for (int r = 0; r < 4; ++r)
+        for (int c = 0; c < 4; ++c) eigen.Matrix(r, c) = *element++;
+    eigen.IncrSortEigenStuff4();
 }
 
 void ERPointSetBestFitSolver1::find_eigens(const ERVec<ERPoint3D>& from, const ERVec<ERPoint3D>& to,
                                            ERMatrix<double>& N, ERVec<double>& values) {
-    find_matrix_for_eigen(from, to, N);
-    double* const elements = N.data();
+    decompose(from, to);
+    N = ERMatrix<double>(4, 4);
+    double* element = N.data();
     for (int r = 0; r < 4; ++r)
-        for (int c = 0; c < 4; ++c) eigen.Matrix(r, c) = elements[4 * r + c];
-    eigen.IncrSortEigenStuff4();
-    for (int r = 0; r < 4; ++r)
-        for (int c = 0; c < 4; ++c) elements[4 * r + c] = eigen.GetEigenvector(r, c);
+        for (int c = 0; c < 4; ++c) *element++ = eigen.GetEigenvector(r, c);
     values = ERVec<double>(eigen.GetEigenvalue(), 4);
 }
 
 void ERPointSetBestFitSolver1::find_free_transform(const ERVec<ERPoint3D>& from,
                                                    const ERVec<ERPoint3D>& to,
                                                    ERPmIsometrie3D& result) {
-    ERMatrix<double> vectors;
-    ERVec<double> values;
-    find_eigens(from, to, vectors, values);
-    rotation = ERQuaternion(ERVec<double>(vectors.col(3)));
-    const ERPmIsometrie3D turn = ERRotation3D(rotation);
-    translation = secondCentre - (turn >> firstCentre);
-    result = translated(turn, translation);
+    decompose(from, to);
+    rotation.w = eigen.GetEigenvector(0, 3);
+    rotation.x = eigen.GetEigenvector(1, 3);
+    rotation.y = eigen.GetEigenvector(2, 3);
+    rotation.z = eigen.GetEigenvector(3, 3);
+    const LinearMap turn = turnBy(rotation);
+    translation = secondCentre - turn(firstCentre);
+    result = rigidMotion(turn, translation);
 }
 
-// About a fixed axis the sum of squares is, but for a constant, -(A cos t + 2 B sin t) of the angle
-// t.
+// About a fixed axis the sum of squares is, but for a constant, -(A cos t + 2 B sin t) with the
+// angle t.
 double ERPointSetBestFitSolver1::find_fixed_axis_transform(const ERVec<ERPoint3D>& from,
                                                            const ERVec<ERPoint3D>& to,
                                                            const ERVector3D& axis,
                                                            ERPmIsometrie3D& result) {
     const ERVector3D unit = axis.getnormalized();
-    ERMatrix<double> vectors;
-    ERVec<double> values;
-    find_eigens(from, to, vectors, values);
+    decompose(from, to);
     double cosine = 0.0, halfSine = 0.0;
     for (int i = 0; i < 4; ++i) {
         const double lambda = eigen.GetEigenvalue(i);
@@ -149,11 +154,11 @@ double ERPointSetBestFitSolver1::find_fixed_axis_transform(const ERVec<ERPoint3D
     const auto candidate = [&](double turnedBy) {
         Candidate c;
         c.turn = ERQuaternion(unit, turnedBy);
-        const ERPmIsometrie3D turn = ERRotation3D(c.turn);
-        c.shift = secondCentre - (turn >> firstCentre);
+        const LinearMap turn = turnBy(c.turn);
+        c.shift = secondCentre - turn(firstCentre);
         if (lockAlongAxis) c.shift -= componentAlong(c.shift, unit);
         if (lockPerpAxis) c.shift = componentAlong(c.shift, unit);
-        c.motion = translated(turn, c.shift);
+        c.motion = rigidMotion(turn, c.shift);
         c.squares = sumOfSquaredDistances(from.data(), to.data(), from.length(),
                                           LinearMap(c.motion.getMatrix()), c.motion.getTrans());
         return c;

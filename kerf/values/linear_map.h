@@ -7,7 +7,7 @@
 namespace kerf {
 
 /// The nine elements of a 3 by 3 matrix, row by row, as a plain value: what the loops over points
-/// keep in registers. Serves the transformations; programs use ERMatrix.
+/// keep in registers. Most programs use ERMatrix.
 struct LinearMap {
     double xx = 1.0, xy = 0.0, xz = 0.0;
     double yx = 0.0, yy = 1.0, yz = 0.0;
@@ -26,6 +26,12 @@ struct LinearMap {
     }
     static LinearMap fromColumns(const ERVector3D& a, const ERVector3D& b, const ERVector3D& c) {
         return {a.i(), b.i(), c.i(), a.j(), b.j(), c.j(), a.k(), b.k(), c.k()};
+    }
+    /// The right-handed frame with first axis x and third axis x ^ y, all normalised.
+    static LinearMap frame(const ERVector3D& x, const ERVector3D& y) {
+        const ERVector3D first = x.getnormalized();
+        const ERVector3D third = (x ^ y).getnormalized();
+        return fromColumns(first, third ^ first, third);
     }
 
     static bool fits(const ERMatrix<double>& m) {
@@ -47,6 +53,9 @@ struct LinearMap {
                within(yy, 1.0) && within(yz, 0.0) && within(zx, 0.0) && within(zy, 0.0) &&
                within(zz, 1.0);
     }
+    /// The unit matrix where this is it within the tolerance, else this: a rotation as the handles
+    /// of transformations hold it.
+    LinearMap snapped(double tolerance) const { return isUnit(tolerance) ? LinearMap() : *this; }
 
     ERPoint3D operator()(double x, double y, double z) const {
         return ERPoint3D(xx * x + xy * y + xz * z, yx * x + yy * y + yz * z,

@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "kerf/values/box_clipping.h"
+#include "kerf/values/linear_map.h"
 
 namespace kerf {
 
@@ -178,21 +179,15 @@ ERVector3D ERQuaternion::Axis() const { return ERVector3D(x, y, z).getnormalized
 
 double ERQuaternion::Angle() const { return 2.0 * std::atan2(std::sqrt(x * x + y * y + z * z), w); }
 
-ERMatrix<double> ERQuaternion::GetMatrix() const {
-    const double elements[9] = {
-        1.0 - 2.0 * (z * z + y * y), 2.0 * (x * y - w * z),       2.0 * (x * z + w * y),
-        2.0 * (x * y + w * z),       1.0 - 2.0 * (z * z + x * x), 2.0 * (y * z - w * x),
-        2.0 * (x * z - w * y),       2.0 * (y * z + w * x),       1.0 - 2.0 * (y * y + x * x)};
-    return ERMatrix<double>(elements, 3, 3);
+ERMatrix<double> ERQuaternion::GetMatrix() const { return asLinearMap().asMatrix(); }
+
+LinearMap ERQuaternion::asLinearMap() const {
+    return {1.0 - 2.0 * (z * z + y * y), 2.0 * (x * y - w * z),       2.0 * (x * z + w * y),
+            2.0 * (x * y + w * z),       1.0 - 2.0 * (z * z + x * x), 2.0 * (y * z - w * x),
+            2.0 * (x * z - w * y),       2.0 * (y * z + w * x),       1.0 - 2.0 * (y * y + x * x)};
 }
 
-ERVector3D ERQuaternion::operator*(const ERVector3D& v) const {
-    const double i = v.i(), j = v.j(), k = v.k();
-    return ERVector3D(
-        (1.0 - 2.0 * (z * z + y * y)) * i + 2.0 * (x * y - w * z) * j + 2.0 * (x * z + w * y) * k,
-        2.0 * (x * y + w * z) * i + (1.0 - 2.0 * (z * z + x * x)) * j + 2.0 * (y * z - w * x) * k,
-        2.0 * (x * z - w * y) * i + 2.0 * (y * z + w * x) * j + (1.0 - 2.0 * (y * y + x * x)) * k);
-}
+ERVector3D ERQuaternion::operator*(const ERVector3D& v) const { return asLinearMap()(v); }
 
 ERQuaternion ERQuaternion::Slerp(double t, const ERQuaternion& p, const ERQuaternion& q) {
     const double angle = std::acos(p.Dot(q));

@@ -6,6 +6,8 @@
 
 namespace kerf {
 
+struct LinearMap;
+
 /// A quaternion w + x i + y j + z k. Of length 1 it stands for the rotation by 2 acos(w) about
 /// (x, y, z); nothing here normalises, so that the length is the caller's duty wherever a rotation
 /// is meant. No operation reports failure.
@@ -50,12 +52,12 @@ public:
     double Angle() const;                ///< in radians, in [0, 2 pi]
     ERMatrix<double> GetMatrix() const;  ///< 3 by 3, of this quaternion as it is
     operator ERMatrix<double>() const { return GetMatrix(); }
+    LinearMap asLinearMap() const;                    ///< the same matrix as a plain value
     ERVector3D operator*(const ERVector3D& v) const;  ///< v turned by the rotation
 
     /// Spherical interpolation from p at t = 0 to q at t = 1, both of length 1. The arc is not
     /// shortened by changing a sign. Answers p for an angle below 0.001 radians, and for p . q
-    /// outside
-    /// [-1, 1], which is not clamped and has no angle.
+    /// outside [-1, 1], which is not clamped and has no angle.
     static ERQuaternion Slerp(double t, const ERQuaternion& p, const ERQuaternion& q);
     /// The same with `spins` additional half turns of the arc on the way.
     static ERQuaternion SlerpExtraSpins(double t, const ERQuaternion& p, const ERQuaternion& q,

@@ -107,7 +107,7 @@ public:
     /// this * right: right acts first. Goes to right's multiplyWith_ for the class of this.
     virtual const ERTr3DRevRep* operator*(const ERTr3DRevRep* right) const;
     /// left * this, in the cheapest class that can hold it. Every class of the library overrides
-    /// these; here they stop a debugger and answer null.
+    /// these; here they report to ER_assert, where a debugger can stop, and answer null.
     virtual const ERTr3DRevRep* multiplyWith_ERTranslation3D(const _ERTranslation3D* left) const;
     virtual const ERTr3DRevRep* multiplyWith_ERRotation3D(const _ERRotation3D* left) const;
     virtual const ERTr3DRevRep* multiplyWith_ERWorkplane(const _ERWorkplane* left) const;

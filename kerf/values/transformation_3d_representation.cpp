@@ -155,12 +155,6 @@ void restoreMatrix(ERMatrix<double>& matrix, ERFile& file) {
     if (!LinearMap::fits(matrix)) matrix = IdentityMatrix(3);
 }
 
-LinearMap frame(const ERVector3D& x, const ERVector3D& y) {
-    const ERVector3D first = x.getnormalized();
-    const ERVector3D third = (x ^ y).getnormalized();
-    return LinearMap::fromColumns(first, third ^ first, third);
-}
-
 LinearMap frame(const ERVector3D& z) {
     ERVector3D first, second;
     GetOrthogonalDirections(z, first, second);
@@ -273,7 +267,7 @@ const ERTr3DRevRep* _ERRotation3D::getReduced() const {
 
 _ERWorkplane::_ERWorkplane() : matrix(IdentityMatrix(3)) {}
 _ERWorkplane::_ERWorkplane(const ERVector3D& x, const ERVector3D& y, const ERPoint3D& o)
-    : matrix(frame(x, y).asMatrix()), origin(o) {}
+    : matrix(LinearMap::frame(x, y).asMatrix()), origin(o) {}
 _ERWorkplane::_ERWorkplane(const ERVector3D& z, const ERPoint3D& o)
     : matrix(frame(z).asMatrix()), origin(o) {}
 _ERWorkplane::_ERWorkplane(const _ERRotation3D& rotation, const _ERTranslation3D& translation)

@@ -53,7 +53,8 @@ TEST_P(EigenOfSize, VectorsAndValuesSatisfyTheirDefinition) {
     for (int trial = 0; trial < 60; ++trial) {
         SCOPED_TRACE(trial);
         // Elements of one size, of very different sizes, sparse ones, and integers with equal
-        // values.
+        // values; the last near the ends of the doubles' range.
+        const double scale = trial < 50 ? 1.0 : trial % 2 == 0 ? 1e305 : 1e-306;
         Matrix m = randomMatrix(random, n, n);
         for (unsigned i = 0; i < n; ++i) {
             for (unsigned j = 0; j <= i; ++j) {
@@ -61,6 +62,7 @@ TEST_P(EigenOfSize, VectorsAndValuesSatisfyTheirDefinition) {
                 if (trial % 4 == 1) element *= std::pow(10.0, exponent(random));
                 if (trial % 4 == 2 && element < 0.3) element = 0.0;
                 if (trial % 4 == 3) element = std::round(element);
+                element *= trial % 4 == 1 ? 1.0 : scale;
                 m(j, i) = element;
             }
         }

@@ -79,8 +79,9 @@ TEST_F(ObjectDataBase, RecordsInARingAndLongChainsEnd) {
     ASSERT_EQ(nameOf(back), "a");
     EXPECT_TRUE(!ERDBObject::castdown(back.getObject())->object());
 
+    const std::size_t deepest = ERObjectDataBase::deepestNesting;
     t_SmartPtr<ERDBObject> former;
-    for (std::size_t i = 0; i < ERObjectDataBase::deepestNesting + 50; ++i) {
+    for (std::size_t i = 0; i < deepest + 50; ++i) {
         former = newNamed("link", former);
         former->Save(&base);
     }
@@ -88,7 +89,7 @@ TEST_F(ObjectDataBase, RecordsInARingAndLongChainsEnd) {
     t_SmartPtr<ERObject> link = base.RetrieveAndCreate(former->getObjectID());
     for (; nameOf(link) == "link"; ++length)
         link = ERDBObject::castdown(link.getObject())->object();
-    EXPECT_EQ(length, ERObjectDataBase::deepestNesting);
+    EXPECT_EQ(length, deepest);
 }
 
 TEST_F(ObjectDataBase, AnObjectMovesToAnotherBase) {
