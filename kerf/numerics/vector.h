@@ -1,4 +1,5 @@
 #pragma once
+#include <cstring>
 #include <iosfwd>
 
 #include "kerf/numerics/slice.h"
@@ -89,8 +90,16 @@ public:
     void clone();            ///< takes a private copy
     void clone(unsigned n);  ///< takes a private copy with room for n elements, cut to n
 
-    void append(const T& value, unsigned count = 1);  ///< value may be an element of this vector
-    void resize(unsigned n, const T& fill = T());     ///< grows with fill, or cuts
+    /// Appends `count` copies of the value, which may be an element of this vector.
+    void append(const T& value, unsigned count = 1) {
+        ERVecRep* const rep = block();
+        const unsigned used = rep->length;
+        if (count != 1 || rep->isShared() || rep->capacity - used < size)
+            return appendGrowing(value, count);
+        std::memcpy(rep->bytes() + used, &value, size);
+        rep->setLength(used + size);
+    }
+    void resize(unsigned n, const T& fill = T());  ///< grows with fill, or cuts
     /// Sets the length to n <= capacity(). Elements that this uncovers are undefined.
     void troncat(unsigned n);
     void removeLast(unsigned n);
@@ -130,6 +139,7 @@ protected:
 
     // The bytes of n elements; ERVecRep::maxBytes, of which no block is made, beyond 32 bits.
     static unsigned bytesOf(std::uint64_t n);
+    void appendGrowing(const T& value, unsigned count);
     // Replaces n elements by m undefined ones and answers where these are.
     T* openGap(unsigned pos, unsigned n, unsigned m);
     // Appends `count` undefined elements and answers where they are.

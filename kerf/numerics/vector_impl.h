@@ -114,7 +114,7 @@ T* ERSimpleVec<T>::openGap(unsigned pos, unsigned n, unsigned m) {
 }
 
 template <class T>
-void ERSimpleVec<T>::append(const T& value, unsigned count) {
+void ERSimpleVec<T>::appendGrowing(const T& value, unsigned count) {
     const SavedElement<T> saved(value);
     fillElements(extend(count), count, saved.get());
 }
