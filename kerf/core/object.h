@@ -67,7 +67,8 @@ class KERF_EXPORT ERObject : public CObject, public ERReference {
     /// Stores the object: in `target` when it is given and not the object's own database, else in
     /// its own database if the object is dirty. 0 when there is no database at all, or when the
     /// database could not take the record: the object then keeps its former ID and database and
-    /// stays dirty.
+    /// stays dirty. An object is dirty until its record is complete, which callers rely on: a ring
+    /// of references between dirty objects is followed without end.
     virtual int Save(ERObjectDataBase* target);
     /// Reads nothing: answers whether an ID and a database are known, from the arguments or the
     /// object.

@@ -26,7 +26,8 @@ public:
 /// the block that made it grow: that block is lost to the file. Stored files rely on the
 /// arrangement, so a file's free space is never exact.
 ///
-/// Reading: the first change reads the list; after it the nodes are known, and changes only write.
+/// Reading: the first change reads the list; after it the nodes are known, and a change reads no
+///          more than the size word of the block that it frees.
 /// Failure: the platform's exceptions pass. What is lost then is space at most: no block is handed
 ///          out twice, and the next call starts from what the file holds.
 /// Damage:  a node without its magic number is reported on the debug output and used all the same,
