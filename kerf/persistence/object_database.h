@@ -19,8 +19,9 @@ class RecordFile;
 /// Objects in one file, each a record of variable size found by its ID. A record begins with the
 /// signature of its class, a small number that a tree of the file gives for the class name.
 ///
-/// IDs:       start at 1 and are not given again (but see Crash). An object that refers to another holds its ID; no
-///            cache of loaded objects exists, so an object referred to twice comes back as two.
+/// IDs:       start at 1 and are not given again (but see Crash). An object that refers to another
+///            holds its ID; no cache of loaded objects exists, so an object referred to twice comes
+///            back as two.
 /// Failure:   nothing of the library's is thrown. A write that fails passes the platform's
 ///            CFileException on; the object then keeps its former ID and database. Open catches it
 ///            and shows its text.
