@@ -110,7 +110,7 @@ void* ERMemoryPool::operator new(std::size_t objectSize, int count) {
     const std::size_t objects = static_cast<std::size_t>(count);
     constexpr std::size_t most = std::numeric_limits<std::size_t>::max();
     const bool wraps = objects != 0 && objectSize > most / objects;
-    return operator new(wraps ? most : objectSize* objects);
+    return operator new(wraps ? most : (objectSize * objects));
 }
 
 void* ERMemoryPool::allocateFromHeap(std::size_t objectSize) {

@@ -11,6 +11,9 @@ class ERFileManager;
 /// Hands out and takes back blocks of a file.
 class KERF_EXPORT ERLMan {
 public:
+    ERLMan() = default;
+    ERLMan(const ERLMan&) = default;
+    ERLMan& operator=(const ERLMan&) = default;
     virtual ~ERLMan();
 
     /// The location of the data of a block with room for `size` bytes; -1 when the file cannot hold
