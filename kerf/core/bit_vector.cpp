@@ -147,6 +147,8 @@ void ERBitVec::saveOn(ERFile& file) const {
     if (size != 0) file.Write(bytes, static_cast<unsigned int>(byteCount(size)));
 }
 
+ERULong ERBitVec::binaryStoreSize() const { return 4 + static_cast<ERULong>(byteCount(size)); }
+
 void ERBitVec::restoreFrom(ERFile& file) {
     int stored = 0;
     if (!file.Read(stored) || stored < 0) stored = 0;

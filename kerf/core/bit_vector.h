@@ -91,6 +91,8 @@ public:
     void saveOn(ERFile& file) const;
     /// A size that is negative or more than the file can still hold reads as 0.
     void restoreFrom(ERFile& file);
+    /// What saveOn writes.
+    ERULong binaryStoreSize() const;
     /// The bits as 0 and 1 between brackets, separated by spaces: "[0 1 1]".
     void printOn(std::ostream& os) const;
     /// Reads what printOn writes, white space or none between the bits, and takes a list without

@@ -8,19 +8,33 @@
 #include "kerf/core/file.h"
 #include "kerf/platform/config.h"
 
-// How the typed containers write their elements: a class by its own saveGuts, restoreGuts and
-// binaryStoreSize, a number or an enumeration by its bytes. An element of any other type has no
-// file form, and a container of such elements writes nothing at all.
+// How the typed containers write their elements: a class by its own saveGuts and restoreGuts, or
+// saveOn and restoreFrom, and binaryStoreSize; a number or an enumeration by its bytes. An element of
+// any other type has no file form, and a container of such elements writes nothing at all.
 //
-// Numbers take the bytes they have in memory, so a `long` differs between platforms: files that
-// travel hold ERLong.
+// Numbers take the bytes they have in memory, but for `long`, which takes 4 on every platform: of a
+// larger one the lower 4 are kept.
 namespace kerf {
+
+namespace detail {
+
+template <class T>
+concept HasGuts = requires(const T& stored, T& restored, ERFile& file) {
+    stored.saveGuts(file);
+    restored.restoreGuts(file);
+};
+
+template <class T>
+concept SavesOn = requires(const T& stored, T& restored, ERFile& file) {
+    stored.saveOn(file);
+    restored.restoreFrom(file);
+};
+
+}  // namespace detail
 
 template <class T>
 concept ERStoresItself = std::default_initializable<T> &&
-    requires(const T& stored, T& restored, ERFile& file) {
-    stored.saveGuts(file);
-    restored.restoreGuts(file);
+    (detail::HasGuts<T> || detail::SavesOn<T>)&&requires(const T& stored) {
     { stored.binaryStoreSize() } -> std::convertible_to<ERULong>;
 };
 
@@ -38,6 +52,27 @@ concept WrittenAsArray = requires(ERFile& file, const T* stored, T* restored) {
     file.Read(restored, 1u);
 };
 
+// What is written of a number.
+template <class T>
+using Written = std::conditional_t<std::same_as<T, long>, ERLong,
+                                   std::conditional_t<std::same_as<T, unsigned long>, ERULong, T>>;
+
+template <ERStoresItself T>
+void saveElement(ERFile& file, const T& element) {
+    if constexpr (HasGuts<T>)
+        element.saveGuts(file);
+    else
+        element.saveOn(file);
+}
+
+template <ERStoresItself T>
+void restoreElement(ERFile& file, T& element) {
+    if constexpr (HasGuts<T>)
+        element.restoreGuts(file);
+    else
+        element.restoreFrom(file);
+}
+
 // The type of ERFile that carries numbers of that many bytes; larger ones go as two halves.
 template <std::size_t bytes>
 using RawCarrier = std::conditional_t<
@@ -51,7 +86,7 @@ using RawCarrier = std::conditional_t<
 template <ERStorable T>
 constexpr ERULong smallestStoredSize() {
     if constexpr (ERStoredRaw<T>)
-        return sizeof(T);
+        return sizeof(detail::Written<T>);
     else
         return 1;
 }
@@ -59,7 +94,7 @@ constexpr ERULong smallestStoredSize() {
 template <ERStorable T>
 std::uint64_t storedSize(const T* elements, unsigned int n) {
     if constexpr (ERStoredRaw<T>) {
-        return std::uint64_t{sizeof(T)} * n;
+        return std::uint64_t{sizeof(detail::Written<T>)} * n;
     } else {
         std::uint64_t size = 0;
         for (unsigned int i = 0; i < n; ++i) size += elements[i].binaryStoreSize();
@@ -76,13 +111,14 @@ constexpr ERULong storeSizeFrom(std::uint64_t bytes) {
 template <ERStorable T>
 void saveElements(ERFile& file, const T* elements, unsigned int n) {
     if constexpr (ERStoresItself<T>) {
-        for (unsigned int i = 0; i < n; ++i) elements[i].saveGuts(file);
+        for (unsigned int i = 0; i < n; ++i) detail::saveElement(file, elements[i]);
     } else if constexpr (detail::WrittenAsArray<T>) {
         if (n != 0) file.Write(elements, n);
     } else {
         for (unsigned int i = 0; i < n; ++i) {
-            const auto raw = std::bit_cast<detail::RawCarrier<sizeof(T)>>(elements[i]);
-            if constexpr (sizeof(T) == 8) {
+            const auto written = static_cast<detail::Written<T>>(elements[i]);
+            const auto raw = std::bit_cast<detail::RawCarrier<sizeof written>>(written);
+            if constexpr (sizeof written == 8) {
                 const std::uint32_t halves[2] = {static_cast<std::uint32_t>(raw),
                                                  static_cast<std::uint32_t>(raw >> 32)};
                 file.Write(halves, 2u);
@@ -97,14 +133,15 @@ void saveElements(ERFile& file, const T* elements, unsigned int n) {
 template <ERStorable T>
 void restoreElements(ERFile& file, T* elements, unsigned int n) {
     if constexpr (ERStoresItself<T>) {
-        for (unsigned int i = 0; i < n; ++i) elements[i].restoreGuts(file);
+        for (unsigned int i = 0; i < n; ++i) detail::restoreElement(file, elements[i]);
     } else if constexpr (detail::WrittenAsArray<T>) {
         for (unsigned int i = 0; i < n; ++i) elements[i] = T();
         if (n != 0) file.Read(elements, n);
     } else {
         for (unsigned int i = 0; i < n; ++i) {
-            detail::RawCarrier<sizeof(T)> raw = 0;
-            if constexpr (sizeof(T) == 8) {
+            using Written = detail::Written<T>;
+            detail::RawCarrier<sizeof(Written)> raw = 0;
+            if constexpr (sizeof(Written) == 8) {
                 std::uint32_t halves[2] = {0, 0};
                 if (file.Read(halves, 2u)) raw = halves[0] | std::uint64_t{halves[1]} << 32;
             } else {
@@ -113,7 +150,7 @@ void restoreElements(ERFile& file, T* elements, unsigned int n) {
             if constexpr (std::same_as<T, bool>)
                 elements[i] = raw != 0;
             else
-                elements[i] = std::bit_cast<T>(raw);
+                elements[i] = std::bit_cast<Written>(raw);
         }
     }
 }

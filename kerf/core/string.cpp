@@ -454,6 +454,14 @@ const ERCSubString ERCString::subString(const char* text, unsigned int start,
     return view(position, static_cast<unsigned int>(viewOf(text).size()));
 }
 
+const ERCSubString ERCString::subString(const char* text, caseCompare mode) const {
+    return subString(text, 0, mode);
+}
+
+ERCSubString ERCString::subString(const char* text, caseCompare mode) {
+    return subString(text, 0, mode);
+}
+
 ERCSubString ERCString::operator()(unsigned int position, unsigned int n) {
     return std::as_const(*this)(position, n);
 }

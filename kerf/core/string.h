@@ -190,6 +190,7 @@ public:
 
     /// Two different functions of the text, even when it has no lower-case letter.
     unsigned int hash(caseCompare mode = exact) const;
+    unsigned int hash(int mode) const { return hash(static_cast<caseCompare>(mode)); }
 
     /// Where the text is first found at `start` or behind it. An empty text is found at `start`
     /// itself, the end included.
@@ -200,6 +201,11 @@ public:
                        caseCompare mode = exact) const;
     unsigned int index(const ERCString& text, unsigned int count, unsigned int start,
                        caseCompare mode = exact) const;
+    // A mode behind the text is no start.
+    unsigned int index(const char* text, caseCompare mode) const { return index(text, 0u, mode); }
+    unsigned int index(const ERCString& text, caseCompare mode) const {
+        return index(text, 0u, mode);
+    }
     /// Where the pattern first matches, see ERCRegexp::index. A null matchLength is left out.
     unsigned int index(const ERCRegexp& pattern, unsigned int* matchLength = nullptr,
                        unsigned int start = 0) const;
@@ -223,6 +229,8 @@ public:
     ERCSubString subString(const char* text, unsigned int start = 0, caseCompare mode = exact);
     const ERCSubString subString(const char* text, unsigned int start = 0,
                                  caseCompare mode = exact) const;
+    ERCSubString subString(const char* text, caseCompare mode);
+    const ERCSubString subString(const char* text, caseCompare mode) const;
 
     ERCString copy() const;  ///< one that shares nothing
 

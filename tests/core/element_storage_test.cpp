@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "kerf/core/list.h"
+#include "kerf/core/string.h"
 #include "kerf/core/value_vector.h"
 #include "tests/support/temporary_file.h"
 
@@ -71,6 +72,8 @@ TYPED_TEST(StoredContainer, ComesBackElementByElement) {
     this->expectRoundTrip(blobs, 4 + 20000);
     this->template expectRoundTrip<double>({}, 4);
     this->template expectRoundTrip<long long>({-0x123456789ABCLL}, 4 + 8);
+    this->template expectRoundTrip<long>({-5, 7}, 4 + 8);  // the same on every platform
+    this->template expectRoundTrip<ERCString>({"abc", ""}, 4 + 7 + 4);
 }
 
 TYPED_TEST(StoredContainer, DamagedCountsReadAsNothingOrWhatIsThere) {

@@ -44,6 +44,7 @@ TEST(Regexp, TextsAreSearchedFromAStartOrForALength) {
     EXPECT_EQ(ERCString("hello").index(ERCRegexp("l+"), 0), 2u);
     EXPECT_EQ(ERCString("hello").index(ERCRegexp("l+"), &length, 3), 3u);
     EXPECT_EQ(length, 1u);
+    EXPECT_EQ(ERCString("Hello").index("LO", ERCString::ignoreCase), 3u);
 }
 
 TEST(Regexp, CompiledForm) {
