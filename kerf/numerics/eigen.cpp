@@ -37,7 +37,28 @@ void sortBySelection(int n, double* eigval, double** eigvec, Before before) {
 
 }  // namespace
 
-Eigen::Eigen(int n) : size(n > 0 ? n : 0) {
+Eigen::Eigen(int n) : size(n > 0 ? n : 0) { makeRoom(); }
+
+Eigen::Eigen(const Eigen& other) : size(other.size) {
+    makeRoom();
+    copyFrom(other);
+}
+
+Eigen& Eigen::operator=(const Eigen& other) {
+    if (this == &other) return *this;
+    size = other.size;
+    makeRoom();
+    copyFrom(other);
+    return *this;
+}
+
+// The rows lie behind each other, then the diagonal and the subdiagonal.
+void Eigen::copyFrom(const Eigen& other) {
+    const auto count = static_cast<std::size_t>(size);
+    if (count != 0) std::copy_n(other.rows[0], count * (count + 2), rows[0]);
+}
+
+void Eigen::makeRoom() {
     double* elements = inlineElements;
     rows = inlineRows;
     if (size > inlineSize) {

@@ -17,8 +17,8 @@ namespace kerf::Mgc {
 class KERF_EXPORT Eigen {
 public:
     explicit Eigen(int size);  ///< size below 0 counts as 0; the matrix starts as zeros
-    Eigen(const Eigen&) = delete;
-    Eigen& operator=(const Eigen&) = delete;
+    Eigen(const Eigen& other);
+    Eigen& operator=(const Eigen& other);
 
     int GetSize() const { return size; }
     double& Matrix(int row, int col) {
@@ -70,6 +70,8 @@ public:
     static void IncreasingSort(int n, double* eigval, double** eigvec);
 
 private:
+    void makeRoom();
+    void copyFrom(const Eigen& other);
     template <class Reduce>
     bool solve(Reduce reduce);
 

@@ -44,6 +44,8 @@ ERDBObject& ERDBObject::property(ERLong key, long value) { return setProperty(ke
 
 ERDBObject& ERDBObject::property(ERLong key, int value) { return setProperty(key, value); }
 
+ERDBObject& ERDBObject::property(ERLong key, unsigned int value) { return setProperty(key, value); }
+
 ERDBObject& ERDBObject::property(ERLong key, double value) { return setProperty(key, value); }
 
 ERDBObject& ERDBObject::property(ERLong key, char const* value) { return setProperty(key, value); }

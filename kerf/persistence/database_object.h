@@ -42,6 +42,7 @@ public:
     ERDBObjProperty property(ERLong key) const;
     ERDBObject& property(ERLong key, long value);
     ERDBObject& property(ERLong key, int value);
+    ERDBObject& property(ERLong key, unsigned int value);
     ERDBObject& property(ERLong key, double value);
     ERDBObject& property(ERLong key, char const* value);
 

@@ -42,6 +42,8 @@ ERDBObjProperty::ERDBObjProperty(double value) : type(Double), real(value) {}
 ERDBObjProperty::ERDBObjProperty(char const* value)
     : type(String), text(value == nullptr ? "" : value) {}
 
+ERDBObjProperty::ERDBObjProperty(unsigned int value) : type(UnsignedLong), natural(value) {}
+
 ERDBObjProperty::ERDBObjProperty(unsigned long value)
     : type(UnsignedLong), natural(static_cast<ERULong>(value)) {}
 

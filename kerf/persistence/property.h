@@ -34,6 +34,7 @@ public:
     ERDBObjProperty(long value);
     ERDBObjProperty(double value);
     ERDBObjProperty(char const* value);  ///< null is the empty string
+    ERDBObjProperty(unsigned int value);
     ERDBObjProperty(unsigned long value);
     ERDBObjProperty(ERDBObjProperty const&) = default;
     ERDBObjProperty& operator=(ERDBObjProperty const&) = default;

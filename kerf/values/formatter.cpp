@@ -191,7 +191,7 @@ Coordinate coordFormatorCartesian3D::ConvertFromTo(const Coordinate& c, int from
 int coordFormatorCartesian3D::NumberOfChoice() const { return choiceCount; }
 
 kerfUnitType coordFormatorCartesian3D::GetDimension(int line, int choice) {
-    using enum kerfUnitType;
+    using namespace kerfUnit;
     static constexpr kerfUnitType table[choiceCount][lineCount] = {
         {length, length, length}, {angle, length, length}, {angle, angle, length}};
     return dimensionIn(table, line, choice);
@@ -237,7 +237,7 @@ int coordFormatorUnitVector3D::GetNumberOfLineForChoice(int choice) const {
 }
 
 kerfUnitType coordFormatorUnitVector3D::GetDimension(int line, int choice) {
-    using enum kerfUnitType;
+    using namespace kerfUnit;
     static constexpr kerfUnitType table[choiceCount][lineCount] = {
         {none, none, none}, {angle, angle, angle}, {angle, angle, none}};
     return dimensionIn(table, line, choice);

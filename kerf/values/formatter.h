@@ -10,8 +10,12 @@ namespace kerf {
 class CArchive;
 class ERPmIsometrie3D;
 
-/// The dimension of the value on one line of a dialog.
-enum class kerfUnitType { none = 0, length = 1, angle = 2 };
+/// The dimension of the value on one line of a dialog. It converts to its number; the namespace keeps
+/// the short names apart.
+namespace kerfUnit {
+enum Type { none = 0, length = 1, angle = 2 };
+}
+using kerfUnitType = kerfUnit::Type;
 
 /// The format version that Serialize works by; 30 is the present one. An application that loads
 /// older data sets it first.

@@ -1,4 +1,5 @@
 #pragma once
+#include <concepts>
 #include <iosfwd>
 
 #include "kerf/core/value_vector.h"
@@ -103,6 +104,9 @@ public:
 
     double operator()(unsigned int power) const { return coefficients_[power]; }
     double& operator()(unsigned int power) { return coefficients_[power]; }
+    /// p(0.5) would be a coefficient: evaluate(0.5) is the value.
+    template <std::floating_point Number>
+    double operator()(Number) const = delete;
     double operator[](unsigned int power) const { return coefficients_[power]; }
     double& operator[](unsigned int power) { return coefficients_[power]; }
 

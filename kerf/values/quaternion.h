@@ -19,6 +19,8 @@ public:
     double z = 0.0;
 
     ERQuaternion() = default;  ///< the identity rotation (1, 0, 0, 0)
+    ERQuaternion(double wPart, double xPart, double yPart, double zPart)
+        : w(wPart), x(xPart), y(yPart), z(zPart) {}
     /// From a vector of three parameters along the axis, v = tan(half angle) axis: w = cos(atan
     /// |v|), the vector part is w v. The result has length 1.
     explicit ERQuaternion(const ERVector3D& v);

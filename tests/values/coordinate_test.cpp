@@ -90,7 +90,7 @@ protected:
 };
 
 TEST_F(FormatterTest, ConvertsBetweenTheFormsWithTheirDimensions) {
-    EXPECT_EQ(point.GetDimension(1, 2), kerfUnitType::angle);
+    EXPECT_EQ(point.GetDimension(1, 2), 2);
     EXPECT_EQ(direction.GetDimension(2, 1), kerfUnitType::angle);
     const double root = std::sqrt(2.0);
     const Coordinate place[] = {{1, 1, -root}, {45, root, -root}, {45, -45, 2}};
