@@ -9,6 +9,9 @@ namespace kerf {
 int ERPointSetBestFitSolverBase::nb_points() const { return static_cast<int>(first.length()); }
 
 void ERPointSetBestFitSolverBase::add_point(const ERPoint3D& p, const ERPoint3D& q) {
+    // Vectors grow by a few elements at a time; doubling keeps any number of points linear.
+    for (ERVec<ERPoint3D>* const list : {&first, &second})
+        if (list->length() == list->capacity()) list->capacity(2 * list->length());
     first.append(p);
     second.append(q);
 }

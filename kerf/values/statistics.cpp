@@ -6,6 +6,8 @@
 namespace kerf {
 
 void ERSerieStatistic::append(double x) {
+    // Vectors grow by a few elements at a time; doubling keeps any number of values linear.
+    if (length() == capacity()) capacity(2 * length());
     ERVec<double>::append(x);
     const double n = length();
     mean_ = mean_ * (n - 1.0) / n + x / n;
