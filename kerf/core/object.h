@@ -68,7 +68,7 @@ class KERF_EXPORT ERObject : public CObject, public ERReference {
     /// its own database if the object is dirty. 0 when there is no database at all, or when the
     /// database could not take the record: the object then keeps its former ID and database and
     /// stays dirty. An object is dirty until its record is complete, which callers rely on: a ring
-    /// of references between dirty objects is followed without end.
+    /// of references between dirty objects is followed until the stack is short, and not saved.
     virtual int Save(ERObjectDataBase* target);
     /// Reads nothing: answers whether an ID and a database are known, from the arguments or the
     /// object.

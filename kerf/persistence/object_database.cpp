@@ -12,6 +12,7 @@
 #include "kerf/persistence/record_file.h"
 #include "kerf/platform/exceptions.h"
 #include "kerf/platform/sinks.h"
+#include "kerf/platform/stack.h"
 
 namespace kerf {
 
@@ -260,7 +261,7 @@ public:
 ERLong ERObjectDataBase::Store(ERObject& object) {
     if (file == nullptr) return -1;
     PendingStore pending(*this, object);
-    if (!pending.identify()) return pending.fail();
+    if (stackIsShort() || !pending.identify()) return pending.fail();
     const ERLong signature = GetOrCreateSignature(object.className());
     if (signature == -1) return pending.fail();
     ERObject::theCurrentDataBase = this;
@@ -345,9 +346,7 @@ int ERObjectDataBase::Retrieve(ERLong id, ERObject& object) {
 t_SmartPtr<ERObject> ERObjectDataBase::RetrieveAndCreate(ERLong id) {
     if (file == nullptr) return {};
     ERObject::theCurrentDataBase = this;
-    if (beingRetrieved.size() >= deepestNesting ||
-        std::find(beingRetrieved.begin(), beingRetrieved.end(), id) != beingRetrieved.end())
-        return {};
+    if (stackIsShort() || beingRetrieved.contains(id)) return {};
     ERULong signature = 0;
     if (findRecord(id, signature) == -1) return {};
     const auto found = creators.find(signature);
@@ -357,11 +356,9 @@ t_SmartPtr<ERObject> ERObjectDataBase::RetrieveAndCreate(ERLong id) {
     object->database = this;
     object->objectID = id;
     struct Nesting {
-        explicit Nesting(std::vector<ERLong>& openIDs, ERLong opened) : ids(openIDs) {
-            ids.push_back(opened);
-        }
-        ~Nesting() { ids.pop_back(); }
-        std::vector<ERLong>& ids;
+        Nesting(NestedIDs& openIDs, ERLong opened) : ids(openIDs) { ids.push(opened); }
+        ~Nesting() { ids.pop(); }
+        NestedIDs& ids;
     } const nesting(beingRetrieved, id);
     object->restoreGuts(*file);
     return object;

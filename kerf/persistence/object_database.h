@@ -9,6 +9,7 @@
 #include "kerf/core/object.h"
 #include "kerf/core/reference.h"
 #include "kerf/core/smart_pointer.h"
+#include "kerf/persistence/nested_ids.h"
 
 namespace kerf {
 
@@ -54,7 +55,7 @@ public:
 
     /// Builds the object of that ID. Null when there is none, when its class is unknown to this
     /// program or abstract, when its record is being read already (records that refer to each other
-    /// in a ring), or behind a chain of deepestNesting references.
+    /// in a ring), or behind a chain of references as deep as the stack allows (some ten thousand).
     virtual t_SmartPtr<ERObject> RetrieveAndCreate(ERLong id);
 
     /// Frees the record. 0 when there is none. getNbObj() stays as it is: callers rely on it as the
@@ -81,9 +82,6 @@ public:
     /// Null while the base is closed.
     ERFileManager* fileManager();
     unsigned int getNbObj() const { return objectCount; }
-
-    /// How deep a chain of references is followed by RetrieveAndCreate.
-    static constexpr std::size_t deepestNesting = 1000;
 
 protected:
     ERLong GetOrCreateSignature(char const* className);
@@ -120,8 +118,8 @@ private:
     std::unordered_map<std::string, ERULong, NameHash, std::equal_to<>> signatures;
     std::unordered_map<ERULong, ERClassRegistration::Creator> creators;
     std::unordered_set<ERLong> specials;  ///< IDs known to hold plain numbers
-    std::vector<ERLong> beingRetrieved;   ///< IDs of the records being read, outermost first
-    unsigned int refusedStores = 0;       ///< stores and references that failed so far
+    NestedIDs beingRetrieved;
+    unsigned int refusedStores = 0;  ///< stores and references that failed so far
 };
 
 }  // namespace kerf

@@ -3,9 +3,13 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <future>
 #include <map>
 #include <memory>
 #include <string>
+#if defined(__linux__)
+#include <pthread.h>
+#endif
 
 #include "kerf/persistence/database_object.h"
 #include "kerf/platform/exceptions.h"
@@ -68,28 +72,53 @@ TEST_F(ObjectDataBase, ReferencesBringTheirObjectsAlong) {
     EXPECT_NE(second.object().getObject(), innerBack->object().getObject());  // unshared
 }
 
-TEST_F(ObjectDataBase, RecordsInARingAndLongChainsEnd) {
+TEST_F(ObjectDataBase, ARingReadsAsNullAndIsNotSavedWhenAllOfItIsDirty) {
     OpenedBase base(place);
     const auto a = newNamed("a"), b = newNamed("b", a);
     a->object(b);
-    ASSERT_EQ(b->Save(&base), 1);
-    a->object({});
+    ASSERT_EQ(b->Save(&base), 1);  // b is not dirty
     const t_SmartPtr<ERObject> ring = base.RetrieveAndCreate(1);
     const t_SmartPtr<ERObject> back = ERDBObject::castdown(ring.getObject())->object();
     ASSERT_EQ(nameOf(back), "a");
     EXPECT_TRUE(!ERDBObject::castdown(back.getObject())->object());
 
-    const std::size_t deepest = ERObjectDataBase::deepestNesting;
-    t_SmartPtr<ERDBObject> former;
-    for (std::size_t i = 0; i < deepest + 50; ++i) {
-        former = newNamed("link", former);
-        former->Save(&base);
-    }
-    std::size_t length = 0;
-    t_SmartPtr<ERObject> link = base.RetrieveAndCreate(former->getObjectID());
-    for (; nameOf(link) == "link"; ++length)
-        link = ERDBObject::castdown(link.getObject())->object();
-    EXPECT_EQ(length, deepest);
+    a->name("other");
+    b->setDirty();
+    EXPECT_EQ(a->Save(nullptr), 0);
+    EXPECT_EQ(a->isDirty() + b->isDirty(), 2);
+    EXPECT_EQ(nameOf(base.RetrieveAndCreate(2)), "a");
+    a->object({});
+}
+
+TEST_F(ObjectDataBase, LongChainsComeBackAsFarAsTheStackReaches) {
+    OpenedBase base(place);
+    t_SmartPtr<ERDBObject> last;
+    for (int i = 0; i < 3000; ++i) last = newNamed("link", last);
+    ASSERT_EQ(last->Save(&base), 1);
+    const auto length = [&] {
+        int count = 0;
+        t_SmartPtr<ERObject> link = base.RetrieveAndCreate(last->getObjectID());
+        for (; nameOf(link) == "link"; ++count)
+            link = ERDBObject::castdown(link.getObject())->object();
+        return count;
+    };
+    EXPECT_EQ(length(), 3000);
+#if defined(__linux__)
+    pthread_attr_t small;
+    pthread_attr_init(&small);
+    pthread_attr_setstacksize(&small, 1 << 19);
+    std::packaged_task<int()> task(length);
+    std::future<int> found = task.get_future();
+    pthread_t thread;
+    const auto run = [](void* work) -> void* {
+        (*static_cast<std::packaged_task<int()>*>(work))();
+        return nullptr;
+    };
+    ASSERT_EQ(pthread_create(&thread, &small, run, &task), 0);
+    pthread_join(thread, nullptr);
+    const int reached = found.get();
+    EXPECT_TRUE(reached > 10 && reached < 3000) << reached;
+#endif
 }
 
 TEST_F(ObjectDataBase, AnObjectMovesToAnotherBase) {
