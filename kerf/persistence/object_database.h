@@ -72,7 +72,8 @@ public:
     ERLong signatureOf(ERLong id);
 
     /// Stores a plain number under a new ID, which is returned (-1 on failure). It is no location:
-    /// nothing is freed when the ID is deleted.
+    /// nothing is freed when the ID is deleted. Nothing in the file says so: deleted in a later
+    /// session, a number that happens to be the location of a record frees that record.
     ERLong InsertSpecial(ERLong value);
     /// The number under that ID, or -1.
     ERLong ReadSpecial(ERLong id);
