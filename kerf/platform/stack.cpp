@@ -13,10 +13,20 @@ namespace kerf {
 
 namespace {
 
-// Kept for what the recursion calls, and for taking down what it has built.
-constexpr std::uintptr_t smallestReserve = 128 << 10;
-// Of a stack whose size the system does not tell.
+// What is assumed to be below the first call where the system tells no more.
 constexpr std::uintptr_t assumedSize = 256 << 10;
+
+// A stack from its lowest address up; below `limit` little is left, since stacks grow downwards. The
+// last third is kept for what a recursion calls.
+struct Stack {
+    Stack(std::uintptr_t first, std::uintptr_t behindLast)
+        : low(first), high(behindLast), limit(first + (behindLast - first) / 3) {}
+    bool holds(std::uintptr_t place) const { return low <= place && place < high; }
+
+    std::uintptr_t low;
+    std::uintptr_t high;
+    std::uintptr_t limit;
+};
 
 std::uintptr_t placeInStack() {
 #if defined(__GNUC__)
@@ -27,35 +37,38 @@ std::uintptr_t placeInStack() {
 #endif
 }
 
-// The address below which little is left; stacks grow downwards.
-std::uintptr_t findLimit() {
-    const std::uintptr_t here = placeInStack();
-    std::uintptr_t lowest = here > assumedSize ? here - assumedSize : 0;
+Stack findStack() {
 #if defined(_WIN32)
     ULONG_PTR low = 0;
     ULONG_PTR high = 0;
     ::GetCurrentThreadStackLimits(&low, &high);
-    lowest = low;
-#elif defined(__linux__)
+    return Stack(low, high);
+#else
+#if defined(__linux__)
     pthread_attr_t attributes;
     if (::pthread_getattr_np(::pthread_self(), &attributes) == 0) {
         void* start = nullptr;
         std::size_t size = 0;
-        if (::pthread_attr_getstack(&attributes, &start, &size) == 0)
-            lowest = reinterpret_cast<std::uintptr_t>(start);
+        const bool told = ::pthread_attr_getstack(&attributes, &start, &size) == 0;
         ::pthread_attr_destroy(&attributes);
+        const auto low = reinterpret_cast<std::uintptr_t>(start);
+        if (told) return Stack(low, low + size);
     }
 #endif
-    // A third of what is left where little is, as in threads with a small stack.
-    const std::uintptr_t left = here > lowest ? here - lowest : 0;
-    return lowest + (left / 3 > smallestReserve ? left / 3 : smallestReserve);
+    const std::uintptr_t here = placeInStack();
+    return Stack(here > assumedSize ? here - assumedSize : 0, here + assumedSize);
+#endif
 }
 
 }  // namespace
 
 bool stackIsShort() {
-    static thread_local const std::uintptr_t limit = findLimit();
-    return placeInStack() < limit;
+    static thread_local Stack stack = findStack();
+    const std::uintptr_t here = placeInStack();
+#if defined(_WIN32)
+    if (!stack.holds(here)) stack = findStack();  // the thread runs another fiber
+#endif
+    return stack.holds(here) && here < stack.limit;
 }
 
 }  // namespace kerf
