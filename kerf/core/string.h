@@ -190,7 +190,7 @@ public:
 
     /// Two different functions of the text, even when it has no lower-case letter.
     unsigned int hash(caseCompare mode = exact) const;
-    unsigned int hash(int mode) const { return hash(static_cast<caseCompare>(mode)); }
+    unsigned int hash(int mode) const { return hash(mode != 0 ? ignoreCase : exact); }
 
     /// Where the text is first found at `start` or behind it. An empty text is found at `start`
     /// itself, the end included.

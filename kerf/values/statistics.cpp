@@ -7,7 +7,8 @@ namespace kerf {
 
 void ERSerieStatistic::append(double x) {
     // Vectors grow by a few elements at a time; doubling keeps any number of values linear.
-    if (length() == capacity()) capacity(2 * length());
+    constexpr unsigned most = 0xFFFFF000u / sizeof(double);  // whose bytes 32 bits count
+    if (length() == capacity()) capacity(std::min(2 * length(), most));
     ERVec<double>::append(x);
     const double n = length();
     mean_ = mean_ * (n - 1.0) / n + x / n;
