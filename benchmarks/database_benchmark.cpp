@@ -47,10 +47,10 @@ public:
     kerf::ERObject* getCopy() const override { return new Record(*this); }
     void printOn(std::ostream&) const override {}
     void saveGuts(kerf::ERFile& file) const override {
-        file.Write(bytes.data(), static_cast<unsigned>(size));
+        file.Write(bytes.data(), static_cast<unsigned int>(size));
     }
     void restoreGuts(kerf::ERFile& file) override {
-        file.Read(bytes.data(), static_cast<unsigned>(size));
+        file.Read(bytes.data(), static_cast<unsigned int>(size));
     }
     kerf::ERULong binaryStoreSize() const override { return static_cast<kerf::ERULong>(size); }
 };

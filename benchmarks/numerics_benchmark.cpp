@@ -30,7 +30,7 @@ using kerf::ERPoint3D;
 using kerf::ERVec;
 using kerf::ERVector3D;
 
-constexpr unsigned seed = 20;
+constexpr unsigned int seed = 20;
 constexpr double pi = 3.141592653589793;
 
 class Draw {
@@ -51,17 +51,17 @@ struct LinearSystem {
     ERMatrix<double> matrix;
     ERVec<double> right;
 
-    explicit LinearSystem(unsigned n) : matrix(n, n), right(n) {
+    explicit LinearSystem(unsigned int n) : matrix(n, n), right(n) {
         Draw draw;
-        for (unsigned i = 0; i < n; ++i) {
-            for (unsigned j = 0; j < n; ++j) matrix(i, j) = draw();
+        for (unsigned int i = 0; i < n; ++i) {
+            for (unsigned int j = 0; j < n; ++j) matrix(i, j) = draw();
             right[i] = draw();
         }
     }
 };
 
 void SolveLinearSystem(benchmark::State& state) {
-    const LinearSystem system(static_cast<unsigned>(state.range(0)));
+    const LinearSystem system(static_cast<unsigned int>(state.range(0)));
     for (auto _ : state) {
         const kerf::ERLUDecomp lu(system.matrix);
         ERVec<double> x = solve(lu, system.right);
@@ -73,13 +73,14 @@ BENCHMARK(SolveLinearSystem)->Arg(3)->Arg(6)->Arg(20);
 #ifdef KERF_HAS_EIGEN
 void SolveLinearSystemByEigen(benchmark::State& state) {
     const Eigen::Index n = state.range(0);
-    const LinearSystem system(static_cast<unsigned>(n));
+    const LinearSystem system(static_cast<unsigned int>(n));
     Eigen::MatrixXd matrix(n, n);
     Eigen::VectorXd right(n);
     for (Eigen::Index i = 0; i < n; ++i) {
         for (Eigen::Index j = 0; j < n; ++j)
-            matrix(i, j) = system.matrix(static_cast<unsigned>(i), static_cast<unsigned>(j));
-        right[i] = system.right[static_cast<unsigned>(i)];
+            matrix(i, j) =
+                system.matrix(static_cast<unsigned int>(i), static_cast<unsigned int>(j));
+        right[i] = system.right[static_cast<unsigned int>(i)];
     }
     for (auto _ : state) {
         const Eigen::PartialPivLU<Eigen::MatrixXd> lu(matrix);
@@ -272,7 +273,7 @@ void TransformFrom(benchmark::State& state) {
     std::vector<ERPoint3D> points = manyPoints();
     const ERPmSimilitude3D t = transformation(kind);
     for (auto _ : state) {
-        t.TransFrom(points.data(), static_cast<unsigned>(points.size()));
+        t.TransFrom(points.data(), static_cast<unsigned int>(points.size()));
         benchmark::DoNotOptimize(points.data());
         benchmark::ClobberMemory();
     }
@@ -284,7 +285,7 @@ void TransformTo(benchmark::State& state) {
     std::vector<ERPoint3D> points = manyPoints();
     const ERPmSimilitude3D t = transformation(kind);
     for (auto _ : state) {
-        t.TransTo(points.data(), static_cast<unsigned>(points.size()));
+        t.TransTo(points.data(), static_cast<unsigned int>(points.size()));
         benchmark::DoNotOptimize(points.data());
         benchmark::ClobberMemory();
     }
@@ -318,8 +319,9 @@ template <Kind kind, bool transposed>
 auto plainTurn() {
     const ERMatrix<double> matrix = transformation(kind).getMatrix();
     std::array<double, 9> m{};
-    for (unsigned r = 0; r < 3; ++r)
-        for (unsigned c = 0; c < 3; ++c) m[3 * r + c] = transposed ? matrix(c, r) : matrix(r, c);
+    for (unsigned int r = 0; r < 3; ++r)
+        for (unsigned int c = 0; c < 3; ++c)
+            m[3 * r + c] = transposed ? matrix(c, r) : matrix(r, c);
     return [m](const PlainPoint& p) {
         return PlainPoint{m[0] * p.x + m[1] * p.y + m[2] * p.z,
                           m[3] * p.x + m[4] * p.y + m[5] * p.z,
@@ -393,7 +395,7 @@ template <class Find>
 void findRealRoots(benchmark::State& state, Find find) {
     const int degree = static_cast<int>(state.range(0));
     const std::vector<double> c = chebyshev(degree);
-    const kerf::ERPolynome p(c.data(), static_cast<unsigned>(c.size()));
+    const kerf::ERPolynome p(c.data(), static_cast<unsigned int>(c.size()));
     const kerf::ERLimites limits(-1.0, 1.0);
     ERVec<double> roots;
     for (auto _ : state) {
@@ -401,7 +403,7 @@ void findRealRoots(benchmark::State& state, Find find) {
         benchmark::DoNotOptimize(roots);
     }
     std::vector<double> found;
-    for (unsigned i = 0; i < roots.length(); ++i) found.push_back(std::as_const(roots)[i]);
+    for (unsigned int i = 0; i < roots.length(); ++i) found.push_back(std::as_const(roots)[i]);
     countError(state, rootError(degree, found));
 }
 
@@ -422,8 +424,8 @@ void ComplexRoots(benchmark::State& state) {
     const std::vector<double> c = chebyshev(degree);
     std::vector<double> re(c.size()), im(c.size()), work(c.size());
     for (auto _ : state) {
-        benchmark::DoNotOptimize(kerf::complexRoots(c.data(), static_cast<unsigned>(degree), 1e-9,
-                                                    80, re.data(), im.data(), work.data()));
+        benchmark::DoNotOptimize(kerf::complexRoots(c.data(), static_cast<unsigned int>(degree),
+                                                    1e-9, 80, re.data(), im.data(), work.data()));
         benchmark::ClobberMemory();
     }
     re.pop_back();

@@ -89,11 +89,11 @@ BENCHMARK(CopyStdVector<ERPoint3D>);
 // A short vector built, filled by appending and dropped: the daily work of evaluation.
 template <class T>
 void AppendERVec(benchmark::State& state) {
-    const unsigned n = static_cast<unsigned>(state.range(0));
+    const unsigned int n = static_cast<unsigned int>(state.range(0));
     const unsigned long before = heapCalls;
     for (auto _ : state) {
         ERVec<T> vector;
-        for (unsigned i = 0; i < n; ++i) vector.append(T());
+        for (unsigned int i = 0; i < n; ++i) vector.append(T());
         benchmark::DoNotOptimize(vector);
     }
     countHeapCalls(state, before);
@@ -103,11 +103,11 @@ BENCHMARK(AppendERVec<ERPoint3D>)->Arg(4)->Arg(16)->Arg(64);
 
 template <class T>
 void AppendStdVector(benchmark::State& state) {
-    const unsigned n = static_cast<unsigned>(state.range(0));
+    const unsigned int n = static_cast<unsigned int>(state.range(0));
     const unsigned long before = heapCalls;
     for (auto _ : state) {
         std::vector<T> vector;
-        for (unsigned i = 0; i < n; ++i) vector.push_back(T());
+        for (unsigned int i = 0; i < n; ++i) vector.push_back(T());
         benchmark::DoNotOptimize(vector);
     }
     countHeapCalls(state, before);
@@ -118,7 +118,7 @@ BENCHMARK(AppendStdVector<ERPoint3D>)->Arg(4)->Arg(16)->Arg(64);
 // The first write through a shared vector.
 template <class T>
 void UnshareERVec(benchmark::State& state) {
-    const ERVec<T> source(static_cast<unsigned>(state.range(0)), T());
+    const ERVec<T> source(static_cast<unsigned int>(state.range(0)), T());
     const unsigned long before = heapCalls;
     for (auto _ : state) {
         ERVec<T> copy(source);

@@ -181,7 +181,7 @@ bool readFigure(const std::string& comment, std::vector<Figure>& figures) {
 
 bool readPairs(const std::string& path, Pairs& pairs) {
     std::vector<std::array<double, 6>> rows;
-    const auto onComment = [&](unsigned number, const std::string& line) {
+    const auto onComment = [&](unsigned int number, const std::string& line) {
         return readFigure(line, pairs.figures) || badLine(path, number, "not a figure", line);
     };
     if (!readRows(path, "a pair of points", rows, onComment)) return false;
@@ -415,8 +415,8 @@ Object restored(kerf::ERDataBase& archive, std::size_t number, const std::string
 
 bool sameMotion(const ERPmIsometrie3D& a, const ERPmIsometrie3D& b) {
     const kerf::ERMatrix<double> turnA = a.getMatrix(), turnB = b.getMatrix();
-    for (unsigned r = 0; r < 3; ++r)
-        for (unsigned c = 0; c < 3; ++c)
+    for (unsigned int r = 0; r < 3; ++r)
+        for (unsigned int c = 0; c < 3; ++c)
             if (!sameBits(turnA(r, c), turnB(r, c))) return false;
     return sameBits(a.getTrans(), b.getTrans());
 }

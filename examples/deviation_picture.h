@@ -35,7 +35,7 @@ inline std::string colorAt(double share) {
     const double t = place - static_cast<double>(i);
     char text[16];
     const auto part = [&](std::size_t k) {
-        return static_cast<unsigned>(std::lround(stops[i][k] * (1 - t) + stops[i + 1][k] * t));
+        return static_cast<unsigned int>(std::lround(stops[i][k] * (1 - t) + stops[i + 1][k] * t));
     };
     std::snprintf(text, sizeof text, "#%02x%02x%02x", part(0), part(1), part(2));
     return text;
@@ -48,20 +48,20 @@ public:
     void add(const char* format, Values... values) {
         char text[400];
         const int length = std::snprintf(text, sizeof text, format, values...);
-        body.append(text, std::min(static_cast<std::size_t>(length), sizeof text - 1)) += '\n';
+        body_.append(text, std::min(static_cast<std::size_t>(length), sizeof text - 1)) += '\n';
     }
     bool write(const std::string& path, double width, double height) const {
         std::ofstream file(path);
         file << "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"" << width << "\" height=\""
              << height << "\" font-family=\"sans-serif\" font-size=\"12\">\n"
              << "<rect width=\"100%\" height=\"100%\" fill=\"white\"/>\n"
-             << body << "</svg>\n";
+             << body_ << "</svg>\n";
         file.close();
         return !file.fail();
     }
 
 private:
-    std::string body;
+    std::string body_;
 };
 
 /// The scale of colours, from 0 at the bottom to the largest deviation at the top.

@@ -22,7 +22,7 @@ constexpr kerf::ERULong blue = 0x0000FF;
 // False, and the offending line on standard error, when the file is not of the form above.
 bool readPoints(const std::string& path, std::vector<kerf::ERPoint3D>& points) {
     std::vector<std::array<double, 3>> rows;
-    const auto pass = [](unsigned, const std::string&) { return true; };
+    const auto pass = [](unsigned int, const std::string&) { return true; };
     if (!readRows(path, "a point", rows, pass)) return false;
     for (const auto& [x, y, z] : rows) points.emplace_back(x, y, z);
     return true;

@@ -20,26 +20,26 @@
 /// Drawn over itself on a terminal, silent elsewhere.
 class Progress {
 public:
-    Progress(const char* task, std::size_t count) : title(task), total(count) {}
+    Progress(const char* task, std::size_t count) : title_(task), total_(count) {}
     ~Progress() {
-        if (onTerminal) std::fputs("\r\033[K", stderr);
+        if (onTerminal_) std::fputs("\r\033[K", stderr);
     }
     void show(std::size_t done) const {
-        if (!onTerminal || (done % 16 != 0 && done != total)) return;
+        if (!onTerminal_ || (done % 16 != 0 && done != total_)) return;
         constexpr std::size_t width = 40;
-        const std::size_t filled = total == 0 ? width : done * width / total;
-        std::fprintf(stderr, "\r%s [%s%s] %zu/%zu", title, std::string(filled, '#').c_str(),
-                     std::string(width - filled, ' ').c_str(), done, total);
+        const std::size_t filled = total_ == 0 ? width : done * width / total_;
+        std::fprintf(stderr, "\r%s [%s%s] %zu/%zu", title_, std::string(filled, '#').c_str(),
+                     std::string(width - filled, ' ').c_str(), done, total_);
     }
 
 private:
-    const char* title;
-    std::size_t total;
-    bool onTerminal = isatty(2) != 0;
+    const char* title_;
+    std::size_t total_;
+    bool onTerminal_ = isatty(2) != 0;
 };
 
 /// False, after a message that names the file and the line.
-inline bool badLine(const std::string& path, unsigned number, std::string_view complaint,
+inline bool badLine(const std::string& path, unsigned int number, std::string_view complaint,
                     const std::string& line) {
     std::cerr << path << ":" << number << ": " << complaint << ": " << line << "\n";
     return false;
@@ -58,7 +58,7 @@ bool readRows(const std::string& path, std::string_view expected,
         return false;
     }
     std::string line;
-    for (unsigned number = 1; std::getline(input, line); ++number) {
+    for (unsigned int number = 1; std::getline(input, line); ++number) {
         if (line.find_first_not_of(" \t\r") == std::string::npos) continue;
         if (line[0] == '#') {
             if (!onComment(number, line)) return false;

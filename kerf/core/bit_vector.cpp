@@ -48,52 +48,52 @@ ERBitVec::ERBitVec(unsigned int n, int value) {
 
 ERBitVec::ERBitVec(const unsigned char* source, unsigned int n) {
     allocateFor(n);
-    std::copy_n(source, byteCount(n), bytes);
+    std::copy_n(source, byteCount(n), bytes_);
 }
 
-ERBitVec::ERBitVec(const ERBitVec& other) : ERBitVec(other.bytes, other.size) {}
+ERBitVec::ERBitVec(const ERBitVec& other) : ERBitVec(other.bytes_, other.size_) {}
 
 ERBitVec::ERBitVec(ERBitVec&& other) noexcept
-    : bytes(std::exchange(other.bytes, nullptr)), size(std::exchange(other.size, 0u)) {}
+    : bytes_(std::exchange(other.bytes_, nullptr)), size_(std::exchange(other.size_, 0u)) {}
 
 ERBitVec& ERBitVec::operator=(const ERBitVec& other) {
     if (this != &other) {
-        allocateFor(other.size);
-        std::copy_n(other.bytes, byteCount(size), bytes);
+        allocateFor(other.size_);
+        std::copy_n(other.bytes_, byteCount(size_), bytes_);
     }
     return *this;
 }
 
 ERBitVec& ERBitVec::operator=(ERBitVec&& other) noexcept {
-    std::swap(bytes, other.bytes);
-    std::swap(size, other.size);
+    std::swap(bytes_, other.bytes_);
+    std::swap(size_, other.size_);
     return *this;
 }
 
 ERBitVec& ERBitVec::operator=(int value) {
-    std::fill_n(bytes, byteCount(size), static_cast<unsigned char>(value > 0 ? 0xFF : 0));
+    std::fill_n(bytes_, byteCount(size_), static_cast<unsigned char>(value > 0 ? 0xFF : 0));
     return *this;
 }
 
 // Sets the size; the contents are lost when the number of bytes changes.
 void ERBitVec::allocateFor(unsigned int n) {
-    if (byteCount(n) != byteCount(size)) {
+    if (byteCount(n) != byteCount(size_)) {
         unsigned char* const allocated = n == 0 ? nullptr : new unsigned char[byteCount(n)];
-        delete[] bytes;
-        bytes = allocated;
+        delete[] bytes_;
+        bytes_ = allocated;
     }
-    size = n;
+    size_ = n;
 }
 
-unsigned int ERBitVec::firstTrue() const { return erFirstTrue(bytes, size); }
-unsigned int ERBitVec::firstFalse() const { return erFirstFalse(bytes, size); }
+unsigned int ERBitVec::firstTrue() const { return erFirstTrue(bytes_, size_); }
+unsigned int ERBitVec::firstFalse() const { return erFirstFalse(bytes_, size_); }
 
 template <class Operation>
 ERBitVec& ERBitVec::combine(const ERBitVec& other, Operation operation) {
-    KERF_CHECK_ARGUMENT(size == other.size);
-    const std::size_t n = byteCount(std::min(size, other.size));
+    KERF_CHECK_ARGUMENT(size_ == other.size_);
+    const std::size_t n = byteCount(std::min(size_, other.size_));
     for (std::size_t i = 0; i < n; ++i)
-        bytes[i] = static_cast<unsigned char>(operation(bytes[i], other.bytes[i]));
+        bytes_[i] = static_cast<unsigned char>(operation(bytes_[i], other.bytes_[i]));
     return *this;
 }
 
@@ -114,40 +114,40 @@ int ERBitVec::operator==(int value) const {
 }
 
 int ERBitVec::isEqual(const ERBitVec& other) const {
-    if (size != other.size) return 0;
+    if (size_ != other.size_) return 0;
     const unsigned int full = nfull();
-    if (full != 0 && std::memcmp(bytes, other.bytes, full) != 0) return 0;
-    return size % 8 == 0 || ((bytes[full] ^ other.bytes[full]) & lastMask()) == 0;
+    if (full != 0 && std::memcmp(bytes_, other.bytes_, full) != 0) return 0;
+    return size_ % 8 == 0 || ((bytes_[full] ^ other.bytes_[full]) & lastMask()) == 0;
 }
 
 unsigned int ERBitVec::hash() const {
-    std::uint32_t h = size;
+    std::uint32_t h = size_;
     const unsigned int full = nfull();
-    for (unsigned int i = 0; i < full; ++i) h = std::rotl(h, 5) ^ bytes[i];
-    if (size % 8 != 0) h = std::rotl(h, 5) ^ (bytes[full] & std::uint32_t{lastMask()});
+    for (unsigned int i = 0; i < full; ++i) h = std::rotl(h, 5) ^ bytes_[i];
+    if (size_ % 8 != 0) h = std::rotl(h, 5) ^ (bytes_[full] & std::uint32_t{lastMask()});
     return h;
 }
 
 void ERBitVec::resize(unsigned int n) {
-    if (n > size && size % 8 != 0) bytes[nfull()] &= lastMask();
-    const std::size_t former = byteCount(size);
+    if (n > size_ && size_ % 8 != 0) bytes_[nfull()] &= lastMask();
+    const std::size_t former = byteCount(size_);
     const std::size_t wanted = byteCount(n);
     if (wanted != former) {
         unsigned char* const resized = wanted == 0 ? nullptr : new unsigned char[wanted];
-        std::copy_n(bytes, std::min(former, wanted), resized);
+        std::copy_n(bytes_, std::min(former, wanted), resized);
         if (wanted > former) std::fill(resized + former, resized + wanted, 0);
-        delete[] bytes;
-        bytes = resized;
+        delete[] bytes_;
+        bytes_ = resized;
     }
-    size = n;
+    size_ = n;
 }
 
 void ERBitVec::saveOn(ERFile& file) const {
-    file.Write(static_cast<int>(size));
-    if (size != 0) file.Write(bytes, static_cast<unsigned int>(byteCount(size)));
+    file.Write(static_cast<int>(size_));
+    if (size_ != 0) file.Write(bytes_, static_cast<unsigned int>(byteCount(size_)));
 }
 
-ERULong ERBitVec::binaryStoreSize() const { return 4 + static_cast<ERULong>(byteCount(size)); }
+ERULong ERBitVec::binaryStoreSize() const { return 4 + static_cast<ERULong>(byteCount(size_)); }
 
 void ERBitVec::restoreFrom(ERFile& file) {
     int stored = 0;
@@ -156,13 +156,13 @@ void ERBitVec::restoreFrom(ERFile& file) {
     if (byteCount(n) > file.remaining()) n = 0;
     allocateFor(n);
     *this = 0;
-    if (n != 0) file.Read(bytes, static_cast<unsigned int>(byteCount(n)));
+    if (n != 0) file.Read(bytes_, static_cast<unsigned int>(byteCount(n)));
 }
 
 void ERBitVec::printOn(std::ostream& os) const {
     std::string text = "[";
-    text.reserve(2 * std::size_t{size} + 2);
-    for (unsigned int i = 0; i < size; ++i) {
+    text.reserve(2 * std::size_t{size_} + 2);
+    for (unsigned int i = 0; i < size_; ++i) {
         if (i != 0) text += ' ';
         text += testBit(i) ? '1' : '0';
     }
@@ -175,7 +175,7 @@ void ERBitVec::scanFrom(std::istream& is) {
     unsigned int read = 0;
     const auto append = [&](int bit) {
         constexpr unsigned int leastGrowth = 32;
-        if (read == room.size) room.resize(read + std::max(leastGrowth, read / 2));
+        if (read == room.size_) room.resize(read + std::max(leastGrowth, read / 2));
         room[read++] = bit;
     };
     is >> std::ws;

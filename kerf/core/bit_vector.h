@@ -12,12 +12,12 @@ class ERFile;
 class ERBitRef {
 public:
     ERBitRef(unsigned char* byteOfBit, unsigned char maskOfBit)
-        : byte(byteOfBit), mask(maskOfBit) {}
+        : byte_(byteOfBit), mask_(maskOfBit) {}
     ERBitRef(const ERBitRef&) = default;
 
-    operator int() const { return (*byte & mask) != 0; }
+    operator int() const { return (*byte_ & mask_) != 0; }
     ERBitRef& operator=(int value) {
-        *byte = static_cast<unsigned char>(value != 0 ? *byte | mask : *byte & ~mask);
+        *byte_ = static_cast<unsigned char>(value != 0 ? *byte_ | mask_ : *byte_ & ~mask_);
         return *this;
     }
     ERBitRef& operator=(const ERBitRef& other) { return *this = static_cast<int>(other); }
@@ -26,8 +26,8 @@ public:
     ERBitRef& operator^=(int value) { return *this = static_cast<int>(*this) != (value != 0); }
 
 private:
-    unsigned char* byte;
-    unsigned char mask;
+    unsigned char* byte_;
+    unsigned char mask_;
 };
 
 /// A vector of bits. Bit i is bit i % 8 of byte i / 8, the low one first. What the last byte holds
@@ -42,27 +42,27 @@ public:
     ERBitVec(const unsigned char* source, unsigned int n);
     ERBitVec(const ERBitVec& other);
     ERBitVec(ERBitVec&& other) noexcept;
-    ~ERBitVec() { delete[] bytes; }
+    ~ERBitVec() { delete[] bytes_; }
 
     ERBitVec& operator=(const ERBitVec& other);
     ERBitVec& operator=(ERBitVec&& other) noexcept;
     /// Sets all bits for a positive value, clears all otherwise.
     ERBitVec& operator=(int value);
 
-    unsigned int length() const { return size; }
+    unsigned int length() const { return size_; }
     /// The (length() + 7) / 8 bytes; null for a length of 0.
-    const unsigned char* data() const { return bytes; }
+    const unsigned char* data() const { return bytes_; }
 
     ERBitRef operator[](unsigned int i) {
-        KERF_CHECK_ARGUMENT(i < size);
-        return ERBitRef(bytes + i / 8, maskOf(i));
+        KERF_CHECK_ARGUMENT(i < size_);
+        return ERBitRef(bytes_ + i / 8, maskOf(i));
     }
     int operator[](unsigned int i) const { return testBit(i); }
     ERBitRef operator()(unsigned int i) { return (*this)[i]; }
     int operator()(unsigned int i) const { return testBit(i); }
     int testBit(unsigned int i) const {
-        KERF_CHECK_ARGUMENT(i < size);
-        return (bytes[i / 8] & maskOf(i)) != 0;
+        KERF_CHECK_ARGUMENT(i < size_);
+        return (bytes_[i / 8] & maskOf(i)) != 0;
     }
     void setBit(unsigned int i) { (*this)[i] = 1; }
     void clearBit(unsigned int i) { (*this)[i] = 0; }
@@ -107,15 +107,15 @@ public:
 private:
     static unsigned char maskOf(unsigned int i) { return static_cast<unsigned char>(1u << i % 8); }
     static std::size_t byteCount(unsigned int n) { return n / 8 + (n % 8 != 0); }
-    unsigned int nfull() const { return size / 8; }
-    unsigned char lastMask() const { return static_cast<unsigned char>(maskOf(size) - 1); }
+    unsigned int nfull() const { return size_ / 8; }
+    unsigned char lastMask() const { return static_cast<unsigned char>(maskOf(size_) - 1); }
 
     void allocateFor(unsigned int n);
     template <class Operation>
     ERBitVec& combine(const ERBitVec& other, Operation operation);
 
-    unsigned char* bytes = nullptr;
-    unsigned int size = 0;
+    unsigned char* bytes_ = nullptr;
+    unsigned int size_ = 0;
 };
 
 KERF_EXPORT ERBitVec operator&(const ERBitVec& a, const ERBitVec& b);

@@ -13,7 +13,7 @@ constexpr std::align_val_t blockAlignment{alignof(ERVecBlock)};
 
 }  // namespace
 
-ERVecBlock* allocateBlock(unsigned capacity) {
+ERVecBlock* allocateBlock(unsigned int capacity) {
     const std::uint64_t wanted = sizeof(ERVecBlock) + std::uint64_t{capacity};
     if (wanted > std::numeric_limits<std::ptrdiff_t>::max()) return nullptr;
     const auto size = static_cast<std::size_t>(wanted);
@@ -32,7 +32,7 @@ void releaseBlock(ERVecBlock* block) {
         ::operator delete(block, blockAlignment);
 }
 
-ERVecRepCache::ERVecRepCache(unsigned byteLimit, unsigned countLimit, unsigned buckets)
+ERVecRepCache::ERVecRepCache(unsigned int byteLimit, unsigned int countLimit, unsigned int buckets)
     : byteLimit_(byteLimit),
       countLimit_(countLimit),
       bucketCount_(buckets),
@@ -44,7 +44,7 @@ ERVecRepCache::~ERVecRepCache() { flush(); }
 
 // A list that is asked for moves to the front of its bucket: a thread works with few capacities at
 // a time, so the search ends at the first link however many capacities it has ever used.
-ERVecRepCache::FreeList* ERVecRepCache::bringToFront(FreeList** bucket, unsigned capacity) {
+ERVecRepCache::FreeList* ERVecRepCache::bringToFront(FreeList** bucket, unsigned int capacity) {
     for (FreeList** link = bucket; FreeList* list = *link; link = &list->next) {
         if (list->capacity != capacity) continue;
         *link = list->next;
@@ -57,7 +57,7 @@ ERVecRepCache::FreeList* ERVecRepCache::bringToFront(FreeList** bucket, unsigned
 }
 
 void ERVecRepCache::flush() {
-    for (unsigned b = 0; b < bucketCount_; ++b) {
+    for (unsigned int b = 0; b < bucketCount_; ++b) {
         while (FreeList* list = buckets_[b]) {
             while (ERVecBlock* block = list->head) {
                 list->head = static_cast<ERVecBlock*>(block->data);

@@ -26,7 +26,7 @@ struct alignas(16) ERVecBlock {
 
 /// A block of that capacity from the heap: no owner, length 0, contents undefined. Null when there
 /// is no memory for it or its size does not fit the address space.
-KERF_EXPORT ERVecBlock* allocateBlock(unsigned capacity);
+KERF_EXPORT ERVecBlock* allocateBlock(unsigned int capacity);
 
 /// Gives a block of allocateBlock back to the heap.
 KERF_EXPORT void releaseBlock(ERVecBlock* block);
@@ -37,17 +37,17 @@ KERF_EXPORT void releaseBlock(ERVecBlock* block);
 class KERF_EXPORT ERVecRepCache {
 public:
     /// Blocks of a larger capacity are never kept.
-    static constexpr unsigned largestCapacity = 0x20000;
+    static constexpr unsigned int largestCapacity = 0x20000;
 
     /// `buckets` (at least 1) is the size of the table from capacity to list.
-    ERVecRepCache(unsigned byteLimit, unsigned countLimit, unsigned buckets);
+    ERVecRepCache(unsigned int byteLimit, unsigned int countLimit, unsigned int buckets);
     ~ERVecRepCache();  ///< gives all kept blocks back to the heap
     ERVecRepCache(const ERVecRepCache&) = delete;
     ERVecRepCache& operator=(const ERVecRepCache&) = delete;
 
     /// Takes a free block of exactly that capacity out of the cache, or answers null. Counts a hit
     /// or a miss.
-    ERVecBlock* getRep(unsigned capacity);
+    ERVecBlock* getRep(unsigned int capacity);
 
     /// Keeps a block that has no owner any more, or gives it to the heap when it is too large.
     /// Flushes first when the blocks or bytes kept exceed their limit.
@@ -56,23 +56,23 @@ public:
     /// Gives all kept blocks back to the heap and forgets their lists; hits and misses stay.
     void flush();
 
-    unsigned byteLimit() const { return byteLimit_; }
-    unsigned countLimit() const { return countLimit_; }
-    unsigned cachedBytes() const { return cachedBytes_; }
-    unsigned cachedCount() const { return cachedCount_; }
-    unsigned hits() const { return hits_; }
-    unsigned misses() const { return misses_; }
+    unsigned int byteLimit() const { return byteLimit_; }
+    unsigned int countLimit() const { return countLimit_; }
+    unsigned int cachedBytes() const { return cachedBytes_; }
+    unsigned int cachedCount() const { return cachedCount_; }
+    unsigned int hits() const { return hits_; }
+    unsigned int misses() const { return misses_; }
 
 private:
     struct FreeList {
-        unsigned capacity;
-        unsigned length;
+        unsigned int capacity;
+        unsigned int length;
         ERVecBlock* head;
         FreeList* next;  // in the same bucket
     };
 
     // The list for a capacity, made if there is none yet; null without memory for it.
-    FreeList* listOf(unsigned capacity) {
+    FreeList* listOf(unsigned int capacity) {
         // Capacities are multiples of 64 unless the policy was changed. The product spreads them
         // over 32 bits; taken as a fraction they choose the bucket without a division.
         const std::uint32_t hash = (capacity / 64 + capacity % 64 * 2048) * 0x9E3779B1u;
@@ -82,20 +82,20 @@ private:
         FreeList* const front = *bucket;
         return front && front->capacity == capacity ? front : bringToFront(bucket, capacity);
     }
-    FreeList* bringToFront(FreeList** bucket, unsigned capacity);
+    FreeList* bringToFront(FreeList** bucket, unsigned int capacity);
 
     [[maybe_unused]] int reserved_ = -1;
-    unsigned byteLimit_;
-    unsigned countLimit_;
-    unsigned cachedBytes_ = 0;
-    unsigned cachedCount_ = 0;
-    unsigned hits_ = 0;
-    unsigned misses_ = 0;
-    unsigned bucketCount_;
+    unsigned int byteLimit_;
+    unsigned int countLimit_;
+    unsigned int cachedBytes_ = 0;
+    unsigned int cachedCount_ = 0;
+    unsigned int hits_ = 0;
+    unsigned int misses_ = 0;
+    unsigned int bucketCount_;
     std::unique_ptr<FreeList*[]> buckets_;
 };
 
-inline ERVecBlock* ERVecRepCache::getRep(unsigned capacity) {
+inline ERVecBlock* ERVecRepCache::getRep(unsigned int capacity) {
     FreeList* const list = capacity > largestCapacity ? nullptr : listOf(capacity);
     if (!list || !list->head) {
         ++misses_;

@@ -7,23 +7,23 @@
 namespace kerf {
 
 ER_CirBuf::ER_CirBuf(int byteCount)
-    : data(new char[static_cast<std::size_t>(byteCount)]), size(byteCount) {
+    : data_(new char[static_cast<std::size_t>(byteCount)]), size_(byteCount) {
     KERF_CHECK_ARGUMENT(byteCount >= 2);
 }
 
-ER_CirBuf::~ER_CirBuf() { delete[] data; }
+ER_CirBuf::~ER_CirBuf() { delete[] data_; }
 
 void ER_CirBuf::OnDebord() { RAZ(); }
 
 void ER_CirBuf::Put(char c) {
-    int next = after(head);
-    while (next == tail) {
+    int next = after(head_);
+    while (next == tail_) {
         OnDebord();
-        next = after(head);
+        next = after(head_);
     }
-    data[head] = c;
-    ++count;
-    head = next;
+    data_[head_] = c;
+    ++count_;
+    head_ = next;
 }
 
 void ER_CirBuf::Put(const char* text, int n) {
@@ -33,34 +33,34 @@ void ER_CirBuf::Put(const char* text, int n) {
 }
 
 int ER_CirBuf::Get() {
-    if (head == tail) return -1;
-    const unsigned char byte = static_cast<unsigned char>(data[tail]);
-    tail = after(tail);
-    --count;
+    if (head_ == tail_) return -1;
+    const unsigned char byte = static_cast<unsigned char>(data_[tail_]);
+    tail_ = after(tail_);
+    --count_;
     return byte;
 }
 
 int ER_CirBuf::operator[](int i) const {
     KERF_CHECK_ARGUMENT(i >= 0);
-    if (i >= count) return -1;
-    return static_cast<unsigned char>(data[behindTail(i)]);
+    if (i >= count_) return -1;
+    return static_cast<unsigned char>(data_[behindTail(i)]);
 }
 
 void ER_CirBuf::Consomme(int n) {
     KERF_CHECK_ARGUMENT(n >= 0);
-    if (n < count) {
-        tail = behindTail(n);
-        count -= n;
+    if (n < count_) {
+        tail_ = behindTail(n);
+        count_ -= n;
     } else {
-        tail = head;
-        count -= n;
+        tail_ = head_;
+        count_ -= n;
     }
 }
 
 void ER_CirBuf::RAZ() {
-    head = 0;
-    tail = 0;
-    count = 0;
+    head_ = 0;
+    tail_ = 0;
+    count_ = 0;
 }
 
 }  // namespace kerf

@@ -29,19 +29,19 @@ public:
     void Consomme(int n);
     void RAZ();  ///< empties the buffer
 
-    int GetNbChar() const { return count; }
-    int GetTaille() const { return size; }
+    int GetNbChar() const { return count_; }
+    int GetTaille() const { return size_; }
 
 private:
-    int after(int position) const { return position + 1 == size ? 0 : position + 1; }
+    int after(int position) const { return position + 1 == size_ ? 0 : position + 1; }
     // The position n places behind the oldest byte, n from 0 to the size.
-    int behindTail(int n) const { return n < size - tail ? tail + n : n - (size - tail); }
+    int behindTail(int n) const { return n < size_ - tail_ ? tail_ + n : n - (size_ - tail_); }
 
-    char* data;
-    int head = 0;  // where the next byte goes
-    int tail = 0;  // where the next byte comes from
-    int count = 0;
-    int size;
+    char* data_;
+    int head_ = 0;  // where the next byte goes
+    int tail_ = 0;  // where the next byte comes from
+    int count_ = 0;
+    int size_;
 };
 
 }  // namespace kerf

@@ -11,8 +11,8 @@ namespace kerf {
 constinit ERClassRegistration* ERClassRegistration::pFirstClass = nullptr;
 
 ERClassRegistration::ERClassRegistration(const char* className, unsigned int classSize,
-                                         ERClassRegistration const** directBases,
-                                         ERClassRegistration const** memberClasses, Creator builder)
+                                         const ERClassRegistration** directBases,
+                                         const ERClassRegistration** memberClasses, Creator builder)
     : ERClassRegistration(Unlinked{}, className, classSize, directBases, memberClasses, builder) {
     link();
 }
@@ -31,42 +31,42 @@ void ERClassRegistration::link() noexcept {
     pFirstClass = this;
 }
 
-int ERClassRegistration::isKindOf(ERClassRegistration const* c) const {
+int ERClassRegistration::isKindOf(const ERClassRegistration* c) const {
     if (this == c) return 1;
     if (bases == nullptr) return 0;
-    for (ERClassRegistration const** base = bases; *base != nullptr; ++base)
+    for (const ERClassRegistration** base = bases; *base != nullptr; ++base)
         if ((*base)->isKindOf(c)) return 1;
     return 0;
 }
 
-int ERClassRegistration::hasMember(ERClassRegistration const* c) const {
+int ERClassRegistration::hasMember(const ERClassRegistration* c) const {
     if (this == c) return 1;
-    for (ERClassRegistration const** member = members; *member != nullptr; ++member)
+    for (const ERClassRegistration** member = members; *member != nullptr; ++member)
         if ((*member)->hasMember(c)) return 1;
     return 0;
 }
 
-ERClassRegistration const* ERClassRegistration::findClassRegistration(char const* className) {
+const ERClassRegistration* ERClassRegistration::findClassRegistration(const char* className) {
     if (className == nullptr) return nullptr;
-    for (ERClassRegistration const* c = pFirstClass; c != nullptr; c = c->next)
+    for (const ERClassRegistration* c = pFirstClass; c != nullptr; c = c->next)
         if (c->name != nullptr && std::strcmp(c->name, className) == 0) return c;
     return nullptr;
 }
 
-ERClassRegistration::Creator ERClassRegistration::findCreator(char const* className) {
-    ERClassRegistration const* found = findClassRegistration(className);
+ERClassRegistration::Creator ERClassRegistration::findCreator(const char* className) {
+    const ERClassRegistration* found = findClassRegistration(className);
     return found == nullptr ? nullptr : found->creator;
 }
 
 void ERClassRegistration::DumpBased(int level) const {
     if (bases == nullptr) return;
-    for (ERClassRegistration const** base = bases; *base != nullptr; ++base) {
+    for (const ERClassRegistration** base = bases; *base != nullptr; ++base) {
         const std::string tabs(static_cast<std::size_t>(std::max(level, -1) + 1), '\t');
         outputDebugText((tabs + "+------->" + (*base)->name + "\n").c_str());
         (*base)->DumpBased(level + 1);
     }
 }
 
-void erreurCastDown(ERClassRegistration const*, ERClassRegistration const*) {}
+void erreurCastDown(const ERClassRegistration*, const ERClassRegistration*) {}
 
 }  // namespace kerf

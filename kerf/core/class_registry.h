@@ -21,8 +21,8 @@ public:
     /// Builds a descriptor that is not yet on the chain, at compile time where the addresses allow.
     struct Unlinked {};
     constexpr ERClassRegistration(Unlinked, const char* className, unsigned int classSize,
-                                  ERClassRegistration const** directBases,
-                                  ERClassRegistration const** memberClasses,
+                                  const ERClassRegistration** directBases,
+                                  const ERClassRegistration** memberClasses,
                                   Creator builder) noexcept
         : name(className),
           size(classSize),
@@ -32,8 +32,8 @@ public:
 
     /// Fills the fields and links the descriptor at the head of the chain.
     ERClassRegistration(const char* className, unsigned int classSize,
-                        ERClassRegistration const** directBases,
-                        ERClassRegistration const** memberClasses, Creator builder);
+                        const ERClassRegistration** directBases,
+                        const ERClassRegistration** memberClasses, Creator builder);
 
     /// An empty, unlinked descriptor: nothing is copied, name and size included. Callers rely on
     /// it.
@@ -46,25 +46,25 @@ public:
     void link() noexcept;
 
     /// 1 when this is c or derives from it, directly or not. 0 for a null c.
-    int isKindOf(ERClassRegistration const* c) const;
+    int isKindOf(const ERClassRegistration* c) const;
 
     /// The same question on the member lists; `members` must not be null.
-    int hasMember(ERClassRegistration const* c) const;
+    int hasMember(const ERClassRegistration* c) const;
 
     /// The descriptor of that name (exact bytes), or null.
-    static ERClassRegistration const* findClassRegistration(char const* className);
+    static const ERClassRegistration* findClassRegistration(const char* className);
 
     /// The creator of that class; null for an unknown or abstract class.
-    static Creator findCreator(char const* className);
+    static Creator findCreator(const char* className);
 
     /// Writes the tree of bases to the debug output, each line indented by level + 1 tabs and more
     /// with the depth.
     void DumpBased(int level) const;
 
-    char const* name = nullptr;
+    const char* name = nullptr;
     unsigned int size = 0;                        ///< of the class, in bytes
-    ERClassRegistration const** bases = nullptr;  ///< direct bases, null-terminated; may be null
-    ERClassRegistration const** members =
+    const ERClassRegistration** bases = nullptr;  ///< direct bases, null-terminated; may be null
+    const ERClassRegistration** members =
         nullptr;                          ///< null-terminated; empty in the library's classes
     Creator creator = nullptr;            ///< builds an empty heap object; null when abstract
     ERClassRegistration* next = nullptr;  ///< the chain
@@ -75,7 +75,7 @@ public:
 /// What a program that links the static library refers to, so that the linker takes the whole of
 /// it.
 struct WholeLibrary {
-    ERClassRegistration const* const* classes;
+    const ERClassRegistration* const* classes;
     void (*initModule)();
     CString (*resultText)(const FeatureResult&);  ///< brings the library's own texts along
 };
@@ -93,18 +93,18 @@ struct ERClassLink {
 
 /// Called when a cast fails or is ambiguous. The body is empty: a hook for a debugger, it never
 /// stops.
-KERF_EXPORT void erreurCastDown(ERClassRegistration const* wanted,
-                                ERClassRegistration const* found);
+KERF_EXPORT void erreurCastDown(const ERClassRegistration* wanted,
+                                const ERClassRegistration* found);
 
 template <class Base, class Object>
-void* castdownThroughBase(const Object& object, ERClassRegistration const& wanted) {
+void* castdownThroughBase(const Object& object, const ERClassRegistration& wanted) {
     return object.Base::_castdown(wanted);
 }
 
 /// Asks each base in turn for its part of the class `wanted`. A later answer that differs from an
 /// earlier one is reported to erreurCastDown and then stands.
 template <class... Bases, class Object>
-void* castdownThroughBases(const Object& object, ERClassRegistration const& wanted) {
+void* castdownThroughBases(const Object& object, const ERClassRegistration& wanted) {
     void* answer = nullptr;
     const auto consider = [&](void* part) {
         if (part == nullptr) return;
@@ -145,30 +145,30 @@ X& referenceOrNull(X* object) {
 #define ER_OBJECT_CLASS_RECORDS(Class)                                                         \
 public:                                                                                        \
     static ::kerf::ERClassRegistration m_ClassDef_##Class;                                     \
-    static ::kerf::ERClassRegistration const* m_Inherite_##Class[];                            \
-    static ::kerf::ERClassRegistration const* m_Member_##Class[];                              \
+    static const ::kerf::ERClassRegistration* m_Inherite_##Class[];                            \
+    static const ::kerf::ERClassRegistration* m_Member_##Class[];                              \
     static ::kerf::CRuntimeClass class##Class;                                                 \
     static ::kerf::CRuntimeClass* _GetBaseClass() { return ::kerf::CObject::GetThisClass(); }  \
     static ::kerf::CRuntimeClass* GetThisClass() { return &class##Class; }                     \
-    static constexpr ::kerf::ERClassRegistration const* desc() { return &m_ClassDef_##Class; } \
+    static constexpr const ::kerf::ERClassRegistration* desc() { return &m_ClassDef_##Class; } \
     ::kerf::CRuntimeClass* GetRuntimeClass() const override { return &class##Class; }
 
 /// In the body of a class of the object family; what follows is public.
 #define ER_OBJECT_CLASS(Class)                                                                     \
     ER_OBJECT_CLASS_RECORDS(Class)                                                                 \
-    ::kerf::ERClassRegistration const* isA() const override { return desc(); }                     \
-    char const* className() const override { return desc()->name; }                                \
-    [[maybe_unused]] void* _castdown(::kerf::ERClassRegistration const& wanted) const override;    \
+    const ::kerf::ERClassRegistration* isA() const override { return desc(); }                     \
+    const char* className() const override { return desc()->name; }                                \
+    [[maybe_unused]] void* _castdown(const ::kerf::ERClassRegistration& wanted) const override;    \
     static Class* castdown(::kerf::ERObject* object) { return ::kerf::castdownTo<Class>(object); } \
-    static Class const* castdown(::kerf::ERObject const* object) {                                 \
-        return ::kerf::castdownTo<Class const>(object);                                            \
+    static const Class* castdown(const ::kerf::ERObject* object) {                                 \
+        return ::kerf::castdownTo<const Class>(object);                                            \
     }                                                                                              \
     static Class* castdown(std::nullptr_t) { return nullptr; }                                     \
     static Class& castdown(::kerf::ERObject& object) {                                             \
         return ::kerf::referenceOrNull(::kerf::castdownTo<Class>(&object));                        \
     }                                                                                              \
-    static Class const& castdown(::kerf::ERObject const& object) {                                 \
-        return ::kerf::referenceOrNull(::kerf::castdownTo<Class const>(&object));                  \
+    static const Class& castdown(const ::kerf::ERObject& object) {                                 \
+        return ::kerf::referenceOrNull(::kerf::castdownTo<const Class>(&object));                  \
     }                                                                                              \
     static_assert(true, "asks for the semicolon")
 
@@ -176,9 +176,9 @@ public:                                                                         
 #define ER_FURTHER_DESCRIPTORS(First, ...) First::desc() __VA_OPT__(, __VA_ARGS__::desc())
 
 #define ER_DEFINE_CLASS_RECORDS(Class, creatorFunction, ...)                                       \
-    ::kerf::ERClassRegistration const* Class::m_Inherite_##Class[] = {                             \
+    const ::kerf::ERClassRegistration* Class::m_Inherite_##Class[] = {                             \
         __VA_ARGS__ __VA_OPT__(, ) nullptr};                                                       \
-    ::kerf::ERClassRegistration const* Class::m_Member_##Class[] = {nullptr};                      \
+    const ::kerf::ERClassRegistration* Class::m_Member_##Class[] = {nullptr};                      \
     ::kerf::ERClassRegistration Class::m_ClassDef_##Class(                                         \
         ::kerf::ERClassRegistration::Unlinked{}, #Class, static_cast<unsigned int>(sizeof(Class)), \
         Class::m_Inherite_##Class, Class::m_Member_##Class, creatorFunction);                      \
@@ -187,7 +187,7 @@ public:                                                                         
                                                  nullptr, &Class::_GetBaseClass};
 
 #define ER_DEFINE_CLASS_CASTS(Class, ...)                                     \
-    void* Class::_castdown(::kerf::ERClassRegistration const& wanted) const { \
+    void* Class::_castdown(const ::kerf::ERClassRegistration& wanted) const { \
         if (&wanted == desc()) return const_cast<Class*>(this);               \
         return ::kerf::castdownThroughBases<__VA_ARGS__>(*this, wanted);      \
     }

@@ -18,7 +18,7 @@ public:
 
     /// Empty, with that many buckets; 0 gives 2.
     ERTValHashDictionary(HashFunction hashFunction, unsigned int buckets)
-        : ERPtrVector(bucketsFor(buckets)), hash(hashFunction) {}
+        : ERPtrVector(bucketsFor(buckets)), hash_(hashFunction) {}
     /// The copy has as many buckets, in the same order. Delegating, so that a copy that throws
     /// halfway frees what it has.
     ERTValHashDictionary(const ERTValHashDictionary& other);
@@ -47,11 +47,11 @@ public:
     void applyToKeyAndValue(void (*function)(const K&, V&, void*), void* context);
     void applyToKeyAndValue(void (*function)(const K&, const V&, void*), void* context) const;
 
-    unsigned int entries() const { return count; }
-    int isEmpty() const { return count == 0; }
+    unsigned int entries() const { return count_; }
+    int isEmpty() const { return count_ == 0; }
 
 protected:
-    unsigned int hashIndex(const K& key) const { return hash(key) % length(); }
+    unsigned int hashIndex(const K& key) const { return hash_(key) % length(); }
 
 private:
     struct Entry : ERIsvSlink, ERMemoryPool {
@@ -78,13 +78,13 @@ private:
     template <class Visit>
     void visitEntries(Visit visit) const;
 
-    unsigned int count = 0;
-    HashFunction hash;
+    unsigned int count_ = 0;
+    HashFunction hash_;
 };
 
 template <class K, class V>
 ERTValHashDictionary<K, V>::ERTValHashDictionary(const ERTValHashDictionary& other)
-    : ERTValHashDictionary(other.hash, other.length()) {
+    : ERTValHashDictionary(other.hash_, other.length()) {
     for (unsigned int i = 0; i < length(); ++i) {
         const Bucket* const source = other.bucketAt(i);
         if (source == nullptr) continue;
@@ -92,7 +92,7 @@ ERTValHashDictionary<K, V>::ERTValHashDictionary(const ERTValHashDictionary& oth
         for (ERIsvSlink* link = source->begin(); link != source->end(); link = link->next) {
             const Entry& entry = *static_cast<Entry*>(link);
             bucket.append(new Entry(entry.key, entry.value));
-            ++count;
+            ++count_;
         }
     }
 }
@@ -103,8 +103,8 @@ ERTValHashDictionary<K, V>& ERTValHashDictionary<K, V>::operator=(
     if (this != &other) {
         ERTValHashDictionary copy(other);
         ERPtrVector::swap(copy);
-        std::swap(count, copy.count);
-        std::swap(hash, copy.hash);
+        std::swap(count_, copy.count_);
+        std::swap(hash_, copy.hash_);
     }
     return *this;
 }
@@ -136,7 +136,7 @@ V& ERTValHashDictionary<K, V>::operator[](const K& key) {
         Bucket& bucket = bucketForUse(index);
         entry = new Entry(key);
         bucket.append(entry);
-        ++count;
+        ++count_;
     }
     return entry->value;
 }
@@ -172,7 +172,7 @@ int ERTValHashDictionary<K, V>::remove(const K& key) {
     Entry* const entry = entryIn(bucket, key);
     if (entry == nullptr) return 0;
     bucket->removeReference(entry);
-    --count;
+    --count_;
     delete entry;
     return 1;
 }
@@ -189,12 +189,12 @@ void ERTValHashDictionary<K, V>::clear() {
         delete bucket;
     }
     ERPtrVector::operator=(nullptr);
-    count = 0;
+    count_ = 0;
 }
 
 template <class K, class V>
 void ERTValHashDictionary<K, V>::resize(unsigned int buckets) {
-    ERTValHashDictionary spread(hash, buckets);
+    ERTValHashDictionary spread(hash_, buckets);
     // All that can run out of memory comes first: from then on entries only move.
     visitEntries([&](const Entry& entry) { spread.bucketForUse(spread.hashIndex(entry.key)); });
     for (unsigned int i = 0; i < length(); ++i) {

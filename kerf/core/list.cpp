@@ -3,117 +3,117 @@
 namespace kerf {
 
 ERIsvDlink* ERIsvDlist::at(unsigned int i) const {
-    KERF_CHECK_ARGUMENT(i < count);
-    ERIsvDlink* link = head.next;
+    KERF_CHECK_ARGUMENT(i < count_);
+    ERIsvDlink* link = head_.next;
     for (; i > 0; --i) link = link->next;
     return link;
 }
 
 void ERIsvDlist::insertAt(unsigned int i, ERIsvDlink* link) {
-    insertAfterLink(i == 0 ? &head : at(i - 1), link);
+    insertAfterLink(i == 0 ? &head_ : at(i - 1), link);
 }
 
 int ERIsvDlist::containsReference(const ERIsvDlink* link) const {
-    for (const ERIsvDlink* walked = head.next; walked != &tail; walked = walked->next)
+    for (const ERIsvDlink* walked = head_.next; walked != &tail_; walked = walked->next)
         if (walked == link) return 1;
     return 0;
 }
 
 void ERIsvDlist::takeLinks(ERIsvDlist& other) {
     if (other.isEmpty()) return;
-    other.head.next->prev = tail.prev;
-    tail.prev->next = other.head.next;
-    other.tail.prev->next = &tail;
-    tail.prev = other.tail.prev;
-    count += other.count;
+    other.head_.next->prev = tail_.prev;
+    tail_.prev->next = other.head_.next;
+    other.tail_.prev->next = &tail_;
+    tail_.prev = other.tail_.prev;
+    count_ += other.count_;
     other.clear();
 }
 
 ERIsvSlink* ERIsvSlist::at(unsigned int i) const {
-    KERF_CHECK_ARGUMENT(i < count);
-    ERIsvSlink* link = head.next;
+    KERF_CHECK_ARGUMENT(i < count_);
+    ERIsvSlink* link = head_.next;
     for (; i > 0; --i) link = link->next;
     return link;
 }
 
-ERIsvSlink* ERIsvSlist::before(unsigned int i) { return i == 0 ? &head : at(i - 1); }
+ERIsvSlink* ERIsvSlist::before(unsigned int i) { return i == 0 ? &head_ : at(i - 1); }
 
 int ERIsvSlist::containsReference(const ERIsvSlink* link) const {
-    for (const ERIsvSlink* walked = head.next; walked != &tail; walked = walked->next)
+    for (const ERIsvSlink* walked = head_.next; walked != &tail_; walked = walked->next)
         if (walked == link) return 1;
     return 0;
 }
 
 ERIsvSlink* ERIsvSlist::findLeftIsv(const ERIsvSlink* link) {
-    for (ERIsvSlink* walked = &head; walked != &tail; walked = walked->next)
+    for (ERIsvSlink* walked = &head_; walked != &tail_; walked = walked->next)
         if (walked->next == link) return walked;
     return nullptr;
 }
 
 ERIsvSlink* ERIsvSlist::removeReference(ERIsvSlink* link) {
-    tail.next = link;  // stops the search
-    ERIsvSlink* left = &head;
+    tail_.next = link;  // stops the search
+    ERIsvSlink* left = &head_;
     while (left->next != link) left = left->next;
-    tail.next = &tail;
-    return left == &tail ? nullptr : removeRight(left);
+    tail_.next = &tail_;
+    return left == &tail_ ? nullptr : removeRight(left);
 }
 
 ERIsvDlink* ERIsvDlistIterator::toFirst() {
-    link = list->head.next;
+    link_ = list_->head_.next;
     return current();
 }
 
 ERIsvDlink* ERIsvDlistIterator::toLast() {
-    link = list->tail.prev;
+    link_ = list_->tail_.prev;
     return current();
 }
 
 ERIsvDlink* ERIsvDlistIterator::operator+=(unsigned int n) {
-    for (; n > 0 && link != &list->tail; --n) link = link->next;
+    for (; n > 0 && link_ != &list_->tail_; --n) link_ = link_->next;
     return current();
 }
 
 ERIsvDlink* ERIsvDlistIterator::operator-=(unsigned int n) {
-    for (; n > 0 && link != &list->head; --n) link = link->prev;
+    for (; n > 0 && link_ != &list_->head_; --n) link_ = link_->prev;
     return current();
 }
 
 void ERIsvDlistIterator::insertAfterPoint(ERIsvDlink* inserted) {
-    list->insertAfterLink(link == &list->tail ? link->prev : link, inserted);
+    list_->insertAfterLink(link_ == &list_->tail_ ? link_->prev : link_, inserted);
 }
 
 ERIsvDlink* ERIsvDlistIterator::remove() {
     if (!onElement()) return nullptr;
-    ERIsvDlink* const removed = link;
-    link = link->prev;
-    return list->removeReference(removed);
+    ERIsvDlink* const removed = link_;
+    link_ = link_->prev;
+    return list_->removeReference(removed);
 }
 
 ERIsvSlink* ERIsvSlistIterator::toFirst() {
-    link = list->head.next;
+    link_ = list_->head_.next;
     return current();
 }
 
 ERIsvSlink* ERIsvSlistIterator::toLast() {
-    link = list->lastElement;
+    link_ = list_->lastElement_;
     return current();
 }
 
 ERIsvSlink* ERIsvSlistIterator::operator+=(unsigned int n) {
-    for (; n > 0 && link != &list->tail; --n) link = link->next;
+    for (; n > 0 && link_ != &list_->tail_; --n) link_ = link_->next;
     return current();
 }
 
 void ERIsvSlistIterator::insertAfterPoint(ERIsvSlink* inserted) {
-    list->insertAfterLink(link == &list->tail ? list->lastElement : link, inserted);
+    list_->insertAfterLink(link_ == &list_->tail_ ? list_->lastElement_ : link_, inserted);
 }
 
 ERIsvSlink* ERIsvSlistIterator::remove() {
     if (!onElement()) return nullptr;
-    ERIsvSlink* const left = list->findLeftIsv(link);
+    ERIsvSlink* const left = list_->findLeftIsv(link_);
     if (left == nullptr) return nullptr;
-    link = left;
-    return list->removeRight(left);
+    link_ = left;
+    return list_->removeRight(left);
 }
 
 }  // namespace kerf

@@ -47,10 +47,10 @@ public:
     ERIsvDlist(const ERIsvDlist&) = delete;
     ERIsvDlist& operator=(const ERIsvDlist&) = delete;
 
-    unsigned int entries() const { return count; }
-    int isEmpty() const { return count == 0; }
-    ERIsvDlink* first() const { return head.next == &tail ? nullptr : head.next; }  ///< or null
-    ERIsvDlink* last() const { return tail.prev == &head ? nullptr : tail.prev; }   ///< or null
+    unsigned int entries() const { return count_; }
+    int isEmpty() const { return count_ == 0; }
+    ERIsvDlink* first() const { return head_.next == &tail_ ? nullptr : head_.next; }  ///< or null
+    ERIsvDlink* last() const { return tail_.prev == &head_ ? nullptr : tail_.prev; }   ///< or null
 
     ERIsvDlink* at(unsigned int i) const;
     /// The link becomes the element at i; at entries() it is appended.
@@ -62,7 +62,7 @@ public:
         if (link == nullptr) return nullptr;
         link->prev->next = link->next;
         link->next->prev = link->prev;
-        --count;
+        --count_;
         return link;
     }
 
@@ -71,33 +71,33 @@ public:
         link->next = after->next;
         after->next->prev = link;
         after->next = link;
-        ++count;
+        ++count_;
     }
-    void prepend(ERIsvDlink* link) { insertAfterLink(&head, link); }
-    void append(ERIsvDlink* link) { insertAfterLink(tail.prev, link); }
+    void prepend(ERIsvDlink* link) { insertAfterLink(&head_, link); }
+    void append(ERIsvDlink* link) { insertAfterLink(tail_.prev, link); }
 
     /// Makes the list empty; the elements are neither freed nor touched.
     void clear() {
-        head.next = &tail;
-        head.prev = &head;
-        tail.next = &tail;
-        tail.prev = &head;
-        count = 0;
+        head_.next = &tail_;
+        head_.prev = &head_;
+        tail_.next = &tail_;
+        tail_.prev = &head_;
+        count_ = 0;
     }
 
 protected:
     /// The first link, or the sentinel behind the last when there is none.
-    ERIsvDlink* beginLink() const { return head.next; }
-    ERIsvDlink* endLink() const { return tail.next; }
+    ERIsvDlink* beginLink() const { return head_.next; }
+    ERIsvDlink* endLink() const { return tail_.next; }
     /// Appends all elements of another list, which is empty afterwards.
     void takeLinks(ERIsvDlist& other);
 
 private:
     friend class ERIsvDlistIterator;
 
-    ERIsvDlink head;
-    ERIsvDlink tail;
-    unsigned int count;
+    ERIsvDlink head_;
+    ERIsvDlink tail_;
+    unsigned int count_;
 };
 
 /// An intrusive single list, with the operations of ERIsvDlist. Removing by reference or by index
@@ -109,10 +109,10 @@ public:
     ERIsvSlist(const ERIsvSlist&) = delete;
     ERIsvSlist& operator=(const ERIsvSlist&) = delete;
 
-    unsigned int entries() const { return count; }
-    int isEmpty() const { return count == 0; }
-    ERIsvSlink* first() const { return head.next == &tail ? nullptr : head.next; }   ///< or null
-    ERIsvSlink* last() const { return head.next == &tail ? nullptr : lastElement; }  ///< or null
+    unsigned int entries() const { return count_; }
+    int isEmpty() const { return count_ == 0; }
+    ERIsvSlink* first() const { return head_.next == &tail_ ? nullptr : head_.next; }   ///< or null
+    ERIsvSlink* last() const { return head_.next == &tail_ ? nullptr : lastElement_; }  ///< or null
 
     ERIsvSlink* at(unsigned int i) const;
     void insertAt(unsigned int i, ERIsvSlink* link) { insertAfterLink(before(i), link); }
@@ -123,10 +123,10 @@ public:
     /// The element after `link`; null when there is none.
     ERIsvSlink* removeRight(ERIsvSlink* link) {
         ERIsvSlink* const removed = link->next;
-        if (removed == &tail) return nullptr;
+        if (removed == &tail_) return nullptr;
         link->next = removed->next;
-        if (lastElement == removed) lastElement = link;
-        --count;
+        if (lastElement_ == removed) lastElement_ = link;
+        --count_;
         return removed;
     }
     /// The link before that one, which is the front sentinel for the first element; null when the
@@ -136,33 +136,33 @@ public:
     void insertAfterLink(ERIsvSlink* after, ERIsvSlink* link) {
         link->next = after->next;
         after->next = link;
-        if (lastElement == after) lastElement = link;
-        ++count;
+        if (lastElement_ == after) lastElement_ = link;
+        ++count_;
     }
-    void prepend(ERIsvSlink* link) { insertAfterLink(&head, link); }
-    void append(ERIsvSlink* link) { insertAfterLink(lastElement, link); }
+    void prepend(ERIsvSlink* link) { insertAfterLink(&head_, link); }
+    void append(ERIsvSlink* link) { insertAfterLink(lastElement_, link); }
 
     void clear() {
-        head.next = &tail;
-        tail.next = &tail;
-        lastElement = &head;
-        count = 0;
+        head_.next = &tail_;
+        tail_.next = &tail_;
+        lastElement_ = &head_;
+        count_ = 0;
     }
 
 protected:
     /// The first link, or the sentinel behind the last when there is none.
-    ERIsvSlink* beginLink() const { return head.next; }
-    ERIsvSlink* endLink() const { return tail.next; }
+    ERIsvSlink* beginLink() const { return head_.next; }
+    ERIsvSlink* endLink() const { return tail_.next; }
 
 private:
     friend class ERIsvSlistIterator;
 
     ERIsvSlink* before(unsigned int i);
 
-    ERIsvSlink head;
-    ERIsvSlink tail;
-    ERIsvSlink* lastElement;  // &head when empty
-    unsigned int count;
+    ERIsvSlink head_;
+    ERIsvSlink tail_;
+    ERIsvSlink* lastElement_;  // &head when empty
+    unsigned int count_;
 };
 
 /// A position in a double list: on an element, or on the sentinel before the first (where a fresh
@@ -170,31 +170,31 @@ private:
 /// stays valid while others change the list, as long as its own element is not taken out.
 class KERF_EXPORT ERIsvDlistIterator {
 public:
-    explicit ERIsvDlistIterator(ERIsvDlist& walked) : list(&walked), link(&walked.head) {}
+    explicit ERIsvDlistIterator(ERIsvDlist& walked) : list_(&walked), link_(&walked.head_) {}
 
-    void reset() { link = &list->head; }
+    void reset() { link_ = &list_->head_; }
     void reset(ERIsvDlist& walked) {
-        list = &walked;
+        list_ = &walked;
         reset();
     }
 
-    ERIsvDlink* current() const { return onElement() ? link : nullptr; }
+    ERIsvDlink* current() const { return onElement() ? link_ : nullptr; }
     ERIsvDlink* toFirst();
     ERIsvDlink* toLast();
     ERIsvDlink* operator++() {
-        link = link->next;
+        link_ = link_->next;
         return current();
     }
     ERIsvDlink* operator--() {
-        link = link->prev;
+        link_ = link_->prev;
         return current();
     }
     ERIsvDlink* operator+=(unsigned int n);
     ERIsvDlink* operator-=(unsigned int n);
     ERIsvDlink* backup() { return --*this; }
 
-    int atFirst() const { return onElement() && link == list->head.next; }
-    int atLast() const { return onElement() && link == list->tail.prev; }
+    int atFirst() const { return onElement() && link_ == list_->head_.next; }
+    int atLast() const { return onElement() && link_ == list_->tail_.prev; }
 
     /// Inserts behind the position, which stays; from behind the last element, at the end.
     void insertAfterPoint(ERIsvDlink* inserted);
@@ -203,44 +203,44 @@ public:
     ERIsvDlink* remove();
 
 private:
-    bool onElement() const { return link != &list->head && link != &list->tail; }
+    bool onElement() const { return link_ != &list_->head_ && link_ != &list_->tail_; }
 
-    ERIsvDlist* list;
-    ERIsvDlink* link;
+    ERIsvDlist* list_;
+    ERIsvDlink* link_;
 };
 
 /// A position in a single list; as ERIsvDlistIterator, forward only.
 class KERF_EXPORT ERIsvSlistIterator {
 public:
-    explicit ERIsvSlistIterator(ERIsvSlist& walked) : list(&walked), link(&walked.head) {}
+    explicit ERIsvSlistIterator(ERIsvSlist& walked) : list_(&walked), link_(&walked.head_) {}
 
-    void reset() { link = &list->head; }
+    void reset() { link_ = &list_->head_; }
     void reset(ERIsvSlist& walked) {
-        list = &walked;
+        list_ = &walked;
         reset();
     }
 
-    ERIsvSlink* current() const { return onElement() ? link : nullptr; }
+    ERIsvSlink* current() const { return onElement() ? link_ : nullptr; }
     ERIsvSlink* toFirst();
     ERIsvSlink* toLast();
     ERIsvSlink* operator++() {
-        link = link->next;
+        link_ = link_->next;
         return current();
     }
     ERIsvSlink* operator+=(unsigned int n);
 
-    int atFirst() const { return onElement() && link == list->head.next; }
-    int atLast() const { return onElement() && link == list->lastElement; }
+    int atFirst() const { return onElement() && link_ == list_->head_.next; }
+    int atLast() const { return onElement() && link_ == list_->lastElement_; }
 
     void insertAfterPoint(ERIsvSlink* inserted);
     /// As for the double list; the predecessor is searched from the front.
     ERIsvSlink* remove();
 
 private:
-    bool onElement() const { return link != &list->head && link != &list->tail; }
+    bool onElement() const { return link_ != &list_->head_ && link_ != &list_->tail_; }
 
-    ERIsvSlist* list;
-    ERIsvSlink* link;
+    ERIsvSlist* list_;
+    ERIsvSlink* link_;
 };
 
 /// The standard iterator of the typed double lists. `Access` turns a link into the element.

@@ -18,43 +18,43 @@ namespace {
 class PendingBlocks {
 public:
     void add(void* begin, std::size_t size) {
-        if (count == blocks.size()) {
-            std::move(blocks.begin() + 1, blocks.end(), blocks.begin());
-            --count;
+        if (count_ == blocks_.size()) {
+            std::move(blocks_.begin() + 1, blocks_.end(), blocks_.begin());
+            --count_;
         }
-        blocks[count++] = {static_cast<char*>(begin), static_cast<char*>(begin) + size};
+        blocks_[count_++] = {static_cast<char*>(begin), static_cast<char*>(begin) + size};
     }
 
     /// Takes out the block that `address` lies in; false when there is none.
-    bool claim(void const* address) {
+    bool claim(const void* address) {
         const char* const place = static_cast<const char*>(address);
         const std::less_equal<const char*> notAfter;
-        for (std::size_t i = count; i-- > 0;) {
-            if (notAfter(blocks[i].begin, place) && !notAfter(blocks[i].end, place)) {
-                std::move(blocks.begin() + static_cast<std::ptrdiff_t>(i) + 1,
-                          blocks.begin() + static_cast<std::ptrdiff_t>(count),
-                          blocks.begin() + static_cast<std::ptrdiff_t>(i));
-                --count;
+        for (std::size_t i = count_; i-- > 0;) {
+            if (notAfter(blocks_[i].begin, place) && !notAfter(blocks_[i].end, place)) {
+                std::move(blocks_.begin() + static_cast<std::ptrdiff_t>(i) + 1,
+                          blocks_.begin() + static_cast<std::ptrdiff_t>(count_),
+                          blocks_.begin() + static_cast<std::ptrdiff_t>(i));
+                --count_;
                 return true;
             }
         }
         return false;
     }
 
-    bool empty() const { return count == 0; }
+    bool empty() const { return count_ == 0; }
 
 private:
     struct Block {
         const char* begin;
         const char* end;
     };
-    std::array<Block, 32> blocks{};
-    std::size_t count = 0;
+    std::array<Block, 32> blocks_{};
+    std::size_t count_ = 0;
 };
 
 constinit thread_local PendingBlocks pendingBlocks;
 
-int claimHeapBlock(void const* object) {
+int claimHeapBlock(const void* object) {
     return !pendingBlocks.empty() && pendingBlocks.claim(object) ? 1 : 0;
 }
 
@@ -63,11 +63,11 @@ int claimHeapBlock(void const* object) {
 // The root has no base to ask, so its casts are written out.
 ER_DEFINE_CLASS_RECORDS(ERObject, nullptr)
 
-ERClassRegistration const* ERObject::isA() const { return desc(); }
+const ERClassRegistration* ERObject::isA() const { return desc(); }
 
-char const* ERObject::className() const { return desc()->name; }
+const char* ERObject::className() const { return desc()->name; }
 
-void* ERObject::_castdown(ERClassRegistration const& wanted) const {
+void* ERObject::_castdown(const ERClassRegistration& wanted) const {
     return &wanted == desc() ? const_cast<ERObject*>(this) : nullptr;
 }
 
@@ -75,7 +75,7 @@ ERObjectDataBase* ERObject::theCurrentDataBase = nullptr;
 int ERObject::m_NextAllocationOnDatabase = 0;
 ERObjectDataBase* ERObject::m_DatabaseForNextAllocation = nullptr;
 
-ERObject::ERObject() : onTheHeap(claimHeapBlock(this)) {
+ERObject::ERObject() : onTheHeap_(claimHeapBlock(this)) {
     if (m_NextAllocationOnDatabase == 0 || m_DatabaseForNextAllocation == nullptr) return;
     ERObjectDataBase* const target = m_DatabaseForNextAllocation;
     m_NextAllocationOnDatabase = 0;
@@ -83,12 +83,12 @@ ERObject::ERObject() : onTheHeap(claimHeapBlock(this)) {
     ERObject::Save(target);
 }
 
-ERObject::ERObject(ERObject const&) : CObject(), ERReference(), onTheHeap(claimHeapBlock(this)) {}
+ERObject::ERObject(const ERObject&) : CObject(), ERReference(), onTheHeap_(claimHeapBlock(this)) {}
 
-ERObject& ERObject::operator=(ERObject const&) {
-    objectID = -1;
-    database = nullptr;
-    dirty = 0;
+ERObject& ERObject::operator=(const ERObject&) {
+    objectID_ = -1;
+    database_ = nullptr;
+    dirty_ = 0;
     return *this;
 }
 
@@ -108,9 +108,9 @@ void ERObject::Dump(CDumpContext& context) const {
 
 ERObject* ERObject::getCopy() const { return nullptr; }
 
-int ERObject::isKindOf(ERClassRegistration const* c) const { return isA()->isKindOf(c); }
+int ERObject::isKindOf(const ERClassRegistration* c) const { return isA()->isKindOf(c); }
 
-int ERObject::isMemberOf(ERClassRegistration const* c) const { return c->hasMember(isA()); }
+int ERObject::isMemberOf(const ERClassRegistration* c) const { return c->hasMember(isA()); }
 
 int ERObject::isValid() const { return 1; }
 
@@ -125,12 +125,12 @@ ERULong ERObject::binaryStoreSize() const { return 0; }
 void ERObject::CleanUpTemporaries(int) {}
 
 int ERObject::Load(ERLong id, ERObjectDataBase* source) {
-    const bool known = id != -1 || objectID != -1;
-    const bool attached = source != nullptr || database != nullptr;
+    const bool known = id != -1 || objectID_ != -1;
+    const bool attached = source != nullptr || database_ != nullptr;
     return known && attached ? 1 : 0;
 }
 
-void ERObject::assertValid(char const* file, int line) const {
+void ERObject::assertValid(const char* file, int line) const {
     if (isValid() == 0) ER_assert(className(), file, line);
 }
 
@@ -140,7 +140,7 @@ void* ERObject::operator new(std::size_t size) {
     return memory;
 }
 
-void* ERObject::operator new(std::size_t size, char const*, int) { return operator new(size); }
+void* ERObject::operator new(std::size_t size, const char*, int) { return operator new(size); }
 
 void* ERObject::operator new(std::size_t size, ERObjectDataBase* target) {
     void* const memory = operator new(size);
@@ -154,7 +154,7 @@ void ERObject::operator delete(void* memory) {
     ::operator delete(memory);
 }
 
-void ERObject::operator delete(void* memory, char const*, int) { operator delete(memory); }
+void ERObject::operator delete(void* memory, const char*, int) { operator delete(memory); }
 
 // The constructor that the hand-over was meant for has not run to its end.
 void ERObject::operator delete(void* memory, ERObjectDataBase*) {
@@ -163,20 +163,20 @@ void ERObject::operator delete(void* memory, ERObjectDataBase*) {
     operator delete(memory);
 }
 
-void ER_assert(void const* text, char const* file, int line) {
+void ER_assert(const void* text, const char* file, int line) {
     char message[256];
     std::snprintf(message, sizeof message, "Erreur : %s \n Fichier %s Ligne %d",
-                  static_cast<char const*>(text), file, line);
+                  static_cast<const char*>(text), file, line);
     // Keeps the text in memory for a debugger that stops here.
-    [[maybe_unused]] volatile char const* const seen = message;
+    [[maybe_unused]] const volatile char* const seen = message;
 }
 
-std::ostream& operator<<(std::ostream& os, ERObject const& object) {
+std::ostream& operator<<(std::ostream& os, const ERObject& object) {
     object.printOn(os);
     return os;
 }
 
-ERFile& operator<<(ERFile& file, ERObject const& object) {
+ERFile& operator<<(ERFile& file, const ERObject& object) {
     object.saveGuts(file);
     return file;
 }

@@ -37,22 +37,22 @@ class KERF_EXPORT ERObject : public CObject, public ERReference {
     /// The class name and the text of printOn.
     void Dump(CDumpContext& context) const override;
 
-    virtual ERClassRegistration const* isA() const;
-    virtual char const* className() const;
+    virtual const ERClassRegistration* isA() const;
+    virtual const char* className() const;
     /// The address of the object's part of the class `wanted`; null when it has none.
-    virtual void* _castdown(ERClassRegistration const& wanted) const;
+    virtual void* _castdown(const ERClassRegistration& wanted) const;
     static ERObject* castdown(ERObject* object) { return object; }
-    static ERObject const* castdown(ERObject const* object) { return object; }
+    static const ERObject* castdown(const ERObject* object) { return object; }
     static ERObject* castdown(std::nullptr_t) { return nullptr; }
     static ERObject& castdown(ERObject& object) { return object; }
-    static ERObject const& castdown(ERObject const& object) { return object; }
+    static const ERObject& castdown(const ERObject& object) { return object; }
 
     /// A new heap copy, owned by the caller, without identity. The body in ERObject answers null.
     virtual ERObject* getCopy() const = 0;
-    virtual int isKindOf(ERClassRegistration const* c) const;
+    virtual int isKindOf(const ERClassRegistration* c) const;
     /// True only for exactly the object's class: the question goes to c's list of members, which
     /// all classes leave empty. Callers rely on it.
-    virtual int isMemberOf(ERClassRegistration const* c) const;
+    virtual int isMemberOf(const ERClassRegistration* c) const;
     virtual int isValid() const;
     /// Readable text of the object. The body in ERObject writes nothing.
     virtual void printOn(std::ostream& os) const = 0;
@@ -74,15 +74,15 @@ class KERF_EXPORT ERObject : public CObject, public ERReference {
     /// object.
     virtual int Load(ERLong id, ERObjectDataBase* source);
 
-    ERLong getObjectID() const { return objectID; }  ///< -1 without a record
-    ERObjectDataBase* Database() const { return database; }
-    void setDirty() { dirty = 1; }
-    int isDirty() const { return dirty; }
+    ERLong getObjectID() const { return objectID_; }  ///< -1 without a record
+    ERObjectDataBase* Database() const { return database_; }
+    void setDirty() { dirty_ = 1; }
+    int isDirty() const { return dirty_; }
     /// 1 for an object built by the new of ERObject, 0 for any other.
-    int isOnTheHeap() const { return onTheHeap; }
+    int isOnTheHeap() const { return onTheHeap_; }
 
     /// Hands an invalid object's class name to ER_assert.
-    void assertValid(char const* file, int line) const;
+    void assertValid(const char* file, int line) const;
 
     /// Writes a reference to this object into the record of another: the object is stored as a
     /// record of its own in theCurrentDataBase when it is new or dirty, and its ID goes to the
@@ -95,11 +95,11 @@ class KERF_EXPORT ERObject : public CObject, public ERReference {
     ERULong recursiveStoreSize() const { return 4; }
 
     static void* operator new(std::size_t size);
-    static void* operator new(std::size_t size, char const* file, int line);
+    static void* operator new(std::size_t size, const char* file, int line);
     /// The next ERObject built stores itself in the database as a bare ERObject.
     static void* operator new(std::size_t size, ERObjectDataBase* database);
     static void operator delete(void* memory);
-    static void operator delete(void* memory, char const* file, int line);
+    static void operator delete(void* memory, const char* file, int line);
     static void operator delete(void* memory, ERObjectDataBase* database);
 
     /// The database of the store or retrieval that ran last, used by references between objects.
@@ -110,27 +110,27 @@ class KERF_EXPORT ERObject : public CObject, public ERReference {
 protected:
     ERObject();
     /// A copy has no identity.
-    ERObject(ERObject const&);
+    ERObject(const ERObject&);
     /// The object that is assigned to loses its identity; its count of owners stays.
-    ERObject& operator=(ERObject const&);
+    ERObject& operator=(const ERObject&);
 
 private:
     friend class ERObjectDataBase;
 
-    ERLong objectID = -1;
-    ERObjectDataBase* database = nullptr;
-    int dirty = 0;
-    int onTheHeap;
+    ERLong objectID_ = -1;
+    ERObjectDataBase* database_ = nullptr;
+    int dirty_ = 0;
+    int onTheHeap_;
 };
 
 /// Formats "Erreur : %s \n Fichier %s Ligne %d" into a local buffer of 256 bytes and returns: a
 /// place for a debugger to stop at, which neither prints nor throws.
-KERF_EXPORT void ER_assert(void const* text, char const* file, int line);
+KERF_EXPORT void ER_assert(const void* text, const char* file, int line);
 
-KERF_EXPORT std::ostream& operator<<(std::ostream& os, ERObject const& object);
+KERF_EXPORT std::ostream& operator<<(std::ostream& os, const ERObject& object);
 
 /// The guts alone, without a class tag: the reader must know the type.
-KERF_EXPORT ERFile& operator<<(ERFile& file, ERObject const& object);
+KERF_EXPORT ERFile& operator<<(ERFile& file, const ERObject& object);
 KERF_EXPORT ERFile& operator>>(ERFile& file, ERObject& object);
 
 }  // namespace kerf

@@ -13,16 +13,19 @@ void** allocate(unsigned int n) { return n == 0 ? nullptr : new void*[n]; }
 
 }  // namespace
 
-ERPtrVector::ERPtrVector(unsigned int n, void* fill) : size(n), array(allocate(n)) { *this = fill; }
+ERPtrVector::ERPtrVector(unsigned int n, void* fill) : size_(n), array_(allocate(n)) {
+    *this = fill;
+}
 
-ERPtrVector::ERPtrVector(const ERPtrVector& other) : size(other.size), array(allocate(other.size)) {
-    std::copy_n(other.array, size, array);
+ERPtrVector::ERPtrVector(const ERPtrVector& other)
+    : size_(other.size_), array_(allocate(other.size_)) {
+    std::copy_n(other.array_, size_, array_);
 }
 
 ERPtrVector::ERPtrVector(ERPtrVector&& other) noexcept { swap(other); }
 
 ERPtrVector& ERPtrVector::operator=(const ERPtrVector& other) {
-    if (array != other.array) *this = ERPtrVector(other);
+    if (array_ != other.array_) *this = ERPtrVector(other);
     return *this;
 }
 
@@ -32,28 +35,28 @@ ERPtrVector& ERPtrVector::operator=(ERPtrVector&& other) noexcept {
 }
 
 ERPtrVector& ERPtrVector::operator=(void* fill) {
-    std::fill_n(array, size, fill);
+    std::fill_n(array_, size_, fill);
     return *this;
 }
 
 void ERPtrVector::reshape(unsigned int n) {
-    if (n == size) return;
+    if (n == size_) return;
     void** const reshaped = allocate(n);
-    std::copy_n(array, std::min(size, n), reshaped);
-    delete[] array;
-    array = reshaped;
-    size = n;
+    std::copy_n(array_, std::min(size_, n), reshaped);
+    delete[] array_;
+    array_ = reshaped;
+    size_ = n;
 }
 
 void ERPtrVector::resize(unsigned int n) {
-    const unsigned int former = size;
+    const unsigned int former = size_;
     reshape(n);
-    if (n > former) std::fill(array + former, array + n, nullptr);
+    if (n > former) std::fill(array_ + former, array_ + n, nullptr);
 }
 
 void ERPtrVector::swap(ERPtrVector& other) noexcept {
-    std::swap(size, other.size);
-    std::swap(array, other.array);
+    std::swap(size_, other.size_);
+    std::swap(array_, other.array_);
 }
 
 namespace detail {

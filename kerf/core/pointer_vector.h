@@ -15,23 +15,23 @@ public:
     explicit ERPtrVector(unsigned int n, void* fill = nullptr);
     ERPtrVector(const ERPtrVector& other);
     ERPtrVector(ERPtrVector&& other) noexcept;
-    ~ERPtrVector() { delete[] array; }
+    ~ERPtrVector() { delete[] array_; }
 
     ERPtrVector& operator=(const ERPtrVector& other);
     ERPtrVector& operator=(ERPtrVector&& other) noexcept;
     ERPtrVector& operator=(void* fill);  ///< fills every element
 
-    unsigned int length() const { return size; }
+    unsigned int length() const { return size_; }
     void*& operator[](unsigned int i) {
-        KERF_CHECK_ARGUMENT(i < size);
-        return array[i];
+        KERF_CHECK_ARGUMENT(i < size_);
+        return array_[i];
     }
     void* operator[](unsigned int i) const {
-        KERF_CHECK_ARGUMENT(i < size);
-        return array[i];
+        KERF_CHECK_ARGUMENT(i < size_);
+        return array_[i];
     }
-    void** data() { return array; }
-    void* const* data() const { return array; }
+    void** data() { return array_; }
+    void* const* data() const { return array_; }
 
     /// Changes the size; what is added is not initialised.
     void reshape(unsigned int n);
@@ -42,8 +42,8 @@ protected:
     void swap(ERPtrVector& other) noexcept;
 
 private:
-    unsigned int size = 0;
-    void** array = nullptr;
+    unsigned int size_ = 0;
+    void** array_ = nullptr;
 };
 
 /// An element of an ERTPtrVector: reads as a T * and takes one.
@@ -125,17 +125,17 @@ template <class T>
 class ERTPtrOrderedVector {
 public:
     /// Empty, with room for that many pointers.
-    explicit ERTPtrOrderedVector(unsigned int capacity = 0) : storage(capacity) {}
+    explicit ERTPtrOrderedVector(unsigned int capacity = 0) : storage_(capacity) {}
     ERTPtrOrderedVector(const ERTPtrOrderedVector&) = default;
     ERTPtrOrderedVector& operator=(const ERTPtrOrderedVector&) = default;
     virtual ~ERTPtrOrderedVector() = default;
 
     unsigned int entries() const { return entries_; }
-    unsigned int capacity() const { return storage.length(); }
+    unsigned int capacity() const { return storage_.length(); }
     int isEmpty() const { return entries_ == 0; }
     T* operator[](unsigned int i) const {
         KERF_CHECK_ARGUMENT(i < entries_);
-        return storage[i];
+        return storage_[i];
     }
     T* first() const { return (*this)[0]; }
     T* last() const { return (*this)[entries_ - 1]; }
@@ -144,8 +144,8 @@ public:
     /// The pointer becomes the element at p; at entries() it is appended.
     void insertAt(unsigned int p, T* pointer) {
         KERF_CHECK_ARGUMENT(p <= entries_);
-        detail::openPosition(storage, entries_, p);
-        storage[p] = pointer;
+        detail::openPosition(storage_, entries_, p);
+        storage_[p] = pointer;
         ++entries_;
     }
     /// Answers the pointer taken out.
@@ -157,17 +157,17 @@ public:
     /// Empties the vector; the room stays.
     void clear() { entries_ = 0; }
 
-    ERTPtrPosition<T> begin() const { return ERTPtrPosition<T>(storage.data()); }
-    ERTPtrPosition<T> end() const { return ERTPtrPosition<T>(storage.data() + entries_); }
+    ERTPtrPosition<T> begin() const { return ERTPtrPosition<T>(storage_.data()); }
+    ERTPtrPosition<T> end() const { return ERTPtrPosition<T>(storage_.data() + entries_); }
 
 protected:
     void removeRange(unsigned int p, unsigned int n) {
-        detail::closePositions(storage, entries_, p, n);
+        detail::closePositions(storage_, entries_, p, n);
         entries_ -= n;
     }
 
 private:
-    ERTPtrVector<T> storage;
+    ERTPtrVector<T> storage_;
     unsigned int entries_ = 0;
 };
 

@@ -8,7 +8,7 @@ namespace kerf {
 /// t_SmartPtr). The count is not atomic: an object stays in one thread or under the caller's lock.
 class KERF_EXPORT ERReference {
 public:
-    explicit ERReference(int owners = 0) : count(static_cast<ERULong>(owners) - 1) {}
+    explicit ERReference(int owners = 0) : count_(static_cast<ERULong>(owners) - 1) {}
     /// Copies the count as it stands.
     ERReference(const ERReference&) = default;
     /// Copies the count as it stands; callers rely on it. The assignment of ERObject leaves it
@@ -16,16 +16,16 @@ public:
     ERReference& operator=(const ERReference&) = default;
 
     /// The number of owners; 0 for an object that nobody holds.
-    unsigned int references() const { return count + 1; }
+    unsigned int references() const { return count_ + 1; }
 
-    void addReference() const { ++count; }
+    void addReference() const { ++count_; }
 
     /// Returns the count before the decrement, in its stored form: 0 exactly when the last
     /// reference has just been dropped.
-    unsigned int removeReference() const { return count--; }
+    unsigned int removeReference() const { return count_--; }
 
 private:
-    mutable ERULong count;
+    mutable ERULong count_;
 };
 
 }  // namespace kerf

@@ -337,15 +337,15 @@ const char* ermatchs(const char* text, unsigned int length, const unsigned char*
     return nullptr;
 }
 
-ERCRegexp::ERCRegexp(const char* text) : pattern(new unsigned char[patternSize]{}) {
+ERCRegexp::ERCRegexp(const char* text) : pattern_(new unsigned char[patternSize]{}) {
     compile(text);
 }
 
 ERCRegexp::ERCRegexp(const ERCString& text) : ERCRegexp(text.data()) {}
 
 ERCRegexp::ERCRegexp(const ERCRegexp& other)
-    : pattern(new unsigned char[patternSize]), status_(other.status_) {
-    std::memcpy(pattern.get(), other.pattern.get(), patternSize);
+    : pattern_(new unsigned char[patternSize]), status_(other.status_) {
+    std::memcpy(pattern_.get(), other.pattern_.get(), patternSize);
 }
 
 ERCRegexp::~ERCRegexp() = default;
@@ -358,12 +358,14 @@ ERCRegexp& ERCRegexp::operator=(const char* text) {
 ERCRegexp& ERCRegexp::operator=(const ERCString& text) { return *this = text.data(); }
 
 ERCRegexp& ERCRegexp::operator=(const ERCRegexp& other) {
-    std::memmove(pattern.get(), other.pattern.get(), patternSize);
+    std::memmove(pattern_.get(), other.pattern_.get(), patternSize);
     status_ = other.status_;
     return *this;
 }
 
-void ERCRegexp::compile(const char* text) { status_ = ermakepat(text, pattern.get(), patternSize); }
+void ERCRegexp::compile(const char* text) {
+    status_ = ermakepat(text, pattern_.get(), patternSize);
+}
 
 unsigned int ERCRegexp::index(const ERCString& string, unsigned int* matchLength,
                               unsigned int start) const {
@@ -373,7 +375,7 @@ unsigned int ERCRegexp::index(const ERCString& string, unsigned int* matchLength
     if (start > string.length()) return ERCString::npos;
     const char* matchStart = nullptr;
     const char* matchEnd =
-        ermatchs(string.data() + start, string.length() - start, pattern.get(), &matchStart);
+        ermatchs(string.data() + start, string.length() - start, pattern_.get(), &matchStart);
     if (matchEnd == nullptr) return ERCString::npos;
     matched = static_cast<unsigned int>(matchEnd - matchStart);
     return static_cast<unsigned int>(matchStart - string.data());

@@ -52,7 +52,7 @@ private:
 
     void compile(const char* text);
 
-    std::unique_ptr<unsigned char[]> pattern;
+    std::unique_ptr<unsigned char[]> pattern_;
     statVal status_;
 };
 

@@ -15,8 +15,8 @@ template <class T>
 class t_SmartPtr {
 public:
     t_SmartPtr() = default;
-    t_SmartPtr(t_SmartPtr const& other) : object(other.object) { share(); }
-    t_SmartPtr(T* shared) : object(shared) { share(); }
+    t_SmartPtr(const t_SmartPtr& other) : object_(other.object_) { share(); }
+    t_SmartPtr(T* shared) : object_(shared) { share(); }
     /// Holds a copy (getCopy) of the value, not the value itself.
     explicit t_SmartPtr(T const& value) {
         const t_SmartPtr<ERObject> copy(value.getCopy());
@@ -24,56 +24,56 @@ public:
     }
     template <class U>
     requires(!std::same_as<U, T> && std::convertible_to<U*, T*>)
-        t_SmartPtr(t_SmartPtr<U> const& other)
+        t_SmartPtr(const t_SmartPtr<U>& other)
         : t_SmartPtr(other.getObject()) {}
-    virtual ~t_SmartPtr() { release(object); }
+    virtual ~t_SmartPtr() { release(object_); }
 
-    t_SmartPtr& operator=(t_SmartPtr const& other) { return *this = other.object; }
+    t_SmartPtr& operator=(const t_SmartPtr& other) { return *this = other.object_; }
     template <class U>
-    t_SmartPtr& operator=(t_SmartPtr<U> const& other) {
+    t_SmartPtr& operator=(const t_SmartPtr<U>& other) {
         return *this = static_cast<T*>(other.getObject());
     }
 
     /// Does nothing at all when the pointer is already held. The new reference is taken before the
     /// old one is dropped, so `p = p->child` is safe.
     t_SmartPtr& operator=(T* shared) {
-        if (shared == object) return *this;
-        T* former = object;
-        object = shared;
+        if (shared == object_) return *this;
+        T* former = object_;
+        object_ = shared;
         share();
         release(former);
         return *this;
     }
 
-    operator T*() const { return object; }
-    T* operator->() const { return object; }
-    T& operator*() const { return *object; }
-    T& operator()() const { return *object; }
-    T* getObject() const { return object; }
+    operator T*() const { return object_; }
+    T* operator->() const { return object_; }
+    T& operator*() const { return *object_; }
+    T& operator()() const { return *object_; }
+    T* getObject() const { return object_; }
 
-    bool operator!() const { return object == nullptr; }
+    bool operator!() const { return object_ == nullptr; }
     /// The pointers alone are compared, with another smart pointer, a raw one or nullptr.
     template <class U>
-    bool operator==(t_SmartPtr<U> const& other) const {
-        return object == other.getObject();
+    bool operator==(const t_SmartPtr<U>& other) const {
+        return object_ == other.getObject();
     }
     template <class U>
     bool operator==(U* other) const {
-        return object == other;
+        return object_ == other;
     }
-    bool operator==(std::nullptr_t) const { return object == nullptr; }
+    bool operator==(std::nullptr_t) const { return object_ == nullptr; }
 
     /// An int, 1 when null and 0 otherwise, then the reference to the object by its ID.
     void saveGuts(ERFile& file) const;
     /// Drops what is held and reads a reference; null when the ID or the class is not the expected
     /// one.
     void restoreGuts(ERFile& file);
-    ERULong binaryStoreSize() const { return object == nullptr ? 4 : 8; }
+    ERULong binaryStoreSize() const { return object_ == nullptr ? 4 : 8; }
     void printOn(std::ostream& os) const;
 
 private:
     void share() const {
-        if (object != nullptr) object->addReference();
+        if (object_ != nullptr) object_->addReference();
     }
     static void release(T* former) {
         if (former != nullptr && former->removeReference() == 0) destroy(former);
@@ -88,13 +88,13 @@ private:
         delete last;
     }
 
-    T* object = nullptr;
+    T* object_ = nullptr;
 };
 
 template <class T>
 void t_SmartPtr<T>::saveGuts(ERFile& file) const {
-    file.Write(static_cast<int>(object == nullptr));
-    if (object != nullptr) object->recursiveSaveOn(file);
+    file.Write(static_cast<int>(object_ == nullptr));
+    if (object_ != nullptr) object_->recursiveSaveOn(file);
 }
 
 template <class T>
@@ -109,17 +109,17 @@ void t_SmartPtr<T>::restoreGuts(ERFile& file) {
 template <class T>
 void t_SmartPtr<T>::printOn(std::ostream& os) const {
     os << "A Pointer to a " << T::desc()->name;
-    if (object == nullptr) {
+    if (object_ == nullptr) {
         os << " (NULL) " << std::endl;
         return;
     }
-    os << "( " << object->className() << " ) with " << object->references() << " references"
+    os << "( " << object_->className() << " ) with " << object_->references() << " references"
        << std::endl;
-    object->printOn(os);
+    object_->printOn(os);
 }
 
 template <class T>
-std::ostream& operator<<(std::ostream& os, t_SmartPtr<T> const& pointer) {
+std::ostream& operator<<(std::ostream& os, const t_SmartPtr<T>& pointer) {
     pointer.printOn(os);
     return os;
 }

@@ -130,14 +130,16 @@ unsigned int ERCStringRef::hashFoldCase() const {
 // Construction and assignment
 
 ERCString::ERCString(ERSize_T capacity)
-    : ref(capacity == 0 ? ERCStringRef::empty() : ERCStringRef::make(capacity, 0)) {}
+    : ref_(capacity == 0 ? ERCStringRef::empty() : ERCStringRef::make(capacity, 0)) {}
 
-ERCString::ERCString(char c) : ref(ERCStringRef::make(adjustCapacity(1), 1)) { ref->text()[0] = c; }
+ERCString::ERCString(char c) : ref_(ERCStringRef::make(adjustCapacity(1), 1)) {
+    ref_->text()[0] = c;
+}
 
 ERCString::ERCString(char c, unsigned int count) {
     count = std::min(count, maximumLength);
-    ref = ERCStringRef::make(adjustCapacity(count), count);
-    std::memset(ref->text(), c, count);
+    ref_ = ERCStringRef::make(adjustCapacity(count), count);
+    std::memset(ref_->text(), c, count);
 }
 
 ERCString::ERCString(const char* text)
@@ -146,26 +148,26 @@ ERCString::ERCString(const char* text)
 
 ERCString::ERCString(const char* text, unsigned int length) {
     length = text == nullptr ? 0 : std::min(length, maximumLength);
-    ref = ERCStringRef::make(adjustCapacity(length), length);
-    copyBytes(ref->text(), text, length);
+    ref_ = ERCStringRef::make(adjustCapacity(length), length);
+    copyBytes(ref_->text(), text, length);
 }
 
-ERCString::ERCString(const ERCSubString& part) : ref(ERCStringRef::empty()) {
+ERCString::ERCString(const ERCSubString& part) : ref_(ERCStringRef::empty()) {
     if (!part.isNull()) *this = part;
 }
 
 ERCString& ERCString::operator=(const ERCString& other) {
-    other.ref->addReference();
-    ref->release();
-    ref = other.ref;
+    other.ref_->addReference();
+    ref_->release();
+    ref_ = other.ref_;
     return *this;
 }
 
 ERCString& ERCString::operator=(ERCString&& other) noexcept {
     if (this != &other) {
-        ref->release();
-        ref = other.ref;
-        other.ref = ERCStringRef::empty();
+        ref_->release();
+        ref_ = other.ref_;
+        other.ref_ = ERCStringRef::empty();
     }
     return *this;
 }
@@ -191,25 +193,25 @@ unsigned int ERCString::adjustCapacity(unsigned int n) {
 }
 
 unsigned int ERCString::capacity(unsigned int n) {
-    if (n > length() && n != capacity()) hold(ref->clone(n));
+    if (n > length() && n != capacity()) hold(ref_->clone(n));
     return capacity();
 }
 
 void ERCString::unshare() {
-    if (ref->isShared()) hold(ref->clone(capacity()));
+    if (ref_->isShared()) hold(ref_->clone(capacity()));
 }
 
 // Goes over to a block that this string already counts as a holder of.
 void ERCString::hold(ERCStringRef* block) {
-    if (block == ref) return;
-    ref->release();
-    ref = block;
+    if (block == ref_) return;
+    ref_->release();
+    ref_ = block;
 }
 
 // Makes the string empty and its own, with at least the given room.
 void ERCString::clear(unsigned int room) {
-    if (!ref->isShared() && capacity() >= room)
-        ref->setLength(0);
+    if (!ref_->isShared() && capacity() >= room)
+        ref_->setLength(0);
     else
         hold(room == 0 ? ERCStringRef::empty() : ERCStringRef::make(room, 0));
 }
@@ -228,9 +230,9 @@ ERCStringRef* ERCString::openGap(unsigned int position, unsigned int n, unsigned
 
     const std::less<const char*> before;
     const bool ownText = !before(text, data()) && !before(data() + capacity(), text);
-    const bool inPlace = !ref->isShared() && capacity() >= newLength &&
+    const bool inPlace = !ref_->isShared() && capacity() >= newLength &&
                          capacity() - newLength <= getMaxWaste() && !ownText;
-    ERCStringRef* block = ref;
+    ERCStringRef* block = ref_;
     if (!inPlace) {
         block = ERCStringRef::make(adjustCapacity(newLength), newLength);
         std::memcpy(block->text(), data(), position);
@@ -324,12 +326,12 @@ void ERCString::resize(unsigned int n) {
 
 void ERCString::toLower() {
     unshare();
-    std::transform(data(), data() + length(), ref->text(), lower);
+    std::transform(data(), data() + length(), ref_->text(), lower);
 }
 
 void ERCString::toUpper() {
     unshare();
-    std::transform(data(), data() + length(), ref->text(), upper);
+    std::transform(data(), data() + length(), ref_->text(), upper);
 }
 
 // Queries
@@ -373,7 +375,7 @@ unsigned int ERCString::last(char c) const {
 }
 
 unsigned int ERCString::hash(caseCompare mode) const {
-    return mode == exact ? ref->hash() : ref->hashFoldCase();
+    return mode == exact ? ref_->hash() : ref_->hashFoldCase();
 }
 
 unsigned int ERCString::index(const char* text, unsigned int count, unsigned int start,
@@ -485,8 +487,8 @@ ERCSubString ERCString::subString(const char* text, unsigned int start, caseComp
 void ERCString::takeRead(const char* text, std::size_t read) {
     const auto count = static_cast<unsigned int>(std::min<std::size_t>(read, maximumLength));
     if (count > capacity()) capacity(capacity() + adjustCapacity(count - capacity()));
-    copyBytes(ref->text(), text, count);
-    ref->setLength(count);
+    copyBytes(ref_->text(), text, count);
+    ref_->setLength(count);
     if (capacity() - length() > getMaxWaste()) capacity(adjustCapacity(capacity()));
 }
 
@@ -546,29 +548,29 @@ void ERCString::restoreFrom(ERFile& file) {
     clear(count);
     if (count == 0) return;
     // Blank first, so that the string is whole even when the read ends in an exception.
-    std::memset(ref->text(), 0, count);
-    ref->setLength(count);
-    if (!file.Read(ref->text(), count)) ref->setLength(0);
+    std::memset(ref_->text(), 0, count);
+    ref_->setLength(count);
+    if (!file.Read(ref_->text(), count)) ref_->setLength(0);
 }
 
 // Views
 
 unsigned int ERCSubString::length() const {
-    if (isNull() || begin >= str->length()) return 0;
-    return std::min(extent, str->length() - begin);
+    if (isNull() || begin_ >= str_->length()) return 0;
+    return std::min(extent_, str_->length() - begin_);
 }
 
 const char* ERCSubString::data() const {
-    return isNull() ? nullptr : str->data() + std::min(begin, str->length());
+    return isNull() ? nullptr : str_->data() + std::min(begin_, str_->length());
 }
 
 void ERCSubString::replaceBy(const char* text, unsigned int count) {
     if (isNull()) return;
-    begin = std::min(begin, str->length());
-    extent = length();
-    const unsigned int rest = str->length() - extent;
-    str->replace(begin, extent, text, count);
-    extent = str->length() - rest;
+    begin_ = std::min(begin_, str_->length());
+    extent_ = length();
+    const unsigned int rest = str_->length() - extent_;
+    str_->replace(begin_, extent_, text, count);
+    extent_ = str_->length() - rest;
 }
 
 ERCSubString& ERCSubString::operator=(const ERCString& text) {
@@ -589,14 +591,14 @@ ERCSubString& ERCSubString::operator=(const ERCSubString& text) {
 
 void ERCSubString::toLower() {
     if (isNull()) return;
-    str->unshare();
-    std::transform(data(), data() + length(), str->ref->text() + (data() - str->data()), lower);
+    str_->unshare();
+    std::transform(data(), data() + length(), str_->ref_->text() + (data() - str_->data()), lower);
 }
 
 void ERCSubString::toUpper() {
     if (isNull()) return;
-    str->unshare();
-    std::transform(data(), data() + length(), str->ref->text() + (data() - str->data()), upper);
+    str_->unshare();
+    std::transform(data(), data() + length(), str_->ref_->text() + (data() - str_->data()), upper);
 }
 
 // Operators

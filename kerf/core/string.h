@@ -80,7 +80,7 @@ private:
 ///             counts as the end, a count that reaches behind it as the rest.
 /// Text given: a null pointer counts as empty; it may point into the string itself. A count beside
 ///             an ERCString takes its first bytes, all when it has fewer; a count beside a
-///             `char const *` takes so many bytes, zeros included.
+///             `const char*` takes so many bytes, zeros included.
 /// Capacity:   a change keeps the block when no other string shares it and 0 to 15 bytes stay free
 ///             after it; otherwise the string moves to a block of adjustCapacity(length) bytes. So
 ///             a string also gives back room, and `capacity(n)` reserves for the next change only.
@@ -92,20 +92,20 @@ public:
 
     static constexpr unsigned int npos = 0xFFFFFFFFu;
 
-    ERCString() : ref(ERCStringRef::empty()) {}
+    ERCString() : ref_(ERCStringRef::empty()) {}
     explicit ERCString(ERSize_T capacity);  ///< empty, with exactly this capacity
     ERCString(char c);
     ERCString(char c, unsigned int count);
     ERCString(const char* text);
     ERCString(const char* text, unsigned int length);
     ERCString(const ERCSubString& part);  ///< a null substring gives the empty string
-    ERCString(const ERCString& other) : ref(other.ref) { ref->addReference(); }
-    ERCString(ERCString&& other) noexcept : ref(other.ref) { other.ref = ERCStringRef::empty(); }
+    ERCString(const ERCString& other) : ref_(other.ref_) { ref_->addReference(); }
+    ERCString(ERCString&& other) noexcept : ref_(other.ref_) { other.ref_ = ERCStringRef::empty(); }
     /// A number is neither a character nor a capacity: write ERSize_T(n) or a char.
     template <std::integral T>
     requires(!std::same_as<T, char>) ERCString(T)
     = delete;
-    ~ERCString() { ref->release(); }
+    ~ERCString() { ref_->release(); }
 
     ERCString& operator=(const ERCString& other);
     ERCString& operator=(ERCString&& other) noexcept;
@@ -115,15 +115,15 @@ public:
     /// Builds `count` empty strings in raw storage.
     static void constructElements(ERCString* storage, int count);
 
-    unsigned int length() const { return ref->length; }
-    unsigned int capacity() const { return ref->capacity; }
+    unsigned int length() const { return ref_->length; }
+    unsigned int capacity() const { return ref_->capacity; }
     /// Moves to a block of exactly n bytes, unless the text would not fit with room to spare
     /// (n <= length()). Returns the capacity that results.
     unsigned int capacity(unsigned int n);
-    int isNull() const { return ref->length == 0; }
+    int isNull() const { return ref_->length == 0; }
     int isAscii() const;  ///< 1 when no byte is above 127
-    const char* data() const { return ref->text(); }
-    operator const char*() const { return ref->text(); }
+    const char* data() const { return ref_->text(); }
+    operator const char*() const { return ref_->text(); }
 
     /// The byte at a position below the length. The writable form unshares the string and is good
     /// until its next change.
@@ -135,12 +135,12 @@ public:
     }
     char operator()(unsigned int position) const {
         KERF_CHECK_ARGUMENT(position < length());
-        return ref->text()[position];
+        return ref_->text()[position];
     }
     char& operator()(unsigned int position) {
         KERF_CHECK_ARGUMENT(position < length());
         unshare();
-        return ref->text()[position];
+        return ref_->text()[position];
     }
 
     ERCString& append(char c, unsigned int count = 1);
@@ -279,7 +279,7 @@ private:
     void takeRead(const char* text, std::size_t count);
     ERCSubString view(unsigned int position, unsigned int n) const;
 
-    ERCStringRef* ref;
+    ERCStringRef* ref_;
 };
 
 /// A view on a part of a string, which must live as long. A null view, the answer of a search that
@@ -295,8 +295,8 @@ public:
     ERCSubString& operator=(const ERCSubString& text);
 
     int operator!() const { return isNull(); }
-    int isNull() const { return begin == ERCString::npos; }
-    unsigned int start() const { return begin; }
+    int isNull() const { return begin_ == ERCString::npos; }
+    unsigned int start() const { return begin_; }
     /// The bytes in view: fewer than at first when the string has been cut since.
     unsigned int length() const;
     /// The first byte of the part; no 0 ends it. A null pointer for a null view.
@@ -311,11 +311,11 @@ public:
     }
     char operator()(unsigned int position) const {
         KERF_CHECK_ARGUMENT(position < length());
-        return str->data()[begin + position];
+        return str_->data()[begin_ + position];
     }
     char& operator()(unsigned int position) {
         KERF_CHECK_ARGUMENT(position < length());
-        return (*str)(begin + position);
+        return (*str_)(begin_ + position);
     }
 
     void toLower();
@@ -324,13 +324,13 @@ public:
 private:
     friend class ERCString;
     ERCSubString(ERCString* string, unsigned int position, unsigned int n)
-        : str(string), begin(position), extent(n) {}
+        : str_(string), begin_(position), extent_(n) {}
 
     void replaceBy(const char* text, unsigned int count);
 
-    ERCString* str;
-    unsigned int begin;  ///< npos for a null view
-    unsigned int extent;
+    ERCString* str_;
+    unsigned int begin_;  ///< npos for a null view
+    unsigned int extent_;
 };
 
 // Comparison goes by the bytes, as compareTo does; without these the pointers would be compared.

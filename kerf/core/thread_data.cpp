@@ -33,35 +33,36 @@ CriticalSection& construction() {
 kerfThreadLocalData::kerfThreadLocalData() {
     const std::lock_guard lock(construction());
     ERMemPool::resetSizeCounter();
-    pools = std::make_unique<ERMemPool[]>(poolCount);
-    cache = std::make_unique<ERVecRepCache>(cachedBytesLimit, cachedBlocksLimit, cacheBuckets);
+    pools_ = std::make_unique<ERMemPool[]>(poolCount);
+    cache_ = std::make_unique<ERVecRepCache>(cachedBytesLimit, cachedBlocksLimit, cacheBuckets);
     thisThreadsData = this;
     thisThreadsDataIsGone = false;
 }
 
 kerfThreadLocalData::~kerfThreadLocalData() {
-    helper.reset();
-    if (scratchBlock != nullptr) {
-        if (cache != nullptr)
-            cache->free(scratchBlock);
+    helper_.reset();
+    if (scratchBlock_ != nullptr) {
+        if (cache_ != nullptr)
+            cache_->free(scratchBlock_);
         else
-            releaseBlock(scratchBlock);
+            releaseBlock(scratchBlock_);
     }
     thisThreadsData = nullptr;
     thisThreadsDataIsGone = true;
-    cache.reset();
+    cache_.reset();
 }
 
 void* kerfThreadLocalData::scratch(unsigned int n) {
     const std::uint64_t bytes = static_cast<std::uint64_t>(n) * 8;
-    if (scratchBlock != nullptr && bytes <= scratchBlock->capacity) return scratchBlock->data;
+    if (scratchBlock_ != nullptr && bytes <= scratchBlock_->capacity) return scratchBlock_->data;
     constexpr std::uint64_t step = 64;
     const std::uint64_t capacity = (bytes + step - 1) / step * step;
     if (capacity > UINT32_MAX) return nullptr;
-    if (scratchBlock != nullptr) cache->free(scratchBlock);
-    scratchBlock = cache->getRep(static_cast<unsigned int>(capacity));
-    if (scratchBlock == nullptr) scratchBlock = allocateBlock(static_cast<unsigned int>(capacity));
-    return scratchBlock == nullptr ? nullptr : scratchBlock->data;
+    if (scratchBlock_ != nullptr) cache_->free(scratchBlock_);
+    scratchBlock_ = cache_->getRep(static_cast<unsigned int>(capacity));
+    if (scratchBlock_ == nullptr)
+        scratchBlock_ = allocateBlock(static_cast<unsigned int>(capacity));
+    return scratchBlock_ == nullptr ? nullptr : scratchBlock_->data;
 }
 
 kerfThreadLocalData& threadData() {

@@ -24,12 +24,12 @@ public:
     kerfThreadLocalData& operator=(const kerfThreadLocalData&) = delete;
 
     /// The cache of free vector blocks; null once the thread is being torn down.
-    ERVecRepCache* blockCache() { return cache.get(); }
+    ERVecRepCache* blockCache() { return cache_.get(); }
 
     /// The pool for items of (index + 1) * 4 bytes; index below poolCount.
     ERMemPool& pool(unsigned int index) {
         KERF_CHECK_ARGUMENT(index < poolCount);
-        return pools[index];
+        return pools_[index];
     }
 
     /// A work area for n elements of 8 bytes, kept from one call to the next while it is large enough.
@@ -37,13 +37,13 @@ public:
     void* scratch(unsigned int n);
 
     /// Hands over an object that is destroyed with the thread's data; replaces a former one.
-    void ownHelper(std::unique_ptr<CNoTrackObject> object) { helper = std::move(object); }
+    void ownHelper(std::unique_ptr<CNoTrackObject> object) { helper_ = std::move(object); }
 
 private:
-    std::unique_ptr<ERVecRepCache> cache;
-    ERVecBlock* scratchBlock = nullptr;
-    std::unique_ptr<CNoTrackObject> helper;
-    std::unique_ptr<ERMemPool[]> pools;
+    std::unique_ptr<ERVecRepCache> cache_;
+    ERVecBlock* scratchBlock_ = nullptr;
+    std::unique_ptr<CNoTrackObject> helper_;
+    std::unique_ptr<ERMemPool[]> pools_;
 };
 
 /// The calling thread's data, built when it is not there yet.

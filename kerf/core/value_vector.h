@@ -18,14 +18,14 @@ public:
     using value_type = T;
 
     ERTValVector() = default;
-    explicit ERTValVector(unsigned int n) : size(n), array(allocate(n)) {}
-    ERTValVector(unsigned int n, const T& fill) : ERTValVector(n) { std::fill_n(array, n, fill); }
+    explicit ERTValVector(unsigned int n) : size_(n), array_(allocate(n)) {}
+    ERTValVector(unsigned int n, const T& fill) : ERTValVector(n) { std::fill_n(array_, n, fill); }
     // Delegating, so that a copy that throws halfway frees what it has.
-    ERTValVector(const ERTValVector& other) : ERTValVector(other.size) {
-        std::copy_n(other.array, size, array);
+    ERTValVector(const ERTValVector& other) : ERTValVector(other.size_) {
+        std::copy_n(other.array_, size_, array_);
     }
     ERTValVector(ERTValVector&& other) noexcept { swap(other); }
-    virtual ~ERTValVector() { delete[] array; }
+    virtual ~ERTValVector() { delete[] array_; }
 
     ERTValVector& operator=(const ERTValVector& other) {
         if (this != &other) *this = ERTValVector(other);
@@ -38,34 +38,34 @@ public:
 
     /// The elements between brackets, separated by spaces: by their printOn, else by `<<`; elements
     /// that have neither leave nothing.
-    virtual void printOn(std::ostream& os) const { printElements(os, size); }
-    virtual ERULong binaryStoreSize() const { return storeSizeOf(size); }
-    virtual void saveGuts(ERFile& file) const { saveFirst(file, size); }
+    virtual void printOn(std::ostream& os) const { printElements(os, size_); }
+    virtual ERULong binaryStoreSize() const { return storeSizeOf(size_); }
+    virtual void saveGuts(ERFile& file) const { saveFirst(file, size_); }
     /// Replaces the contents. A count that the file cannot hold reads as 0.
     virtual void restoreGuts(ERFile& file);
 
-    unsigned int entries() const { return size; }
-    int isEmpty() const { return size == 0; }
+    unsigned int entries() const { return size_; }
+    int isEmpty() const { return size_ == 0; }
     T& operator[](unsigned int i) {
-        KERF_CHECK_ARGUMENT(i < size);
-        return array[i];
+        KERF_CHECK_ARGUMENT(i < size_);
+        return array_[i];
     }
     const T& operator[](unsigned int i) const {
-        KERF_CHECK_ARGUMENT(i < size);
-        return array[i];
+        KERF_CHECK_ARGUMENT(i < size_);
+        return array_[i];
     }
     /// Changes the number of elements; the first ones stay.
     void reshape(unsigned int n);
 
-    T* begin() { return array; }
-    T* end() { return array + size; }
-    const T* begin() const { return array; }
-    const T* end() const { return array + size; }
+    T* begin() { return array_; }
+    T* end() { return array_ + size_; }
+    const T* begin() const { return array_; }
+    const T* end() const { return array_ + size_; }
 
 protected:
     void swap(ERTValVector& other) noexcept {
-        std::swap(size, other.size);
-        std::swap(array, other.array);
+        std::swap(size_, other.size_);
+        std::swap(array_, other.array_);
     }
     void printElements(std::ostream& os, unsigned int n) const;
     ERULong storeSizeOf(unsigned int n) const;
@@ -74,8 +74,8 @@ protected:
 private:
     static T* allocate(unsigned int n) { return n == 0 ? nullptr : new T[n](); }
 
-    unsigned int size = 0;
-    T* array = nullptr;
+    unsigned int size_ = 0;
+    T* array_ = nullptr;
 };
 
 /// Values in the order in which they were put. The array grows by 64 elements at a time; only the
@@ -135,9 +135,9 @@ private:
 
 template <class T>
 void ERTValVector<T>::reshape(unsigned int n) {
-    if (n == size) return;
+    if (n == size_) return;
     ERTValVector reshaped(n);
-    std::move(array, array + std::min(size, n), reshaped.array);
+    std::move(array_, array_ + std::min(size_, n), reshaped.array_);
     swap(reshaped);
 }
 
@@ -147,9 +147,9 @@ void ERTValVector<T>::printElements(std::ostream& os, unsigned int n) const {
     for (unsigned int i = 0; i < n; ++i) {
         if (i != 0) os << ' ';
         if constexpr (requires(const T& t) { t.printOn(os); })
-            array[i].printOn(os);
+            array_[i].printOn(os);
         else if constexpr (requires(const T& t) { os << t; })
-            os << array[i];
+            os << array_[i];
     }
     os << ']';
 }
@@ -157,7 +157,7 @@ void ERTValVector<T>::printElements(std::ostream& os, unsigned int n) const {
 template <class T>
 ERULong ERTValVector<T>::storeSizeOf([[maybe_unused]] unsigned int n) const {
     if constexpr (ERStorable<T>)
-        return storeSizeFrom(4 + storedSize(array, n));
+        return storeSizeFrom(4 + storedSize(array_, n));
     else
         return 0;
 }
@@ -167,7 +167,7 @@ void ERTValVector<T>::saveFirst([[maybe_unused]] ERFile& file,
                                 [[maybe_unused]] unsigned int n) const {
     if constexpr (ERStorable<T>) {
         file.Write(static_cast<int>(n));
-        saveElements(file, array, n);
+        saveElements(file, array_, n);
     }
 }
 
@@ -179,15 +179,15 @@ void ERTValVector<T>::restoreGuts([[maybe_unused]] ERFile& file) {
         // grows with what was read, so that a wrong count takes no memory for what is not there.
         constexpr unsigned int firstStep = 1024;
         const unsigned int step = ERStoredRaw<T> ? stored : std::min(stored, firstStep);
-        if (size != stored && size != step) *this = ERTValVector(step);
+        if (size_ != stored && size_ != step) *this = ERTValVector(step);
         unsigned int read = 0;
         while (read < stored) {
-            if (read == size) {
+            if (read == size_) {
                 if (!canHold<T>(file, stored - read)) return;
-                reshape(stored - read < size ? stored : 2 * size);
+                reshape(stored - read < size_ ? stored : 2 * size_);
             }
-            restoreElements(file, array + read, size - read);
-            read = size;
+            restoreElements(file, array_ + read, size_ - read);
+            read = size_;
         }
     }
 }

@@ -18,7 +18,7 @@ namespace kerf {
 
 namespace {
 
-ERClassRegistration const* const classes[] = {
+const ERClassRegistration* const classes[] = {
     ERObject::desc(),
     EREntity::desc(),
     ERAuxilaryIndex::desc(),

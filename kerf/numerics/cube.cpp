@@ -11,7 +11,7 @@ namespace {
 constexpr std::uint64_t tooMany = ~std::uint64_t{0};
 
 // The number of elements; tooMany when 64 bits do not hold it.
-std::uint64_t volume(unsigned nx, unsigned ny, unsigned nz) {
+std::uint64_t volume(unsigned int nx, unsigned int ny, unsigned int nz) {
     const std::uint64_t plane = std::uint64_t{nx} * ny;
     if (nz > 0 && plane > tooMany / nz) return tooMany;
     return plane * nz;
@@ -19,28 +19,28 @@ std::uint64_t volume(unsigned nx, unsigned ny, unsigned nz) {
 
 }  // namespace
 
-ERDoubleCube::ERDoubleCube(unsigned nx, unsigned ny, unsigned nz)
+ERDoubleCube::ERDoubleCube(unsigned int nx, unsigned int ny, unsigned int nz)
     : ERVec<double>(Owning{ERVecRep::getRep(bytesOf(volume(nx, ny, nz)), 0)}),
       nx_(nx),
       ny_(ny),
       nz_(nz) {}
 
-ERSlice<double> ERDoubleCube::stickX(unsigned y, unsigned z) {
+ERSlice<double> ERDoubleCube::stickX(unsigned int y, unsigned int z) {
     return slice((nz_ * y + z) * nx_, 1, nx_);
 }
-ERSlice<double> ERDoubleCube::stickY(unsigned x, unsigned z) {
+ERSlice<double> ERDoubleCube::stickY(unsigned int x, unsigned int z) {
     return slice(nx_ * z + x, static_cast<int>(nz_ * nx_), ny_);
 }
-ERSlice<double> ERDoubleCube::stickZ(unsigned x, unsigned y) {
+ERSlice<double> ERDoubleCube::stickZ(unsigned int x, unsigned int y) {
     return slice(nx_ * nz_ * y + x, static_cast<int>(nx_), nz_);
 }
-const ERSlice<double> ERDoubleCube::stickX(unsigned y, unsigned z) const {
+const ERSlice<double> ERDoubleCube::stickX(unsigned int y, unsigned int z) const {
     return const_cast<ERDoubleCube*>(this)->stickX(y, z);
 }
-const ERSlice<double> ERDoubleCube::stickY(unsigned x, unsigned z) const {
+const ERSlice<double> ERDoubleCube::stickY(unsigned int x, unsigned int z) const {
     return const_cast<ERDoubleCube*>(this)->stickY(x, z);
 }
-const ERSlice<double> ERDoubleCube::stickZ(unsigned x, unsigned y) const {
+const ERSlice<double> ERDoubleCube::stickZ(unsigned int x, unsigned int y) const {
     return const_cast<ERDoubleCube*>(this)->stickZ(x, y);
 }
 
@@ -59,10 +59,10 @@ void ERDoubleCube::saveGuts(ERFile& file) const {
 void ERDoubleCube::restoreGuts(ERFile& file) {
     // Without elements two extents may still be positive, but no larger than a loop over them
     // bears.
-    constexpr unsigned largestEmptyExtent = 0xFF;
-    unsigned nx = 0;
-    unsigned ny = 0;
-    unsigned nz = 0;
+    constexpr unsigned int largestEmptyExtent = 0xFF;
+    unsigned int nx = 0;
+    unsigned int ny = 0;
+    unsigned int nz = 0;
     file.Read(nx);
     file.Read(ny);
     file.Read(nz);
@@ -75,12 +75,12 @@ void ERDoubleCube::restoreGuts(ERFile& file) {
         *this = ERDoubleCube();
 }
 
-ERMatrix<double> ExtractMatFromX(const ERDoubleCube& cube, unsigned x) {
+ERMatrix<double> ExtractMatFromX(const ERDoubleCube& cube, unsigned int x) {
     const ERSlice<double> plane = cube.slice(x, static_cast<int>(cube.nx()), cube.ny() * cube.nz());
     return ERMatrix<double>(plane, cube.ny(), cube.nz());
 }
 
-ERDoubleCube& SetMatFromX(ERDoubleCube& cube, const ERMatrix<double>& plane, unsigned x) {
+ERDoubleCube& SetMatFromX(ERDoubleCube& cube, const ERMatrix<double>& plane, unsigned int x) {
     cube.slice(x, static_cast<int>(cube.nx()), cube.ny() * cube.nz()) = plane.asVector();
     return cube;
 }

@@ -12,30 +12,34 @@ namespace kerf::QuickAlgebra {
 class KERF_EXPORT ERDoubleCube : public ERVec<double> {
 public:
     ERDoubleCube() = default;
-    ERDoubleCube(unsigned nx, unsigned ny, unsigned nz);  ///< zeros
+    ERDoubleCube(unsigned int nx, unsigned int ny, unsigned int nz);  ///< zeros
     ERDoubleCube(const ERDoubleCube&) = default;
     ERDoubleCube& operator=(const ERDoubleCube&) = default;
 
-    unsigned nx() const { return nx_; }
-    unsigned ny() const { return ny_; }
-    unsigned nz() const { return nz_; }
+    unsigned int nx() const { return nx_; }
+    unsigned int ny() const { return ny_; }
+    unsigned int nz() const { return nz_; }
     const ERVec<double>& asVector() const { return *this; }
     ERVec<double>& asVector() { return *this; }
 
-    unsigned inVec(unsigned x, unsigned y, unsigned z) const { return (ny_ * z + y) * nx_ + x; }
-    const double& operator()(unsigned x, unsigned y, unsigned z) const {
+    unsigned int inVec(unsigned int x, unsigned int y, unsigned int z) const {
+        return (ny_ * z + y) * nx_ + x;
+    }
+    const double& operator()(unsigned int x, unsigned int y, unsigned int z) const {
         return (*this)[inVec(x, y, z)];
     }
-    double& operator()(unsigned x, unsigned y, unsigned z) { return (*this)[inVec(x, y, z)]; }
+    double& operator()(unsigned int x, unsigned int y, unsigned int z) {
+        return (*this)[inVec(x, y, z)];
+    }
 
     // Along x: nx elements in a row. Along y: ny, nz * nx apart. Along z: nz, nx apart.
 
-    const ERSlice<double> stickX(unsigned y, unsigned z) const;
-    ERSlice<double> stickX(unsigned y, unsigned z);
-    const ERSlice<double> stickY(unsigned x, unsigned z) const;
-    ERSlice<double> stickY(unsigned x, unsigned z);
-    const ERSlice<double> stickZ(unsigned x, unsigned y) const;
-    ERSlice<double> stickZ(unsigned x, unsigned y);
+    const ERSlice<double> stickX(unsigned int y, unsigned int z) const;
+    ERSlice<double> stickX(unsigned int y, unsigned int z);
+    const ERSlice<double> stickY(unsigned int x, unsigned int z) const;
+    ERSlice<double> stickY(unsigned int x, unsigned int z);
+    const ERSlice<double> stickZ(unsigned int x, unsigned int y) const;
+    ERSlice<double> stickZ(unsigned int x, unsigned int y);
 
     /// Same extents and equal elements, without tolerance.
     bool operator==(const ERDoubleCube& other) const;
@@ -47,17 +51,17 @@ public:
     ERULong binaryStoreSize() const { return ERVec<double>::binaryStoreSize() + 12; }
 
 private:
-    unsigned nx_ = 0;
-    unsigned ny_ = 0;
-    unsigned nz_ = 0;
+    unsigned int nx_ = 0;
+    unsigned int ny_ = 0;
+    unsigned int nz_ = 0;
 };
 
 /// The plane x of the cube as a matrix of ny rows and nz columns, taken in the order of the sticks:
 /// element (y, z) is element (nz * y + z) * nx + x of the vector.
-KERF_EXPORT ERMatrix<double> ExtractMatFromX(const ERDoubleCube& cube, unsigned x);
+KERF_EXPORT ERMatrix<double> ExtractMatFromX(const ERDoubleCube& cube, unsigned int x);
 /// The inverse: writes a matrix of ny * nz elements to the plane x. Answers the cube.
 KERF_EXPORT ERDoubleCube& SetMatFromX(ERDoubleCube& cube, const ERMatrix<double>& plane,
-                                      unsigned x);
+                                      unsigned int x);
 
 KERF_EXPORT ERFile& operator<<(ERFile& file, const ERDoubleCube& cube);
 KERF_EXPORT ERFile& operator>>(ERFile& file, ERDoubleCube& cube);

@@ -37,16 +37,16 @@ void sortBySelection(int n, double* eigval, double** eigvec, Before before) {
 
 }  // namespace
 
-Eigen::Eigen(int n) : size(n > 0 ? n : 0) { makeRoom(); }
+Eigen::Eigen(int n) : size_(n > 0 ? n : 0) { makeRoom(); }
 
-Eigen::Eigen(const Eigen& other) : size(other.size) {
+Eigen::Eigen(const Eigen& other) : size_(other.size_) {
     makeRoom();
     copyFrom(other);
 }
 
 Eigen& Eigen::operator=(const Eigen& other) {
     if (this == &other) return *this;
-    size = other.size;
+    size_ = other.size_;
     makeRoom();
     copyFrom(other);
     return *this;
@@ -54,28 +54,28 @@ Eigen& Eigen::operator=(const Eigen& other) {
 
 // The rows lie behind each other, then the diagonal and the subdiagonal.
 void Eigen::copyFrom(const Eigen& other) {
-    const auto count = static_cast<std::size_t>(size);
-    if (count != 0) std::copy_n(other.rows[0], count * (count + 2), rows[0]);
+    const auto count = static_cast<std::size_t>(size_);
+    if (count != 0) std::copy_n(other.rows_[0], count * (count + 2), rows_[0]);
 }
 
 void Eigen::makeRoom() {
-    double* elements = inlineElements;
-    rows = inlineRows;
-    if (size > inlineSize) {
-        const auto count = static_cast<std::size_t>(size);
-        heapElements = std::make_unique<double[]>(count * (count + 2));
-        heapRows = std::make_unique<double*[]>(count);
-        elements = heapElements.get();
-        rows = heapRows.get();
+    double* elements = inlineElements_;
+    rows_ = inlineRows_;
+    if (size_ > inlineSize) {
+        const auto count = static_cast<std::size_t>(size_);
+        heapElements_ = std::make_unique<double[]>(count * (count + 2));
+        heapRows_ = std::make_unique<double*[]>(count);
+        elements = heapElements_.get();
+        rows_ = heapRows_.get();
     }
-    for (int i = 0; i < size; ++i, elements += size) rows[i] = elements;
-    diagonal = elements;
-    subdiagonal = elements + size;
+    for (int i = 0; i < size_; ++i, elements += size_) rows_[i] = elements;
+    diagonal_ = elements;
+    subdiagonal_ = elements + size_;
 }
 
 void Eigen::SetMatrix(const double* const* source) {
-    for (int i = 0; i < size; ++i)
-        for (int j = 0; j < size; ++j) rows[i][j] = source[i][j];
+    for (int i = 0; i < size_; ++i)
+        for (int j = 0; j < size_; ++j) rows_[i][j] = source[i][j];
 }
 
 // The powers and quotients of the steps lose digits, or overflow, far from 1: a matrix from there is
@@ -84,18 +84,18 @@ template <class Reduce>
 bool Eigen::solve(Reduce reduce) {
     constexpr double smallest = 0x1p-900, greatest = 0x1p900;
     double largest = 0.0;
-    for (int i = 0; i < size; ++i)
-        for (int j = 0; j < size; ++j) largest = std::max(largest, std::fabs(rows[i][j]));
+    for (int i = 0; i < size_; ++i)
+        for (int j = 0; j < size_; ++j) largest = std::max(largest, std::fabs(rows_[i][j]));
     const bool far =
         largest != 0.0 && std::isfinite(largest) && (largest < smallest || largest > greatest);
     const int exponent = far ? std::ilogb(largest) : 0;
     if (far)
-        for (int i = 0; i < size; ++i)
-            for (int j = 0; j < size; ++j) rows[i][j] = std::ldexp(rows[i][j], -exponent);
+        for (int i = 0; i < size_; ++i)
+            for (int j = 0; j < size_; ++j) rows_[i][j] = std::ldexp(rows_[i][j], -exponent);
     reduce();
-    const bool found = QLAlgorithm(size, diagonal, subdiagonal, rows);
+    const bool found = QLAlgorithm(size_, diagonal_, subdiagonal_, rows_);
     if (far)
-        for (int i = 0; i < size; ++i) diagonal[i] = std::ldexp(diagonal[i], exponent);
+        for (int i = 0; i < size_; ++i) diagonal_[i] = std::ldexp(diagonal_[i], exponent);
     return found;
 }
 
@@ -334,26 +334,26 @@ void Eigen::IncreasingSort(int n, double* eigval, double** eigvec) {
 }
 
 bool Eigen::EigenStuff2() {
-    KERF_CHECK_ARGUMENT(size == 2);
-    return solve([this] { Tridiagonal2(rows, diagonal, subdiagonal); });
+    KERF_CHECK_ARGUMENT(size_ == 2);
+    return solve([this] { Tridiagonal2(rows_, diagonal_, subdiagonal_); });
 }
 
 bool Eigen::EigenStuff3() {
-    KERF_CHECK_ARGUMENT(size == 3);
-    return solve([this] { Tridiagonal3(rows, diagonal, subdiagonal); });
+    KERF_CHECK_ARGUMENT(size_ == 3);
+    return solve([this] { Tridiagonal3(rows_, diagonal_, subdiagonal_); });
 }
 
 bool Eigen::EigenStuff4() {
-    KERF_CHECK_ARGUMENT(size == 4);
-    return solve([this] { Tridiagonal4(rows, diagonal, subdiagonal); });
+    KERF_CHECK_ARGUMENT(size_ == 4);
+    return solve([this] { Tridiagonal4(rows_, diagonal_, subdiagonal_); });
 }
 
 bool Eigen::EigenStuffN() {
-    return solve([this] { TridiagonalN(size, rows, diagonal, subdiagonal); });
+    return solve([this] { TridiagonalN(size_, rows_, diagonal_, subdiagonal_); });
 }
 
 bool Eigen::EigenStuff() {
-    switch (size) {
+    switch (size_) {
         case 2:
             return EigenStuff2();
         case 3:
@@ -367,61 +367,61 @@ bool Eigen::EigenStuff() {
 
 bool Eigen::DecrSortEigenStuff2() {
     const bool found = EigenStuff2();
-    DecreasingSort(2, diagonal, rows);
+    DecreasingSort(2, diagonal_, rows_);
     return found;
 }
 
 bool Eigen::DecrSortEigenStuff3() {
     const bool found = EigenStuff3();
-    DecreasingSort(3, diagonal, rows);
+    DecreasingSort(3, diagonal_, rows_);
     return found;
 }
 
 bool Eigen::DecrSortEigenStuff4() {
     const bool found = EigenStuff4();
-    DecreasingSort(4, diagonal, rows);
+    DecreasingSort(4, diagonal_, rows_);
     return found;
 }
 
 bool Eigen::DecrSortEigenStuffN() {
     const bool found = EigenStuffN();
-    DecreasingSort(size, diagonal, rows);
+    DecreasingSort(size_, diagonal_, rows_);
     return found;
 }
 
 bool Eigen::DecrSortEigenStuff() {
     const bool found = EigenStuff();
-    DecreasingSort(size, diagonal, rows);
+    DecreasingSort(size_, diagonal_, rows_);
     return found;
 }
 
 bool Eigen::IncrSortEigenStuff2() {
     const bool found = EigenStuff2();
-    IncreasingSort(2, diagonal, rows);
+    IncreasingSort(2, diagonal_, rows_);
     return found;
 }
 
 bool Eigen::IncrSortEigenStuff3() {
     const bool found = EigenStuff3();
-    IncreasingSort(3, diagonal, rows);
+    IncreasingSort(3, diagonal_, rows_);
     return found;
 }
 
 bool Eigen::IncrSortEigenStuff4() {
     const bool found = EigenStuff4();
-    IncreasingSort(4, diagonal, rows);
+    IncreasingSort(4, diagonal_, rows_);
     return found;
 }
 
 bool Eigen::IncrSortEigenStuffN() {
     const bool found = EigenStuffN();
-    IncreasingSort(size, diagonal, rows);
+    IncreasingSort(size_, diagonal_, rows_);
     return found;
 }
 
 bool Eigen::IncrSortEigenStuff() {
     const bool found = EigenStuff();
-    IncreasingSort(size, diagonal, rows);
+    IncreasingSort(size_, diagonal_, rows_);
     return found;
 }
 

@@ -20,23 +20,23 @@ public:
     Eigen(const Eigen& other);
     Eigen& operator=(const Eigen& other);
 
-    int GetSize() const { return size; }
+    int GetSize() const { return size_; }
     double& Matrix(int row, int col) {
-        KERF_CHECK_ARGUMENT(row >= 0 && row < size && col >= 0 && col < size);
-        return rows[row][col];
+        KERF_CHECK_ARGUMENT(row >= 0 && row < size_ && col >= 0 && col < size_);
+        return rows_[row][col];
     }
     /// Copies size rows of size elements.
     void SetMatrix(const double* const* source);
 
-    const double* GetEigenvalue() const { return diagonal; }  ///< `size` values
+    const double* GetEigenvalue() const { return diagonal_; }  ///< `size` values
     double GetEigenvalue(int i) const {
-        KERF_CHECK_ARGUMENT(i >= 0 && i < size);
-        return diagonal[i];
+        KERF_CHECK_ARGUMENT(i >= 0 && i < size_);
+        return diagonal_[i];
     }
     /// Element `row` of the eigenvector of eigenvalue `col`. The vectors are orthonormal.
     double GetEigenvector(int row, int col) const {
-        KERF_CHECK_ARGUMENT(row >= 0 && row < size && col >= 0 && col < size);
-        return rows[row][col];
+        KERF_CHECK_ARGUMENT(row >= 0 && row < size_ && col >= 0 && col < size_);
+        return rows_[row][col];
     }
 
     /// The eigensystem in the order in which it is found; a diagonal matrix keeps its order.
@@ -77,14 +77,14 @@ private:
 
     static constexpr int inlineSize = 4;
 
-    int size;
-    double** rows;
-    double* diagonal;
-    double* subdiagonal;
-    double inlineElements[inlineSize * (inlineSize + 2)] = {};
-    double* inlineRows[inlineSize] = {};
-    std::unique_ptr<double[]> heapElements;
-    std::unique_ptr<double*[]> heapRows;
+    int size_;
+    double** rows_;
+    double* diagonal_;
+    double* subdiagonal_;
+    double inlineElements_[inlineSize * (inlineSize + 2)] = {};
+    double* inlineRows_[inlineSize] = {};
+    std::unique_ptr<double[]> heapElements_;
+    std::unique_ptr<double*[]> heapRows_;
 };
 
 }  // namespace kerf::Mgc

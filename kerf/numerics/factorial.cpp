@@ -27,15 +27,15 @@ ERFactorialFactory::~ERFactorialFactory() = default;
 double ERFactorialFactory::Fact(unsigned int n) {
     if (n < firstFactorials.size()) return firstFactorials[n];
     if (n > largestFinite) return std::numeric_limits<double>::infinity();
-    const std::lock_guard lock(growth);
-    if (n >= known.size()) {
-        if (known.empty()) known.assign(firstFactorials.begin(), firstFactorials.end());
+    const std::lock_guard lock(growth_);
+    if (n >= known_.size()) {
+        if (known_.empty()) known_.assign(firstFactorials.begin(), firstFactorials.end());
         const unsigned int top = ((n + 1) / growthStep + 1) * growthStep;
-        known.reserve(top + 1);
-        for (std::size_t i = known.size(); i <= top; ++i)
-            known.push_back(static_cast<double>(i) * known[i - 1]);
+        known_.reserve(top + 1);
+        for (std::size_t i = known_.size(); i <= top; ++i)
+            known_.push_back(static_cast<double>(i) * known_[i - 1]);
     }
-    return known[n];
+    return known_[n];
 }
 
 }  // namespace kerf

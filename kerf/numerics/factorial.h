@@ -18,8 +18,8 @@ public:
     double Fact(unsigned int n);
 
 private:
-    std::vector<double> known;  ///< empty until one above 27 is asked for
-    CriticalSection growth;
+    std::vector<double> known_;  ///< empty until one above 27 is asked for
+    CriticalSection growth_;
 };
 
 }  // namespace kerf

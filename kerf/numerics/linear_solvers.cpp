@@ -171,20 +171,20 @@ int MatriceGaussPivot(ERMatrix<double>& m, int*& permutation, int& exchanges, do
     return eliminate(m.data(), m.rows(), m.cols(), permutation, exchanges, tol);
 }
 
-ERLUDecomp::ERLUDecomp(const ERMatrix<double>& a) : ERMatrix<double>(a), given(a) { factor(); }
+ERLUDecomp::ERLUDecomp(const ERMatrix<double>& a) : ERMatrix<double>(a), given_(a) { factor(); }
 
 ERLUDecomp& ERLUDecomp::operator=(const ERMatrix<double>& a) {
-    given = a;
-    ERMatrix<double>::operator=(given);
+    given_ = a;
+    ERMatrix<double>::operator=(given_);
     factor();
     return *this;
 }
 
 void ERLUDecomp::factor() {
-    if (rowOrder.length() != rows()) rowOrder = ERSimpleVec<int>(rows());
+    if (rowOrder_.length() != rows()) rowOrder_ = ERSimpleVec<int>(rows());
     const int regular =
-        eliminate(data(), rows(), cols(), rowOrder.data(), exchangeCount, singularPivot);
-    singular = regular == 0 ? 1 : 0;
+        eliminate(data(), rows(), cols(), rowOrder_.data(), exchangeCount_, singularPivot);
+    singular_ = regular == 0 ? 1 : 0;
 }
 
 ERMatrix<double> ERLUDecomp::L() const {
@@ -215,13 +215,13 @@ ERMatrix<double> ERLUDecomp::P() const {
     ERMatrix<double> p(rows(), rows());
     double* const elements = p.data();
     for (unsigned int i = 0; i < rows(); ++i)
-        elements[std::size_t{i} * rows() + static_cast<unsigned int>(rowOrder[i])] = 1.0;
+        elements[std::size_t{i} * rows() + static_cast<unsigned int>(rowOrder_[i])] = 1.0;
     return p;
 }
 
 unsigned int ERLUDecomp::rang() const {
     unsigned int rank = rows();
-    if (singular) return rank;
+    if (singular_) return rank;
     const double* const a = data();
     while (rank > 0) {
         const std::size_t last = rank - 1;

@@ -23,11 +23,11 @@ public:
     ERLUDecomp(const ERMatrix<double>& a);
     ERLUDecomp& operator=(const ERMatrix<double>& a);
 
-    int isSingular() const { return singular; }
+    int isSingular() const { return singular_; }
     /// The rows of P A = L U: row i of P A is row permutation()[i] of A. One entry per row.
-    const int* permutation() const { return rowOrder.data(); }
-    int exchanges() const { return exchangeCount; }
-    const ERMatrix<double>& original() const { return given; }
+    const int* permutation() const { return rowOrder_.data(); }
+    int exchanges() const { return exchangeCount_; }
+    const ERMatrix<double>& original() const { return given_; }
 
     ERMatrix<double> L() const;  ///< rows by rows, unit diagonal
     ERMatrix<double> U() const;  ///< rows by cols
@@ -41,11 +41,11 @@ public:
 private:
     void factor();
 
-    ERMatrix<double> given;
+    ERMatrix<double> given_;
     // A vector, so that factoring in a loop takes its memory from the thread's block cache.
-    ERSimpleVec<int> rowOrder;
-    int singular = 0;
-    int exchangeCount = 0;
+    ERSimpleVec<int> rowOrder_;
+    int singular_ = 0;
+    int exchangeCount_ = 0;
 };
 
 /// Gaussian elimination in place of a matrix with m rows. The leading m by m part becomes its

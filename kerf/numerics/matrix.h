@@ -17,33 +17,37 @@ class ERMatrix : public ERVec<T> {
     using Base = ERVec<T>;
 
 public:
-    ERMatrix() = default;                    ///< 0 by 0
-    ERMatrix(unsigned rows, unsigned cols);  ///< elements of zero bytes
-    ERMatrix(unsigned rows, unsigned cols, const T& value);
-    ERMatrix(const T* values, unsigned rows, unsigned cols);         ///< row by row
-    ERMatrix(const ERVec<T>& values, unsigned rows, unsigned cols);  ///< shares the vector's block
-    ERMatrix(const ERSlice<T>& values, unsigned rows, unsigned cols);  ///< copies the elements
+    ERMatrix() = default;                            ///< 0 by 0
+    ERMatrix(unsigned int rows, unsigned int cols);  ///< elements of zero bytes
+    ERMatrix(unsigned int rows, unsigned int cols, const T& value);
+    ERMatrix(const T* values, unsigned int rows, unsigned int cols);  ///< row by row
+    ERMatrix(const ERVec<T>& values, unsigned int rows,
+             unsigned int cols);  ///< shares the vector's block
+    ERMatrix(const ERSlice<T>& values, unsigned int rows,
+             unsigned int cols);  ///< copies the elements
     ERMatrix(const ERMatrix&) = default;
     ERMatrix& operator=(const ERMatrix&) = default;
     ERMatrix& operator=(const T& value);  ///< fills all elements
 
-    unsigned rows() const { return rows_; }
-    unsigned cols() const { return cols_; }
+    unsigned int rows() const { return rows_; }
+    unsigned int cols() const { return cols_; }
     const ERVec<T>& asVector() const { return *this; }
     ERVec<T>& asVector() { return *this; }
 
-    unsigned inVec(unsigned r, unsigned c) const { return cols_ * r + c; }
-    const T& operator()(unsigned r, unsigned c) const { return this->asVector()[inVec(r, c)]; }
-    T& operator()(unsigned r, unsigned c) { return this->asVector()[inVec(r, c)]; }
+    unsigned int inVec(unsigned int r, unsigned int c) const { return cols_ * r + c; }
+    const T& operator()(unsigned int r, unsigned int c) const {
+        return this->asVector()[inVec(r, c)];
+    }
+    T& operator()(unsigned int r, unsigned int c) { return this->asVector()[inVec(r, c)]; }
 
     // Views, good until the next edit of rows or columns.
 
-    const ERSlice<T> operator[](unsigned r) const { return row(r); }
-    ERSlice<T> operator[](unsigned r) { return row(r); }
-    const ERSlice<T> row(unsigned r) const { return this->slice(cols_ * r, 1, cols_); }
-    ERSlice<T> row(unsigned r) { return this->slice(cols_ * r, 1, cols_); }
-    const ERSlice<T> col(unsigned c) const { return this->slice(c, stride(), rows_); }
-    ERSlice<T> col(unsigned c) { return this->slice(c, stride(), rows_); }
+    const ERSlice<T> operator[](unsigned int r) const { return row(r); }
+    ERSlice<T> operator[](unsigned int r) { return row(r); }
+    const ERSlice<T> row(unsigned int r) const { return this->slice(cols_ * r, 1, cols_); }
+    ERSlice<T> row(unsigned int r) { return this->slice(cols_ * r, 1, cols_); }
+    const ERSlice<T> col(unsigned int c) const { return this->slice(c, stride(), rows_); }
+    ERSlice<T> col(unsigned int c) { return this->slice(c, stride(), rows_); }
     /// As long as the matrix has rows, whatever its columns: callers take it of square matrices,
     /// and of one with more rows than columns it would leave the elements.
     const ERSlice<T> diagonal() const { return this->slice(0, stride() + 1, rows_); }
@@ -54,33 +58,34 @@ public:
     ERVecIterator<T> begin() { return this->data(); }
     ERVecIterator<T> end() { return this->data() + this->length(); }
 
-    void swapRow(unsigned a, unsigned b);
-    void swapCol(unsigned a, unsigned b);
+    void swapRow(unsigned int a, unsigned int b);
+    void swapCol(unsigned int a, unsigned int b);
 
-    void insertRow(unsigned pos, const T& value, unsigned n = 1);  ///< n rows filled with value
-    void insertRow(unsigned pos, const ERVec<T>& row);             ///< cols() elements
-    void insertRow(unsigned pos, const ERMatrix& rows);            ///< all its rows
-    void insertCol(unsigned pos, const T& value, unsigned n = 1);
-    void insertCol(unsigned pos, const ERVec<T>& col);
-    void insertCol(unsigned pos, const ERMatrix& cols);
+    void insertRow(unsigned int pos, const T& value,
+                   unsigned int n = 1);                      ///< n rows filled with value
+    void insertRow(unsigned int pos, const ERVec<T>& row);   ///< cols() elements
+    void insertRow(unsigned int pos, const ERMatrix& rows);  ///< all its rows
+    void insertCol(unsigned int pos, const T& value, unsigned int n = 1);
+    void insertCol(unsigned int pos, const ERVec<T>& col);
+    void insertCol(unsigned int pos, const ERMatrix& cols);
 
     /// Deletes n rows, cut to those there are; n = 0 does nothing. Without its last row, as without
     /// its last column, the matrix is 0 by 0.
-    void deleteRow(unsigned pos, unsigned n = 1);
-    void deleteCol(unsigned pos, unsigned n = 1);
+    void deleteRow(unsigned int pos, unsigned int n = 1);
+    void deleteCol(unsigned int pos, unsigned int n = 1);
 
-    void replaceRow(unsigned pos, const T& value);
-    void replaceRow(unsigned pos, const ERVec<T>& row);
+    void replaceRow(unsigned int pos, const T& value);
+    void replaceRow(unsigned int pos, const ERVec<T>& row);
     /// Puts all rows of another matrix in the place of n rows of this one.
-    void replaceRow(unsigned pos, unsigned n, const ERMatrix& rows);
-    void replaceCol(unsigned pos, const T& value);
-    void replaceCol(unsigned pos, const ERVec<T>& col);
-    void replaceCol(unsigned pos, unsigned n, const ERMatrix& cols);
+    void replaceRow(unsigned int pos, unsigned int n, const ERMatrix& rows);
+    void replaceCol(unsigned int pos, const T& value);
+    void replaceCol(unsigned int pos, const ERVec<T>& col);
+    void replaceCol(unsigned int pos, unsigned int n, const ERMatrix& cols);
 
     /// Keeps the rows (columns) before pos and answers those from pos on. A part with none of them
     /// is 0 by 0.
-    ERMatrix splitAtRow(unsigned pos);
-    ERMatrix splitAtCol(unsigned pos);
+    ERMatrix splitAtRow(unsigned int pos);
+    ERMatrix splitAtCol(unsigned int pos);
 
     void reverseRows();  ///< the last row becomes the first
     void reverseCols();  ///< the last column becomes the first
@@ -109,12 +114,12 @@ public:
 
 private:
     int stride() const { return static_cast<int>(cols_); }
-    T* openRows(unsigned pos, unsigned n, unsigned width);
-    T* openCols(unsigned pos, unsigned n, unsigned height);
+    T* openRows(unsigned int pos, unsigned int n, unsigned int width);
+    T* openCols(unsigned int pos, unsigned int n, unsigned int height);
     void becomeEmpty();
 
-    unsigned cols_ = 0;
-    unsigned rows_ = 0;
+    unsigned int cols_ = 0;
+    unsigned int rows_ = 0;
 };
 
 template <class T>

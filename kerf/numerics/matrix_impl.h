@@ -12,20 +12,20 @@ namespace kerf::QuickAlgebra {
 
 /// Whether extents read from a file describe that many elements. Without elements one extent may
 /// still be positive, but no larger than a loop over it can bear.
-inline bool isShapeOf(std::uint64_t length, unsigned rows, unsigned cols) {
-    constexpr unsigned largestEmptyExtent = 0xFFFF;
+inline bool isShapeOf(std::uint64_t length, unsigned int rows, unsigned int cols) {
+    constexpr unsigned int largestEmptyExtent = 0xFFFF;
     if (length == 0 && std::max(rows, cols) > largestEmptyExtent) return false;
     return std::uint64_t{rows} * cols == length;
 }
 
 template <class T>
-ERMatrix<T>::ERMatrix(unsigned rows, unsigned cols)
+ERMatrix<T>::ERMatrix(unsigned int rows, unsigned int cols)
     : Base(typename Base::Owning{ERVecRep::getRep(Base::bytesOf(std::uint64_t{rows} * cols), 0)}),
       cols_(cols),
       rows_(rows) {}
 
 template <class T>
-ERMatrix<T>::ERMatrix(unsigned rows, unsigned cols, const T& value)
+ERMatrix<T>::ERMatrix(unsigned int rows, unsigned int cols, const T& value)
     : Base(typename Base::Owning{ERVecRep::getRep(Base::bytesOf(std::uint64_t{rows} * cols), 1)}),
       cols_(cols),
       rows_(rows) {
@@ -33,20 +33,20 @@ ERMatrix<T>::ERMatrix(unsigned rows, unsigned cols, const T& value)
 }
 
 template <class T>
-ERMatrix<T>::ERMatrix(const T* values, unsigned rows, unsigned cols)
+ERMatrix<T>::ERMatrix(const T* values, unsigned int rows, unsigned int cols)
     : Base(typename Base::Owning{ERVecRep::getRep(static_cast<const void*>(values),
                                                   Base::bytesOf(std::uint64_t{rows} * cols))}),
       cols_(cols),
       rows_(rows) {}
 
 template <class T>
-ERMatrix<T>::ERMatrix(const ERVec<T>& values, unsigned rows, unsigned cols)
+ERMatrix<T>::ERMatrix(const ERVec<T>& values, unsigned int rows, unsigned int cols)
     : Base(values), cols_(cols), rows_(rows) {
     KERF_CHECK_ARGUMENT(std::uint64_t{rows} * cols == values.length());
 }
 
 template <class T>
-ERMatrix<T>::ERMatrix(const ERSlice<T>& values, unsigned rows, unsigned cols)
+ERMatrix<T>::ERMatrix(const ERSlice<T>& values, unsigned int rows, unsigned int cols)
     : Base(values), cols_(cols), rows_(rows) {
     KERF_CHECK_ARGUMENT(std::uint64_t{rows} * cols == values.length());
 }
@@ -58,7 +58,7 @@ ERMatrix<T>& ERMatrix<T>::operator=(const T& value) {
 }
 
 template <class T>
-void ERMatrix<T>::swapRow(unsigned a, unsigned b) {
+void ERMatrix<T>::swapRow(unsigned int a, unsigned int b) {
     KERF_CHECK_ARGUMENT(a < rows_ && b < rows_);
     if (a == b) return;
     ERSlice<T> first = row(a);
@@ -66,7 +66,7 @@ void ERMatrix<T>::swapRow(unsigned a, unsigned b) {
 }
 
 template <class T>
-void ERMatrix<T>::swapCol(unsigned a, unsigned b) {
+void ERMatrix<T>::swapCol(unsigned int a, unsigned int b) {
     KERF_CHECK_ARGUMENT(a < cols_ && b < cols_);
     if (a == b) return;
     ERSlice<T> first = col(a);
@@ -84,7 +84,7 @@ void ERMatrix<T>::becomeEmpty() {
 // Opens n undefined rows of that width, which must be the matrix's own unless it has no elements.
 // Answers where the first of them starts.
 template <class T>
-T* ERMatrix<T>::openRows(unsigned pos, unsigned n, unsigned width) {
+T* ERMatrix<T>::openRows(unsigned int pos, unsigned int n, unsigned int width) {
     if (this->length() == 0 && width != cols_) {
         pos = rows_ = 0;
         cols_ = width;
@@ -99,7 +99,7 @@ T* ERMatrix<T>::openRows(unsigned pos, unsigned n, unsigned width) {
 // Opens n undefined columns of that height, as openRows does. Answers the first of them in row 0;
 // the next row has it cols() elements on.
 template <class T>
-T* ERMatrix<T>::openCols(unsigned pos, unsigned n, unsigned height) {
+T* ERMatrix<T>::openCols(unsigned int pos, unsigned int n, unsigned int height) {
     if (this->length() == 0 && height != rows_) {
         pos = cols_ = 0;
         rows_ = height;
@@ -114,39 +114,40 @@ T* ERMatrix<T>::openCols(unsigned pos, unsigned n, unsigned height) {
 }
 
 template <class T>
-void ERMatrix<T>::insertRow(unsigned pos, const T& value, unsigned n) {
+void ERMatrix<T>::insertRow(unsigned int pos, const T& value, unsigned int n) {
     const SavedElement<T> saved(value);
     T* const to = openRows(pos, n, cols_);
     fillElements(to, std::size_t{n} * cols_, saved.get());
 }
 
 template <class T>
-void ERMatrix<T>::insertRow(unsigned pos, const ERVec<T>& row) {
+void ERMatrix<T>::insertRow(unsigned int pos, const ERVec<T>& row) {
     const ERVec<T> values(row);  // keeps the block when it is this matrix's own
     gatherElements(openRows(pos, 1, values.length()), values.data(), 1, values.length());
 }
 
 template <class T>
-void ERMatrix<T>::insertRow(unsigned pos, const ERMatrix& rows) {
+void ERMatrix<T>::insertRow(unsigned int pos, const ERMatrix& rows) {
     const ERMatrix values(rows);
     if (values.rows() == 0) return;
     gatherElements(openRows(pos, values.rows(), values.cols()), values.data(), 1, values.length());
 }
 
 template <class T>
-void ERMatrix<T>::insertCol(unsigned pos, const T& value, unsigned n) {
+void ERMatrix<T>::insertCol(unsigned int pos, const T& value, unsigned int n) {
     const SavedElement<T> saved(value);
     T* to = openCols(pos, n, rows_);
-    for (unsigned r = 0; r < rows_; ++r) fillElements(to + std::size_t{r} * cols_, n, saved.get());
+    for (unsigned int r = 0; r < rows_; ++r)
+        fillElements(to + std::size_t{r} * cols_, n, saved.get());
 }
 
 template <class T>
-void ERMatrix<T>::insertCol(unsigned pos, const ERVec<T>& col) {
+void ERMatrix<T>::insertCol(unsigned int pos, const ERVec<T>& col) {
     insertCol(pos, ERMatrix(col, col.length(), 1));
 }
 
 template <class T>
-void ERMatrix<T>::insertCol(unsigned pos, const ERMatrix& cols) {
+void ERMatrix<T>::insertCol(unsigned int pos, const ERMatrix& cols) {
     const ERMatrix values(cols);
     if (values.cols() == 0) return;
     const std::size_t width = values.cols();
@@ -156,7 +157,7 @@ void ERMatrix<T>::insertCol(unsigned pos, const ERMatrix& cols) {
 }
 
 template <class T>
-void ERMatrix<T>::deleteRow(unsigned pos, unsigned n) {
+void ERMatrix<T>::deleteRow(unsigned int pos, unsigned int n) {
     KERF_CHECK_ARGUMENT(pos <= rows_);
     n = std::min(n, rows_ - pos);
     if (n == 0) return;
@@ -169,7 +170,7 @@ void ERMatrix<T>::deleteRow(unsigned pos, unsigned n) {
 }
 
 template <class T>
-void ERMatrix<T>::deleteCol(unsigned pos, unsigned n) {
+void ERMatrix<T>::deleteCol(unsigned int pos, unsigned int n) {
     KERF_CHECK_ARGUMENT(pos <= cols_);
     n = std::min(n, cols_ - pos);
     if (n == 0) return;
@@ -182,19 +183,19 @@ void ERMatrix<T>::deleteCol(unsigned pos, unsigned n) {
 }
 
 template <class T>
-void ERMatrix<T>::replaceRow(unsigned pos, const T& value) {
+void ERMatrix<T>::replaceRow(unsigned int pos, const T& value) {
     KERF_CHECK_ARGUMENT(pos < rows_);
     row(pos) = value;
 }
 
 template <class T>
-void ERMatrix<T>::replaceRow(unsigned pos, const ERVec<T>& row) {
+void ERMatrix<T>::replaceRow(unsigned int pos, const ERVec<T>& row) {
     KERF_CHECK_ARGUMENT(pos < rows_ && row.length() == cols_);
     this->row(pos) = ERVec<T>(row);
 }
 
 template <class T>
-void ERMatrix<T>::replaceRow(unsigned pos, unsigned n, const ERMatrix& rows) {
+void ERMatrix<T>::replaceRow(unsigned int pos, unsigned int n, const ERMatrix& rows) {
     KERF_CHECK_ARGUMENT(pos <= rows_);
     const ERMatrix values(rows);
     n = std::min(n, rows_ - pos);
@@ -208,26 +209,26 @@ void ERMatrix<T>::replaceRow(unsigned pos, unsigned n, const ERMatrix& rows) {
 }
 
 template <class T>
-void ERMatrix<T>::replaceCol(unsigned pos, const T& value) {
+void ERMatrix<T>::replaceCol(unsigned int pos, const T& value) {
     KERF_CHECK_ARGUMENT(pos < cols_);
     col(pos) = value;
 }
 
 template <class T>
-void ERMatrix<T>::replaceCol(unsigned pos, const ERVec<T>& col) {
+void ERMatrix<T>::replaceCol(unsigned int pos, const ERVec<T>& col) {
     KERF_CHECK_ARGUMENT(pos < cols_ && col.length() == rows_);
     this->col(pos) = ERVec<T>(col);
 }
 
 template <class T>
-void ERMatrix<T>::replaceCol(unsigned pos, unsigned n, const ERMatrix& cols) {
+void ERMatrix<T>::replaceCol(unsigned int pos, unsigned int n, const ERMatrix& cols) {
     const ERMatrix values(cols);
     deleteCol(pos, n);
     insertCol(pos, values);
 }
 
 template <class T>
-ERMatrix<T> ERMatrix<T>::splitAtRow(unsigned pos) {
+ERMatrix<T> ERMatrix<T>::splitAtRow(unsigned int pos) {
     KERF_CHECK_ARGUMENT(pos <= rows_);
     ERMatrix behind(*this);
     behind.deleteRow(0, pos);
@@ -236,7 +237,7 @@ ERMatrix<T> ERMatrix<T>::splitAtRow(unsigned pos) {
 }
 
 template <class T>
-ERMatrix<T> ERMatrix<T>::splitAtCol(unsigned pos) {
+ERMatrix<T> ERMatrix<T>::splitAtCol(unsigned int pos) {
     KERF_CHECK_ARGUMENT(pos <= cols_);
     ERMatrix behind(*this);
     behind.deleteCol(0, pos);
@@ -246,7 +247,7 @@ ERMatrix<T> ERMatrix<T>::splitAtCol(unsigned pos) {
 
 template <class T>
 void ERMatrix<T>::reverseRows() {
-    for (unsigned r = 0; r < rows_ / 2; ++r) swapRow(r, rows_ - 1 - r);
+    for (unsigned int r = 0; r < rows_ / 2; ++r) swapRow(r, rows_ - 1 - r);
 }
 
 template <class T>
@@ -261,7 +262,7 @@ T ERMatrix<T>::trace() const requires HasSum<T> {
     const ERSlice<T> onDiagonal = diagonal();
     T sum = T();
     if constexpr (HasSum<T>)
-        for (unsigned i = 0; i < onDiagonal.length(); ++i) sum += onDiagonal[i];
+        for (unsigned int i = 0; i < onDiagonal.length(); ++i) sum += onDiagonal[i];
     return sum;
 }
 
@@ -279,8 +280,8 @@ void ERMatrix<T>::saveGuts(ERFile& file) const {
 
 template <class T>
 void ERMatrix<T>::restoreGuts(ERFile& file) {
-    unsigned rows = 0;
-    unsigned cols = 0;
+    unsigned int rows = 0;
+    unsigned int cols = 0;
     const bool isWhole = file.Read(rows) && file.Read(cols);
     Base::restoreGuts(file);
     rows_ = rows;
@@ -292,9 +293,9 @@ template <class T>
 void ERMatrix<T>::printOn(std::ostream& os) const {
     os << "( r= " << rows_ << ", c=" << cols_ << ")" << std::endl;
     os << std::setprecision(7) << std::fixed << std::left << std::showpos;
-    for (unsigned r = 0; r < rows_; ++r) {
+    for (unsigned int r = 0; r < rows_; ++r) {
         os << "[";
-        for (unsigned c = 0; c < cols_; ++c) {
+        for (unsigned int c = 0; c < cols_; ++c) {
             os << std::setw(12);
             printElement(os, (*this)(r, c));
             os << " ";
@@ -305,13 +306,13 @@ void ERMatrix<T>::printOn(std::ostream& os) const {
 
 template <class T>
 void ERMatrix<T>::readFrom(std::istream& is) {
-    unsigned cols = 0;
-    unsigned rows = 0;
+    unsigned int cols = 0;
+    unsigned int rows = 0;
     is >> cols >> rows;
     char separator;
-    for (unsigned r = 0; is && r < rows; ++r) {
+    for (unsigned int r = 0; is && r < rows; ++r) {
         is >> separator;
-        for (unsigned c = 0; is && c < cols; ++c) is >> separator;
+        for (unsigned int c = 0; is && c < cols; ++c) is >> separator;
     }
 }
 

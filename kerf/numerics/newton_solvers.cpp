@@ -152,26 +152,26 @@ NewtonStatus stepTest(double step, double size, double tol) {
 // after 1, 2, 3 ... iterations.
 class RoundSkipper {
 public:
-    explicit RoundSkipper(double start) : earlier(start) {}
+    explicit RoundSkipper(double start) : earlier_(start) {}
 
     // How many of the next `remaining` iterations need not be made, x being the latest iterate.
     int skipped(double x, int remaining) {
-        ++age;
+        ++age_;
         // By its bits: of a zero the sign counts too.
-        if (std::bit_cast<std::uint64_t>(x) == std::bit_cast<std::uint64_t>(earlier))
-            return remaining - remaining % age;
-        if (age == oldest) {
-            earlier = x;
-            age = 0;
-            ++oldest;
+        if (std::bit_cast<std::uint64_t>(x) == std::bit_cast<std::uint64_t>(earlier_))
+            return remaining - remaining % age_;
+        if (age_ == oldest_) {
+            earlier_ = x;
+            age_ = 0;
+            ++oldest_;
         }
         return 0;
     }
 
 private:
-    double earlier;
-    int age = 0;  // of `earlier`, in iterations
-    int oldest = 1;
+    double earlier_;
+    int age_ = 0;  // of `earlier`, in iterations
+    int oldest_ = 1;
 };
 
 }  // namespace
@@ -224,32 +224,32 @@ ERVec<double> ERCNewtonH::f(const ERVec<double>& x) {
 int ERCNewtonH::HDomaine(const ERVec<double>&) { return 1; }
 
 ERNewtonSSolver::ERNewtonSSolver(ERCNewtonS* given, double flatness, int maxIter)
-    : status(running), problem(given), maxIterations(maxIter), epsilon(flatness) {}
+    : status_(running), problem_(given), maxIterations_(maxIter), epsilon_(flatness) {}
 
 int ERNewtonSSolver::Resoudre(double& x, double tol) {
     double at = x;
-    double value = problem->f(at);
-    iterations = 0;
-    status = running;
+    double value = problem_->f(at);
+    iterations_ = 0;
+    status_ = running;
     RoundSkipper rounds(at);
-    while (iterations < maxIterations && status == running) {
-        derivative = problem->fprime(at);
-        if (!isSteep(value, derivative, epsilon)) {
-            status = flatDerivative;
+    while (iterations_ < maxIterations_ && status_ == running) {
+        derivative_ = problem_->fprime(at);
+        if (!isSteep(value, derivative_, epsilon_)) {
+            status_ = flatDerivative;
             break;
         }
-        ++iterations;
+        ++iterations_;
         const double from = at;
-        at -= value / derivative;
-        value = problem->f(at);
+        at -= value / derivative_;
+        value = problem_->f(at);
         if (std::fabs(value) <= tol)
-            status = stepTest(std::fabs(from - at), std::fabs(at), tol);
-        else if (skipsRounds)
-            iterations += rounds.skipped(at, maxIterations - iterations);
+            status_ = stepTest(std::fabs(from - at), std::fabs(at), tol);
+        else if (skipsRounds_)
+            iterations_ += rounds.skipped(at, maxIterations_ - iterations_);
     }
-    previousX = x = at;
-    lastF = value;
-    return status;
+    previousX_ = x = at;
+    lastF_ = value;
+    return status_;
 }
 
 NewtonVectorSolver::NewtonVectorSolver(unsigned int dimension, double flatness, int maxIter)
@@ -277,24 +277,24 @@ std::optional<ERLUDecomp> NewtonVectorSolver::factorDerivative(ERCNewtonM& probl
 
 ERNewtonMSolver::ERNewtonMSolver(ERCNewtonM* given, unsigned int dimension, double flatness,
                                  int maxIter)
-    : NewtonVectorSolver(dimension, flatness, maxIter), problem(given) {}
+    : NewtonVectorSolver(dimension, flatness, maxIter), problem_(given) {}
 
 int ERNewtonMSolver::Resoudre(ERVec<double>& x, double tol) {
     previousX = x;
-    residual = problem->f(x);
+    residual = problem_->f(x);
     double size = norm(residual);
     double best = std::numeric_limits<double>::max();
     int growths = 0;
     iterations = 0;
     status = running;
     while (iterations < maxIterations && status == running) {
-        const std::optional<ERLUDecomp> lu = factorDerivative(*problem, x, size);
+        const std::optional<ERLUDecomp> lu = factorDerivative(*problem_, x, size);
         if (!lu) break;
         ++iterations;
         const ERVec<double> step = solve(*lu, residual);
         KERF_CHECK_ARGUMENT(step.length() == x.length());
         moveAlong(x, previousX, -1.0, step);
-        residual = problem->f(x);
+        residual = problem_->f(x);
         size = norm(residual);
         if (best < size && tol * growthScale < size && ++growths > forgivenGrowths) status = failed;
         best = size;
@@ -306,18 +306,18 @@ int ERNewtonMSolver::Resoudre(ERVec<double>& x, double tol) {
 }
 
 ERNewtonMSolverEx::ERNewtonMSolverEx(ERCNewtonH* given, double flatness, int maxIter)
-    : NewtonVectorSolver(0, flatness, maxIter), problem(given) {}
+    : NewtonVectorSolver(0, flatness, maxIter), problem_(given) {}
 
 int ERNewtonMSolverEx::Resoudre(ERVec<double>& x, double tol) {
     previousX = x;
     double value = 0.0;
     const bool usable = evaluate(x, value);
-    residual = problem->f(x);
+    residual = problem_->f(x);
     double size = norm(residual);
     iterations = 0;
     status = running;
     while (iterations < maxIterations && status == running) {
-        const std::optional<ERLUDecomp> lu = factorDerivative(*problem, x, size);
+        const std::optional<ERLUDecomp> lu = factorDerivative(*problem_, x, size);
         if (!lu) break;
 
         ERVec<double> direction = solve(*lu, residual);
@@ -340,7 +340,7 @@ int ERNewtonMSolverEx::Resoudre(ERVec<double>& x, double tol) {
             break;
         }
         ++iterations;
-        residual = problem->f(x);
+        residual = problem_->f(x);
         size = norm(residual);
         if (size <= tol) status = stepTest(distance(x, previousX), norm(x), tol);
         if (status == running && x == previousX) status = convergedOnFunction;
@@ -351,8 +351,8 @@ int ERNewtonMSolverEx::Resoudre(ERVec<double>& x, double tol) {
 
 // False, with H not called or its value not finite, where H is of no use.
 bool ERNewtonMSolverEx::evaluate(const ERVec<double>& x, double& value) {
-    if (problem->HDomaine(x) == 0) return false;
-    value = problem->H(x);
+    if (problem_->HDomaine(x) == 0) return false;
+    value = problem_->H(x);
     return std::isfinite(value);
 }
 
@@ -388,12 +388,12 @@ bool ERNewtonMSolverEx::search(const ERVec<double>& from, double start, const ER
 
 ERNewtonMSolverWithBackTracking::ERNewtonMSolverWithBackTracking(ERCNewtonM* given,
                                                                  double tolerance, int maxIter)
-    : NewtonVectorSolver(0, tolerance, maxIter), problem(given) {}
+    : NewtonVectorSolver(0, tolerance, maxIter), problem_(given) {}
 
 int ERNewtonMSolverWithBackTracking::Resoudre(ERVec<double>& x, double tol) {
     previousX = x;
     iterations = 0;
-    residual = problem->f(x);
+    residual = problem_->f(x);
     double merit = 0.5 * dot(residual, residual);
     if (magnitudesBelow(residual, startTolerance)) return status = functionConverged;
 
@@ -401,7 +401,7 @@ int ERNewtonMSolverWithBackTracking::Resoudre(ERVec<double>& x, double tol) {
     const double stepMax = longestSearch * std::max(norm(x), dimension);
     while (iterations < maxIterations) {
         ++iterations;
-        jacobian = problem->fprime(x);
+        jacobian = problem_->fprime(x);
         const ERLUDecomp lu(jacobian);
         if (lu.isSingular()) return status = stationary;
         ERVec<double> gradient = transposedProduct(jacobian, residual);
@@ -440,7 +440,7 @@ int ERNewtonMSolverWithBackTracking::LinearSearch(ERVec<double>& xold, double fo
     double formerF = 0.0;
     for (bool first = true;; first = false) {
         moveAlong(x, xold, lambda, p);
-        residual = problem->f(x);
+        residual = problem_->f(x);
         f = 0.5 * dot(residual, residual);
         // Also the end of a search among infinities and NaNs.
         if (!(lambda >= smallest && lambda > 0.0)) {

@@ -93,21 +93,21 @@ public:
 
     /// Counts iterations that would go round earlier ones up to the limit without making them: for
     /// an f and an fprime that depend on x alone. The result is the same.
-    void skipRounds() { skipsRounds = true; }
+    void skipRounds() { skipsRounds_ = true; }
 
-    int GetStatus() const { return status; }  ///< of the last Resoudre
-    int GetIterations() const { return iterations; }
+    int GetStatus() const { return status_; }  ///< of the last Resoudre
+    int GetIterations() const { return iterations_; }
 
 private:
-    int status;
-    int iterations = 0;
-    ERCNewtonS* problem;
-    double previousX = 0.0;
-    double lastF = 0.0;
-    int maxIterations;
-    double derivative = 0.0;
-    double epsilon;
-    bool skipsRounds = false;
+    int status_;
+    int iterations_ = 0;
+    ERCNewtonS* problem_;
+    double previousX_ = 0.0;
+    double lastF_ = 0.0;
+    int maxIterations_;
+    double derivative_ = 0.0;
+    double epsilon_;
+    bool skipsRounds_ = false;
 };
 
 /// What the solvers of several unknowns have in common: settings, and the record of the last run.
@@ -151,7 +151,7 @@ public:
     int Resoudre(ERVec<double>& x, double tol);
 
 private:
-    ERCNewtonM* problem;
+    ERCNewtonM* problem_;
 };
 
 /// Minimises H by damped Newton steps: the residual is the gradient, the Jacobian the Hessian.
@@ -175,7 +175,7 @@ private:
     bool search(const ERVec<double>& from, double start, const ERVec<double>& d, double slope,
                 double longest2, ERVec<double>& x, double& value);
 
-    ERCNewtonH* problem;
+    ERCNewtonH* problem_;
 };
 
 /// Newton's method for a system made globally convergent by a line search on M = f . f / 2, after
@@ -203,7 +203,7 @@ public:
                      ERVec<double>& x, double& f, double stepMax);
 
 private:
-    ERCNewtonM* problem;
+    ERCNewtonM* problem_;
 };
 
 }  // namespace kerf

@@ -25,9 +25,9 @@ class ERSlice {
 public:
     ERSlice(const ERVec<T>& vec);  ///< the whole of it
     /// The order of the last two differs from that of slice(); callers use both.
-    ERSlice(const ERVec<T>& vec, unsigned start, unsigned length, int stride);
+    ERSlice(const ERVec<T>& vec, unsigned int start, unsigned int length, int stride);
     /// A view of a view; start and stride are in elements of `view`.
-    ERSlice(const ERSlice& view, unsigned start, unsigned length, int stride);
+    ERSlice(const ERSlice& view, unsigned int start, unsigned int length, int stride);
     ERSlice(const ERSlice&) = default;
 
     /// Copies over the length of this view, in ascending order; `from` must be as long. Where both
@@ -36,23 +36,23 @@ public:
     ERSlice& operator=(const ERVec<T>& from);
     ERSlice& operator=(const T& value);  ///< fills
 
-    const T& operator[](unsigned i) const;
-    T& operator[](unsigned i);
-    const T& operator()(unsigned i) const { return (*this)[i]; }
-    T& operator()(unsigned i) { return (*this)[i]; }
+    const T& operator[](unsigned int i) const;
+    T& operator[](unsigned int i);
+    const T& operator()(unsigned int i) const { return (*this)[i]; }
+    T& operator()(unsigned int i) { return (*this)[i]; }
 
     /// The order of the last two differs from that of the constructor; callers use both.
-    const ERSlice slice(unsigned start, int stride, unsigned length) const {
+    const ERSlice slice(unsigned int start, int stride, unsigned int length) const {
         return ERSlice(*this, start, length, stride);
     }
-    ERSlice slice(unsigned start, int stride, unsigned length) {
+    ERSlice slice(unsigned int start, int stride, unsigned int length) {
         return ERSlice(*this, start, length, stride);
     }
 
-    unsigned base() const { return start_; }    ///< index of the first element in the vector
-    ERVec<T>* data() const { return parent_; }  ///< the vector
+    unsigned int base() const { return start_; }  ///< index of the first element in the vector
+    ERVec<T>* data() const { return parent_; }    ///< the vector
     int stride() const { return stride_; }
-    unsigned length() const { return length_; }
+    unsigned int length() const { return length_; }
 
     ERSliceIterator<T> begin() { return {first(), stride_, 0}; }
     ERSliceIterator<T> end() { return {first(), stride_, static_cast<std::ptrdiff_t>(length_)}; }
@@ -72,8 +72,8 @@ private:
     const T* constFirst() const;
 
     ERVec<T>* parent_;
-    unsigned start_;
-    unsigned length_;
+    unsigned int start_;
+    unsigned int length_;
     int stride_;
 };
 

@@ -49,7 +49,7 @@ class ERSimpleVec {
 
 public:
     ERSimpleVec() : ERSimpleVec(Owning{ERVecRep::empty()}) {}
-    explicit ERSimpleVec(unsigned n);  ///< n elements of zero bytes
+    explicit ERSimpleVec(unsigned int n);  ///< n elements of zero bytes
     ERSimpleVec(const ERSimpleVec& other) : ERSimpleVec(Owning{other.block()}) {}
     ERSimpleVec& operator=(const ERSimpleVec& other) {
         setblock(other.block());
@@ -57,17 +57,17 @@ public:
     }
     virtual ~ERSimpleVec() { block()->removeReference(); }
 
-    unsigned length() const { return block()->length / size; }
-    unsigned capacity() const { return block()->capacity / size; }
+    unsigned int length() const { return block()->length / size; }
+    unsigned int capacity() const { return block()->capacity / size; }
     /// Reallocates to the capacity of a fresh vector of n elements, if n exceeds the length and is
     /// not the capacity already. Answers the resulting capacity.
-    unsigned capacity(unsigned n);
+    unsigned int capacity(unsigned int n);
 
-    const T& operator[](unsigned i) const {
+    const T& operator[](unsigned int i) const {
         KERF_CHECK_ARGUMENT(i < length());
         return data_[i];
     }
-    T& operator[](unsigned i) {
+    T& operator[](unsigned int i) {
         KERF_CHECK_ARGUMENT(i < length());
         return data()[i];
     }
@@ -86,28 +86,28 @@ public:
     void cow() {
         if (block()->isShared()) clone();
     }
-    void cow(unsigned n);    ///< clones if shared or without room for n elements; keeps them all
-    void clone();            ///< takes a private copy
-    void clone(unsigned n);  ///< takes a private copy with room for n elements, cut to n
+    void cow(unsigned int n);  ///< clones if shared or without room for n elements; keeps them all
+    void clone();              ///< takes a private copy
+    void clone(unsigned int n);  ///< takes a private copy with room for n elements, cut to n
 
     /// Appends `count` copies of the value, which may be an element of this vector.
-    void append(const T& value, unsigned count = 1) {
+    void append(const T& value, unsigned int count = 1) {
         ERVecRep* const rep = block();
-        const unsigned used = rep->length;
+        const unsigned int used = rep->length;
         if (count != 1 || rep->isShared() || rep->capacity - used < size)
             return appendGrowing(value, count);
         std::memcpy(rep->bytes() + used, &value, size);
         rep->setLength(used + size);
     }
-    void resize(unsigned n, const T& fill = T());  ///< grows with fill, or cuts
+    void resize(unsigned int n, const T& fill = T());  ///< grows with fill, or cuts
     /// Sets the length to n <= capacity(). Elements that this uncovers are undefined.
-    void troncat(unsigned n);
-    void removeLast(unsigned n);
-    void remove(unsigned pos, unsigned n);  ///< cut to the elements there are
-    void remove(unsigned pos) { remove(pos, 1); }
-    T removeAt(unsigned pos);  ///< answers what was there
+    void troncat(unsigned int n);
+    void removeLast(unsigned int n);
+    void remove(unsigned int pos, unsigned int n);  ///< cut to the elements there are
+    void remove(unsigned int pos) { remove(pos, 1); }
+    T removeAt(unsigned int pos);  ///< answers what was there
     /// Puts m elements from src, which may lie in this vector, in the place of the n at pos.
-    void replace(unsigned pos, unsigned n, const T* src, unsigned m);
+    void replace(unsigned int pos, unsigned int n, const T* src, unsigned int m);
     void clear();
 
     ERVecRep* block() const { return ERVecRep::ofData(data_); }
@@ -127,7 +127,7 @@ public:
     void printOn(std::ostream& os) const;
 
 protected:
-    static constexpr unsigned size = sizeof(T);
+    static constexpr unsigned int size = sizeof(T);
 
     // A block to become an owner of; a type of its own, so that 0 is a number of elements.
     struct Owning {
@@ -138,12 +138,12 @@ protected:
     }
 
     // The bytes of n elements; ERVecRep::maxBytes, of which no block is made, beyond 32 bits.
-    static unsigned bytesOf(std::uint64_t n);
-    void appendGrowing(const T& value, unsigned count);
+    static unsigned int bytesOf(std::uint64_t n);
+    void appendGrowing(const T& value, unsigned int count);
     // Replaces n elements by m undefined ones and answers where these are.
-    T* openGap(unsigned pos, unsigned n, unsigned m);
+    T* openGap(unsigned int pos, unsigned int n, unsigned int m);
     // Appends `count` undefined elements and answers where they are.
-    T* extend(unsigned count);
+    T* extend(unsigned int count);
 
 private:
     T* data_;
@@ -154,20 +154,20 @@ template <class T>
 class ERSimpleVec2 : public ERSimpleVec<T> {
 public:
     ERSimpleVec2() = default;
-    ERSimpleVec2(unsigned rows, unsigned cols);  ///< elements of zero bytes
+    ERSimpleVec2(unsigned int rows, unsigned int cols);  ///< elements of zero bytes
 
-    unsigned cols() const { return cols_; }
-    unsigned rows() const { return rows_; }
+    unsigned int cols() const { return cols_; }
+    unsigned int rows() const { return rows_; }
     /// Gives the grid another shape; elements keep their place in memory, new ones are zero bytes.
-    void setSize(unsigned rows, unsigned cols);
+    void setSize(unsigned int rows, unsigned int cols);
 
-    unsigned inVec(unsigned r, unsigned c) const { return cols_ * r + c; }
-    const T& operator()(unsigned r, unsigned c) const { return (*this)[inVec(r, c)]; }
-    T& operator()(unsigned r, unsigned c) { return (*this)[inVec(r, c)]; }
+    unsigned int inVec(unsigned int r, unsigned int c) const { return cols_ * r + c; }
+    const T& operator()(unsigned int r, unsigned int c) const { return (*this)[inVec(r, c)]; }
+    T& operator()(unsigned int r, unsigned int c) { return (*this)[inVec(r, c)]; }
 
 private:
-    unsigned cols_ = 0;
-    unsigned rows_ = 0;
+    unsigned int cols_ = 0;
+    unsigned int rows_ = 0;
 };
 
 /// The vector of the library: ERSimpleVec with slices, insertion and search.
@@ -177,18 +177,18 @@ class ERVec : public ERSimpleVec<T> {
 
 public:
     ERVec() = default;
-    explicit ERVec(unsigned n) : Base(n) {}  ///< n elements of zero bytes
-    ERVec(unsigned n, const T& value);
-    ERVec(const T* values, unsigned n);
+    explicit ERVec(unsigned int n) : Base(n) {}  ///< n elements of zero bytes
+    ERVec(unsigned int n, const T& value);
+    ERVec(const T* values, unsigned int n);
     ERVec(const ERSlice<T>& view);  ///< copies the elements
     ERVec(const ERVec&) = default;
     ERVec& operator=(const ERVec&) = default;
     ERVec& operator=(const T& value);  ///< fills all elements
 
-    const ERSlice<T> slice(unsigned start, int stride, unsigned length) const {
+    const ERSlice<T> slice(unsigned int start, int stride, unsigned int length) const {
         return ERSlice<T>(*this, start, length, stride);
     }
-    ERSlice<T> slice(unsigned start, int stride, unsigned length) {
+    ERSlice<T> slice(unsigned int start, int stride, unsigned int length) {
         return ERSlice<T>(*this, start, length, stride);
     }
     const ERSlice<T> reversed() const { return slice(this->length() - 1, -1, this->length()); }
@@ -203,25 +203,25 @@ public:
 
     using Base::append;
     void append(const ERSlice<T>& values);
-    void insertAt(const ERSlice<T>& values, unsigned pos);
-    void insertAt(unsigned pos, const T& value, unsigned count = 1);
+    void insertAt(const ERSlice<T>& values, unsigned int pos);
+    void insertAt(unsigned int pos, const T& value, unsigned int count = 1);
     using Base::replace;
-    void replace(unsigned pos, unsigned n, const ERVec& values);
-    void replace(unsigned pos, unsigned n, const ERSlice<T>& values);
-    void replace(unsigned pos, unsigned n, const T& value, unsigned count);
-    void removeFirst(unsigned n) { this->remove(0, n); }
+    void replace(unsigned int pos, unsigned int n, const ERVec& values);
+    void replace(unsigned int pos, unsigned int n, const ERSlice<T>& values);
+    void replace(unsigned int pos, unsigned int n, const T& value, unsigned int count);
+    void removeFirst(unsigned int n) { this->remove(0, n); }
     void reverse();
 
     /// Opens gaps of `gap` undefined elements at pos, pos + period ...: one for each whole period
     /// that the vector has. period > 0.
-    void polyInsert(unsigned pos, unsigned gap, unsigned period);
+    void polyInsert(unsigned int pos, unsigned int gap, unsigned int period);
     /// Removes `gap` elements at pos, pos + period ... to the end. period > 0, gap <= period.
-    void polyRemove(unsigned pos, unsigned gap, unsigned period);
+    void polyRemove(unsigned int pos, unsigned int gap, unsigned int period);
 
     /// The index of the first or last element that compares equal to value, exactly; 0xFFFFFFFF
     /// when there is none.
-    unsigned findFirst(const T& value) const requires HasEquality<T>;
-    unsigned findLast(const T& value) const requires HasEquality<T>;
+    unsigned int findFirst(const T& value) const requires HasEquality<T>;
+    unsigned int findLast(const T& value) const requires HasEquality<T>;
 
     /// Whether the lengths are the same and all elements equal, without tolerance. Vectors that
     /// share their block are equal even where an element, like a NaN, differs from itself: callers
@@ -232,7 +232,7 @@ protected:
     using Base::Base;
 
     /// Sets `length` elements from start on, stride apart.
-    void init(const T& value, unsigned start, unsigned length, int stride);
+    void init(const T& value, unsigned int start, unsigned int length, int stride);
 
     friend class ERSlice<T>;
 };
@@ -247,25 +247,25 @@ template <class T>
 inline ERSlice<T>::ERSlice(const ERVec<T>& vec) : ERSlice(vec, 0, vec.length(), 1) {}
 
 template <class T>
-inline ERSlice<T>::ERSlice(const ERVec<T>& vec, unsigned start, unsigned length, int stride)
+inline ERSlice<T>::ERSlice(const ERVec<T>& vec, unsigned int start, unsigned int length, int stride)
     : parent_(const_cast<ERVec<T>*>(&vec)), start_(start), length_(length), stride_(stride) {}
 
 template <class T>
-inline ERSlice<T>::ERSlice(const ERSlice& view, unsigned start, unsigned length, int stride)
+inline ERSlice<T>::ERSlice(const ERSlice& view, unsigned int start, unsigned int length, int stride)
     : parent_(view.parent_),
-      start_(static_cast<unsigned>(view.stride_) * start + view.start_),
+      start_(static_cast<unsigned int>(view.stride_) * start + view.start_),
       length_(length),
       stride_(view.stride_ * stride) {}
 
 template <class T>
-inline const T& ERSlice<T>::operator[](unsigned i) const {
+inline const T& ERSlice<T>::operator[](unsigned int i) const {
     const ERVec<T>& vec = *parent_;
-    return vec[i * static_cast<unsigned>(stride_) + start_];
+    return vec[i * static_cast<unsigned int>(stride_) + start_];
 }
 
 template <class T>
-inline T& ERSlice<T>::operator[](unsigned i) {
-    return (*parent_)[i * static_cast<unsigned>(stride_) + start_];
+inline T& ERSlice<T>::operator[](unsigned int i) {
+    return (*parent_)[i * static_cast<unsigned int>(stride_) + start_];
 }
 
 template <class T>

@@ -59,7 +59,7 @@ void printElement(std::ostream& os, const T& element) {
 template <class Range>
 void printElements(std::ostream& os, const Range& range) {
     os << "(" << range.length() << ")[";
-    for (unsigned i = 0; i < range.length(); ++i) {
+    for (unsigned int i = 0; i < range.length(); ++i) {
         if (i > 0) os << ",";
         printElement(os, range[i]);
     }
@@ -67,21 +67,22 @@ void printElements(std::ostream& os, const Range& range) {
 }
 
 template <class T>
-ERSimpleVec<T>::ERSimpleVec(unsigned n) : ERSimpleVec(Owning{ERVecRep::getRep(bytesOf(n), 0)}) {}
+ERSimpleVec<T>::ERSimpleVec(unsigned int n)
+    : ERSimpleVec(Owning{ERVecRep::getRep(bytesOf(n), 0)}) {}
 
 template <class T>
-unsigned ERSimpleVec<T>::bytesOf(std::uint64_t n) {
-    return n > ERVecRep::maxBytes / size ? ERVecRep::maxBytes : static_cast<unsigned>(n * size);
+unsigned int ERSimpleVec<T>::bytesOf(std::uint64_t n) {
+    return n > ERVecRep::maxBytes / size ? ERVecRep::maxBytes : static_cast<unsigned int>(n * size);
 }
 
 template <class T>
-unsigned ERSimpleVec<T>::capacity(unsigned n) {
+unsigned int ERSimpleVec<T>::capacity(unsigned int n) {
     if (n > length() && n != capacity()) clone(n);
     return capacity();
 }
 
 template <class T>
-void ERSimpleVec<T>::cow(unsigned n) {
+void ERSimpleVec<T>::cow(unsigned int n) {
     if (block()->isShared() || capacity() < n) clone(std::max(n, length()));
 }
 
@@ -91,36 +92,36 @@ void ERSimpleVec<T>::clone() {
 }
 
 template <class T>
-void ERSimpleVec<T>::clone(unsigned n) {
-    const unsigned bytes = bytesOf(n);
+void ERSimpleVec<T>::clone(unsigned int n) {
+    const unsigned int bytes = bytesOf(n);
     ERVecRep* rep = ERVecRep::clone(block(), bytes);
     if (rep->length > bytes) rep->setLength(bytes);
     setblock(rep);
 }
 
 template <class T>
-T* ERSimpleVec<T>::extend(unsigned count) {
-    const unsigned old = length();
-    const unsigned bytes = bytesOf(std::uint64_t{old} + count);
+T* ERSimpleVec<T>::extend(unsigned int count) {
+    const unsigned int old = length();
+    const unsigned int bytes = bytesOf(std::uint64_t{old} + count);
     if (block()->isShared() || block()->capacity < bytes) setblock(ERVecRep::clone(block(), bytes));
     block()->setLength(bytes);
     return data_ + old;
 }
 
 template <class T>
-T* ERSimpleVec<T>::openGap(unsigned pos, unsigned n, unsigned m) {
+T* ERSimpleVec<T>::openGap(unsigned int pos, unsigned int n, unsigned int m) {
     setblock(ERVecRep::replace(block(), bytesOf(pos), bytesOf(n), nullptr, bytesOf(m)));
     return data_ + pos;
 }
 
 template <class T>
-void ERSimpleVec<T>::appendGrowing(const T& value, unsigned count) {
+void ERSimpleVec<T>::appendGrowing(const T& value, unsigned int count) {
     const SavedElement<T> saved(value);
     fillElements(extend(count), count, saved.get());
 }
 
 template <class T>
-void ERSimpleVec<T>::resize(unsigned n, const T& fill) {
+void ERSimpleVec<T>::resize(unsigned int n, const T& fill) {
     if (n > length())
         append(fill, n - length());
     else
@@ -128,7 +129,7 @@ void ERSimpleVec<T>::resize(unsigned n, const T& fill) {
 }
 
 template <class T>
-void ERSimpleVec<T>::troncat(unsigned n) {
+void ERSimpleVec<T>::troncat(unsigned int n) {
     if (n == length()) return;
     cow();
     KERF_CHECK_ARGUMENT(n <= capacity());
@@ -136,18 +137,18 @@ void ERSimpleVec<T>::troncat(unsigned n) {
 }
 
 template <class T>
-void ERSimpleVec<T>::removeLast(unsigned n) {
+void ERSimpleVec<T>::removeLast(unsigned int n) {
     KERF_CHECK_ARGUMENT(n <= length());
     troncat(length() - n);
 }
 
 template <class T>
-void ERSimpleVec<T>::remove(unsigned pos, unsigned n) {
+void ERSimpleVec<T>::remove(unsigned int pos, unsigned int n) {
     setblock(ERVecRep::replace(block(), bytesOf(pos), bytesOf(n), nullptr, 0));
 }
 
 template <class T>
-T ERSimpleVec<T>::removeAt(unsigned pos) {
+T ERSimpleVec<T>::removeAt(unsigned int pos) {
     KERF_CHECK_ARGUMENT(pos < length());
     T removed = data_[pos];
     remove(pos, 1);
@@ -155,7 +156,7 @@ T ERSimpleVec<T>::removeAt(unsigned pos) {
 }
 
 template <class T>
-void ERSimpleVec<T>::replace(unsigned pos, unsigned n, const T* src, unsigned m) {
+void ERSimpleVec<T>::replace(unsigned int pos, unsigned int n, const T* src, unsigned int m) {
     setblock(ERVecRep::replace(block(), bytesOf(pos), bytesOf(n), src, bytesOf(m)));
 }
 
@@ -176,7 +177,7 @@ void ERSimpleVec<T>::restoreGuts(ERFile& file) {
     ERVecRep* rep = ERVecRep::getRep(file);
     if (!rep) rep = ERVecRep::empty();
     setblock(rep);
-    const unsigned rest = rep->length % size;
+    const unsigned int rest = rep->length % size;
     if (rest > 0) rep->setLength(rep->length - rest);
 }
 
@@ -186,18 +187,19 @@ void ERSimpleVec<T>::printOn(std::ostream& os) const {
 }
 
 template <class T>
-ERSimpleVec2<T>::ERSimpleVec2(unsigned rows, unsigned cols)
+ERSimpleVec2<T>::ERSimpleVec2(unsigned int rows, unsigned int cols)
     : ERSimpleVec<T>(typename ERSimpleVec<T>::Owning{
           ERVecRep::getRep(ERSimpleVec<T>::bytesOf(std::uint64_t{rows} * cols), 0)}),
       cols_(cols),
       rows_(rows) {}
 
 template <class T>
-void ERSimpleVec2<T>::setSize(unsigned rows, unsigned cols) {
-    const unsigned bytes = this->bytesOf(std::uint64_t{rows} * cols);
-    const unsigned old = this->block()->length;
+void ERSimpleVec2<T>::setSize(unsigned int rows, unsigned int cols) {
+    const unsigned int bytes = this->bytesOf(std::uint64_t{rows} * cols);
+    const unsigned int old = this->block()->length;
     if (bytes > old) {
-        const unsigned added = static_cast<unsigned>(std::uint64_t{rows} * cols) - this->length();
+        const unsigned int added =
+            static_cast<unsigned int>(std::uint64_t{rows} * cols) - this->length();
         std::memset(static_cast<void*>(this->extend(added)), 0, bytes - old);
     } else {
         this->troncat(rows * cols);
@@ -207,13 +209,13 @@ void ERSimpleVec2<T>::setSize(unsigned rows, unsigned cols) {
 }
 
 template <class T>
-ERVec<T>::ERVec(unsigned n, const T& value)
+ERVec<T>::ERVec(unsigned int n, const T& value)
     : Base(typename Base::Owning{ERVecRep::getRep(Base::bytesOf(n), 1)}) {
     fillElements(this->data(), n, SavedElement<T>(value).get());
 }
 
 template <class T>
-ERVec<T>::ERVec(const T* values, unsigned n)
+ERVec<T>::ERVec(const T* values, unsigned int n)
     : Base(typename Base::Owning{
           ERVecRep::getRep(static_cast<const void*>(values), Base::bytesOf(n))}) {}
 
@@ -231,30 +233,30 @@ ERVec<T>& ERVec<T>::operator=(const T& value) {
 
 template <class T>
 void ERVec<T>::append(const ERSlice<T>& values) {
-    const unsigned n = values.length();
+    const unsigned int n = values.length();
     // A view of this vector finds its elements in the new block too, before the ones appended.
     T* const to = this->extend(n);
     gatherElements(to, values.constFirst(), values.stride(), n);
 }
 
 template <class T>
-void ERVec<T>::insertAt(const ERSlice<T>& values, unsigned pos) {
+void ERVec<T>::insertAt(const ERSlice<T>& values, unsigned int pos) {
     replace(pos, 0, values);
 }
 
 template <class T>
-void ERVec<T>::insertAt(unsigned pos, const T& value, unsigned count) {
+void ERVec<T>::insertAt(unsigned int pos, const T& value, unsigned int count) {
     replace(pos, 0, value, count);
 }
 
 template <class T>
-void ERVec<T>::replace(unsigned pos, unsigned n, const ERVec& values) {
+void ERVec<T>::replace(unsigned int pos, unsigned int n, const ERVec& values) {
     Base::replace(pos, n, values.data(), values.length());
 }
 
 template <class T>
-void ERVec<T>::replace(unsigned pos, unsigned n, const ERSlice<T>& values) {
-    const unsigned m = values.length();
+void ERVec<T>::replace(unsigned int pos, unsigned int n, const ERSlice<T>& values) {
+    const unsigned int m = values.length();
     if (values.stride() == 1) {
         Base::replace(pos, n, values.constFirst(), m);
     } else if (values.data() == this) {
@@ -266,7 +268,7 @@ void ERVec<T>::replace(unsigned pos, unsigned n, const ERSlice<T>& values) {
 }
 
 template <class T>
-void ERVec<T>::replace(unsigned pos, unsigned n, const T& value, unsigned count) {
+void ERVec<T>::replace(unsigned int pos, unsigned int n, const T& value, unsigned int count) {
     const SavedElement<T> saved(value);
     fillElements(this->openGap(pos, n, count), count, saved.get());
 }
@@ -278,29 +280,29 @@ void ERVec<T>::reverse() {
 }
 
 template <class T>
-void ERVec<T>::polyInsert(unsigned pos, unsigned gap, unsigned period) {
+void ERVec<T>::polyInsert(unsigned int pos, unsigned int gap, unsigned int period) {
     this->setblock(ERVecRep::polyInsert(this->block(), Base::bytesOf(pos), Base::bytesOf(gap),
                                         Base::bytesOf(period)));
 }
 
 template <class T>
-void ERVec<T>::polyRemove(unsigned pos, unsigned gap, unsigned period) {
+void ERVec<T>::polyRemove(unsigned int pos, unsigned int gap, unsigned int period) {
     this->cow();
     this->block()->polyRemove(Base::bytesOf(pos), Base::bytesOf(gap), Base::bytesOf(period));
 }
 
 template <class T>
-unsigned ERVec<T>::findFirst(const T& value) const requires HasEquality<T> {
+unsigned int ERVec<T>::findFirst(const T& value) const requires HasEquality<T> {
     const T* const elements = this->data();
-    for (unsigned i = 0; i < this->length(); ++i)
+    for (unsigned int i = 0; i < this->length(); ++i)
         if (areEqual(elements[i], value)) return i;
     return 0xFFFFFFFF;
 }
 
 template <class T>
-unsigned ERVec<T>::findLast(const T& value) const requires HasEquality<T> {
+unsigned int ERVec<T>::findLast(const T& value) const requires HasEquality<T> {
     const T* const elements = this->data();
-    for (unsigned i = this->length(); i-- > 0;)
+    for (unsigned int i = this->length(); i-- > 0;)
         if (areEqual(elements[i], value)) return i;
     return 0xFFFFFFFF;
 }
@@ -312,7 +314,7 @@ bool ERVec<T>::operator==(const ERVec& other) const requires HasEquality<T> {
 }
 
 template <class T>
-void ERVec<T>::init(const T& value, unsigned start, unsigned length, int stride) {
+void ERVec<T>::init(const T& value, unsigned int start, unsigned int length, int stride) {
     if (length == 0) return;
     const SavedElement<T> saved(value);
     T* const to = this->data() + start;
@@ -320,7 +322,7 @@ void ERVec<T>::init(const T& value, unsigned start, unsigned length, int stride)
         fillElements(to, length, saved.get());
         return;
     }
-    for (unsigned i = 0; i < length; ++i)
+    for (unsigned int i = 0; i < length; ++i)
         fillElements(to + std::ptrdiff_t{stride} * i, 1, saved.get());
 }
 

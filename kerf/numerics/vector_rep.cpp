@@ -13,17 +13,17 @@ namespace kerf::QuickAlgebra {
 
 namespace {
 
-unsigned initialBytes = 64;
-unsigned incrementBytes = 64;
-unsigned wasteBytes = 64;
+unsigned int initialBytes = 64;
+unsigned int incrementBytes = 64;
+unsigned int wasteBytes = 64;
 
 // memcpy and memmove do not take null, not even for 0 bytes.
 void copyBytes(void* to, const void* from, std::size_t bytes) {
     if (bytes > 0) std::memcpy(to, from, bytes);
 }
 
-unsigned toBytes(std::uint64_t size) {
-    return static_cast<unsigned>(std::min<std::uint64_t>(size, ERVecRep::maxBytes));
+unsigned int toBytes(std::uint64_t size) {
+    return static_cast<unsigned int>(std::min<std::uint64_t>(size, ERVecRep::maxBytes));
 }
 
 bool liesIn(const ERVecRep& rep, const void* p) {
@@ -47,23 +47,25 @@ struct GiveBack {
 // time can lose steps; from here those never add up to an end of the range.
 constinit EmptyBlock globalEmptyBlock = {{{{0x40000000}, 0, 0, globalEmptyBlock.behind}}, {}};
 
-unsigned ERVecRep::initialCapacity(unsigned bytes) { return std::exchange(initialBytes, bytes); }
-unsigned ERVecRep::getInitialCapacity() { return initialBytes; }
-unsigned ERVecRep::resizeIncrement(unsigned bytes) {
+unsigned int ERVecRep::initialCapacity(unsigned int bytes) {
+    return std::exchange(initialBytes, bytes);
+}
+unsigned int ERVecRep::getInitialCapacity() { return initialBytes; }
+unsigned int ERVecRep::resizeIncrement(unsigned int bytes) {
     KERF_CHECK_ARGUMENT(bytes > 0);
     return std::exchange(incrementBytes, bytes);
 }
-unsigned ERVecRep::getResizeIncrement() { return incrementBytes; }
-unsigned ERVecRep::maxWaste(unsigned bytes) { return std::exchange(wasteBytes, bytes); }
-unsigned ERVecRep::getMaxWaste() { return wasteBytes; }
+unsigned int ERVecRep::getResizeIncrement() { return incrementBytes; }
+unsigned int ERVecRep::maxWaste(unsigned int bytes) { return std::exchange(wasteBytes, bytes); }
+unsigned int ERVecRep::getMaxWaste() { return wasteBytes; }
 
-unsigned ERVecRep::adjustCapacity(unsigned n) {
+unsigned int ERVecRep::adjustCapacity(unsigned int n) {
     if (n <= initialBytes) return initialBytes;
     return (incrementBytes - initialBytes + n - 1) / incrementBytes * incrementBytes + initialBytes;
 }
 
-ERVecRep* ERVecRep::getRep(unsigned bytes, int noInit) {
-    const unsigned room = adjustCapacity(bytes);
+ERVecRep* ERVecRep::getRep(unsigned int bytes, int noInit) {
+    const unsigned int room = adjustCapacity(bytes);
     if (bytes == maxBytes || room < bytes) return nullptr;
     ERVecRepCache* cache = threadsCache();
     ERVecBlock* block = cache ? cache->getRep(room) : nullptr;
@@ -73,7 +75,7 @@ ERVecRep* ERVecRep::getRep(unsigned bytes, int noInit) {
     if (!noInit) {
         // Of a fixed size for the many small blocks, where the room behind the length is zeroed
         // too.
-        constexpr unsigned small = 64;
+        constexpr unsigned int small = 64;
         if (bytes <= small && room >= small)
             std::memset(block->data, 0, small);
         else
@@ -82,13 +84,13 @@ ERVecRep* ERVecRep::getRep(unsigned bytes, int noInit) {
     return static_cast<ERVecRep*>(block);
 }
 
-ERVecRep* ERVecRep::getRep(const void* src, unsigned bytes) {
+ERVecRep* ERVecRep::getRep(const void* src, unsigned int bytes) {
     ERVecRep* rep = getRep(bytes, 1);
     if (rep) rep->initWithVector(0, src, bytes);
     return rep;
 }
 
-ERVecRep* ERVecRep::getRep(unsigned count, unsigned elementSize, const void* value) {
+ERVecRep* ERVecRep::getRep(unsigned int count, unsigned int elementSize, const void* value) {
     ERVecRep* rep = getRep(toBytes(std::uint64_t{count} * elementSize), 1);
     if (rep) rep->initWithValue(0, count, elementSize, value);
     return rep;
@@ -98,13 +100,13 @@ ERVecRep* ERVecRep::getRep(ERFile& file) {
     int stored = 0;
     if (!file.Read(stored) || stored < 0 || static_cast<ERULong>(stored) > file.remaining())
         stored = 0;
-    const auto bytes = static_cast<unsigned>(stored);
+    const auto bytes = static_cast<unsigned int>(stored);
     std::unique_ptr<ERVecRep, GiveBack> rep(getRep(bytes, 1));  // the file may throw
     if (rep && bytes > 0 && !file.Read(rep->bytes(), bytes)) rep->setLength(0);
     return rep.release();
 }
 
-ERVecRep* ERVecRep::clone(const ERVecRep* from, unsigned bytes) {
+ERVecRep* ERVecRep::clone(const ERVecRep* from, unsigned int bytes) {
     ERVecRep* rep = getRep(bytes, 1);
     if (!rep) return nullptr;
     copyBytes(rep->data, from->data, std::min(bytes, from->length));
@@ -114,12 +116,12 @@ ERVecRep* ERVecRep::clone(const ERVecRep* from, unsigned bytes) {
 
 ERVecRep* ERVecRep::duplicate() const { return clone(this, length); }
 
-ERVecRep* ERVecRep::replace(ERVecRep* rep, unsigned pos, unsigned removed, const void* src,
-                            unsigned inserted) {
+ERVecRep* ERVecRep::replace(ERVecRep* rep, unsigned int pos, unsigned int removed, const void* src,
+                            unsigned int inserted) {
     KERF_CHECK_ARGUMENT(pos <= rep->length);
     removed = std::min(removed, rep->length - pos);
-    const unsigned newLength = toBytes(std::uint64_t{rep->length} - removed + inserted);
-    const unsigned tail = rep->length - pos - removed;
+    const unsigned int newLength = toBytes(std::uint64_t{rep->length} - removed + inserted);
+    const unsigned int tail = rep->length - pos - removed;
 
     if (!rep->isShared() && newLength <= rep->capacity && rep->capacity - newLength <= wasteBytes &&
         !liesIn(*rep, src)) {
@@ -139,9 +141,10 @@ ERVecRep* ERVecRep::replace(ERVecRep* rep, unsigned pos, unsigned removed, const
     return result;
 }
 
-ERVecRep* ERVecRep::polyInsert(const ERVecRep* rep, unsigned pos, unsigned gap, unsigned period) {
+ERVecRep* ERVecRep::polyInsert(const ERVecRep* rep, unsigned int pos, unsigned int gap,
+                               unsigned int period) {
     KERF_CHECK_ARGUMENT(pos <= rep->length && period > 0);
-    const unsigned behind = rep->length - pos;
+    const unsigned int behind = rep->length - pos;
     const std::uint64_t gaps =
         std::min<std::uint64_t>(rep->length / period, std::uint64_t{behind} / period + 1);
     ERVecRep* result = getRep(toBytes(rep->length + gaps * gap), 1);
@@ -161,7 +164,7 @@ ERVecRep* ERVecRep::polyInsert(const ERVecRep* rep, unsigned pos, unsigned gap, 
     return result;
 }
 
-void ERVecRep::polyRemove(unsigned pos, unsigned gap, unsigned period) {
+void ERVecRep::polyRemove(unsigned int pos, unsigned int gap, unsigned int period) {
     KERF_CHECK_ARGUMENT(pos <= length && period > 0 && gap <= period);
     unsigned char* const end = bytes() + length;
     unsigned char* to = bytes() + pos;
@@ -174,13 +177,13 @@ void ERVecRep::polyRemove(unsigned pos, unsigned gap, unsigned period) {
         from += cut + kept;
         to += kept;
     }
-    length = static_cast<unsigned>(to - bytes());
+    length = static_cast<unsigned int>(to - bytes());
 }
 
-void ERVecRep::init(unsigned pos, unsigned count) { std::memset(bytes() + pos, 0, count); }
+void ERVecRep::init(unsigned int pos, unsigned int count) { std::memset(bytes() + pos, 0, count); }
 
 // Copies what is there already, twice as much each time.
-void ERVecRep::initWithValue(unsigned pos, unsigned count, unsigned elementSize,
+void ERVecRep::initWithValue(unsigned int pos, unsigned int count, unsigned int elementSize,
                              const void* value) {
     const std::size_t total = std::size_t{count} * elementSize;
     if (total == 0) return;
@@ -190,7 +193,7 @@ void ERVecRep::initWithValue(unsigned pos, unsigned count, unsigned elementSize,
         std::memcpy(start + done, start, std::min(done, total - done));
 }
 
-void ERVecRep::initWithVector(unsigned pos, const void* src, unsigned count) {
+void ERVecRep::initWithVector(unsigned int pos, const void* src, unsigned int count) {
     copyBytes(bytes() + pos, src, count);
 }
 

@@ -22,27 +22,27 @@ namespace QuickAlgebra {
 class KERF_EXPORT ERVecRep : public ERVecBlock {
 public:
     /// No block holds this many bytes; sizes that do not fit 32 bits are passed as this.
-    static constexpr unsigned maxBytes = 0xFFFFFFFF;
+    static constexpr unsigned int maxBytes = 0xFFFFFFFF;
 
     // The setters answer the former value.
-    static unsigned initialCapacity(unsigned bytes);
-    static unsigned getInitialCapacity();
-    static unsigned resizeIncrement(unsigned bytes);  ///< bytes > 0
-    static unsigned getResizeIncrement();
-    static unsigned maxWaste(unsigned bytes);
-    static unsigned getMaxWaste();
+    static unsigned int initialCapacity(unsigned int bytes);
+    static unsigned int getInitialCapacity();
+    static unsigned int resizeIncrement(unsigned int bytes);  ///< bytes > 0
+    static unsigned int getResizeIncrement();
+    static unsigned int maxWaste(unsigned int bytes);
+    static unsigned int getMaxWaste();
 
     /// The capacity given to a block of n bytes; wraps to less than n close to 2^32.
-    static unsigned adjustCapacity(unsigned n);
+    static unsigned int adjustCapacity(unsigned int n);
 
     // New blocks have no owner yet: their count is -1.
 
     /// A block of that length, zero-filled when noInit is 0, else with undefined contents.
-    static ERVecRep* getRep(unsigned bytes, int noInit);
+    static ERVecRep* getRep(unsigned int bytes, int noInit);
     /// A copy of `bytes` bytes from src.
-    static ERVecRep* getRep(const void* src, unsigned bytes);
+    static ERVecRep* getRep(const void* src, unsigned int bytes);
     /// `count` elements, each a copy of *value.
-    static ERVecRep* getRep(unsigned count, unsigned elementSize, const void* value);
+    static ERVecRep* getRep(unsigned int count, unsigned int elementSize, const void* value);
     /// Reads the form that saveGuts writes. A length that is negative or longer than what remains
     /// in the file reads as 0.
     static ERVecRep* getRep(ERFile& file);
@@ -50,30 +50,32 @@ public:
     /// A block of capacity for `bytes` that holds the first min(bytes, from->length) bytes of
     /// `from`. Its length is that of `from`, whatever `bytes`: a clone made to grow keeps the old
     /// length, and one made shorter is given its length by the caller.
-    static ERVecRep* clone(const ERVecRep* from, unsigned bytes);
+    static ERVecRep* clone(const ERVecRep* from, unsigned int bytes);
     ERVecRep* duplicate() const;  ///< same content and length
 
     /// Puts `inserted` bytes from src in the place of the `removed` bytes at pos; a null src leaves
     /// them undefined. pos <= length; `removed` is cut to what lies behind pos. Answers the block
     /// with the result: rep itself when it has one owner, holds the new length without wasting more
     /// than maxWaste, and src does not lie in it; else a new one, with rep unchanged.
-    static ERVecRep* replace(ERVecRep* rep, unsigned pos, unsigned removed, const void* src,
-                             unsigned inserted);
+    static ERVecRep* replace(ERVecRep* rep, unsigned int pos, unsigned int removed, const void* src,
+                             unsigned int inserted);
 
     /// A new block with gaps of `gap` undefined bytes at pos, pos + period, pos + 2 period ... in
     /// terms of rep: as many as rep has whole periods, none beyond its end. pos <= length and
     /// period > 0.
-    static ERVecRep* polyInsert(const ERVecRep* rep, unsigned pos, unsigned gap, unsigned period);
+    static ERVecRep* polyInsert(const ERVecRep* rep, unsigned int pos, unsigned int gap,
+                                unsigned int period);
     /// Removes, in place, `gap` bytes at pos, pos + period, pos + 2 period ... up to the end.
     /// pos <= length, period > 0, gap <= period.
-    void polyRemove(unsigned pos, unsigned gap, unsigned period);
+    void polyRemove(unsigned int pos, unsigned int gap, unsigned int period);
 
     // Low-level fills: in place, without regard to who else owns the block.
 
-    void setLength(unsigned bytes) { length = bytes; }  ///< bytes <= capacity
-    void init(unsigned pos, unsigned bytes);            ///< zeros
-    void initWithValue(unsigned pos, unsigned count, unsigned elementSize, const void* value);
-    void initWithVector(unsigned pos, const void* src, unsigned bytes);
+    void setLength(unsigned int bytes) { length = bytes; }  ///< bytes <= capacity
+    void init(unsigned int pos, unsigned int bytes);        ///< zeros
+    void initWithValue(unsigned int pos, unsigned int count, unsigned int elementSize,
+                       const void* value);
+    void initWithVector(unsigned int pos, const void* src, unsigned int bytes);
 
     bool isShared() const { return referenceCount.load(std::memory_order_relaxed) > 0; }
     void addReference() {

@@ -30,12 +30,12 @@ ERDBObject& ERDBObject::object(t_SmartPtr<ERObject> referred) {
 
 ERDBObjProperty ERDBObject::property(ERLong key) const {
     ERDBObjProperty value;
-    properties.findValue(key, value);
+    properties_.findValue(key, value);
     return value;
 }
 
-ERDBObject& ERDBObject::setProperty(ERLong key, ERDBObjProperty const& value) {
-    properties[key] = value;
+ERDBObject& ERDBObject::setProperty(ERLong key, const ERDBObjProperty& value) {
+    properties_[key] = value;
     setDirty();
     return *this;
 }
@@ -48,7 +48,7 @@ ERDBObject& ERDBObject::property(ERLong key, unsigned int value) { return setPro
 
 ERDBObject& ERDBObject::property(ERLong key, double value) { return setProperty(key, value); }
 
-ERDBObject& ERDBObject::property(ERLong key, char const* value) { return setProperty(key, value); }
+ERDBObject& ERDBObject::property(ERLong key, const char* value) { return setProperty(key, value); }
 
 ERLong ERDBObject::color() const { return property(colorKey).operator int(); }
 
@@ -64,19 +64,19 @@ ERDBObject& ERDBObject::color_rgb(ERULong value) {
     return setProperty(colorRgbKey, static_cast<unsigned long>(value));
 }
 
-char const* ERDBObject::name() { return properties[nameKey]; }
+const char* ERDBObject::name() { return properties_[nameKey]; }
 
-ERDBObject& ERDBObject::name(char const* value) { return setProperty(nameKey, value); }
+ERDBObject& ERDBObject::name(const char* value) { return setProperty(nameKey, value); }
 
-char const* ERDBObject::level_name() { return properties[levelNameKey]; }
+const char* ERDBObject::level_name() { return properties_[levelNameKey]; }
 
-ERDBObject& ERDBObject::level_name(char const* value) { return setProperty(levelNameKey, value); }
+ERDBObject& ERDBObject::level_name(const char* value) { return setProperty(levelNameKey, value); }
 
 ERObject* ERDBObject::getCopy() const { return new ERDBObject(*this); }
 
 void ERDBObject::printOn(std::ostream& os) const {
-    properties.applyToKeyAndValue(
-        [](ERLong const& key, ERDBObjProperty const& value, void* target) {
+    properties_.applyToKeyAndValue(
+        [](const ERLong& key, const ERDBObjProperty& value, void* target) {
             std::ostream& out = *static_cast<std::ostream*>(target);
             out << "[" << key << "] ";
             value.printOn(out);
@@ -88,18 +88,18 @@ void ERDBObject::printOn(std::ostream& os) const {
 
 void ERDBObject::saveGuts(ERFile& file) const {
     ERObject::saveGuts(file);
-    properties.saveGuts(file);
+    properties_.saveGuts(file);
     object_.saveGuts(file);
 }
 
 void ERDBObject::restoreGuts(ERFile& file) {
     ERObject::restoreGuts(file);
-    properties.restoreGuts(file);
+    properties_.restoreGuts(file);
     object_.restoreGuts(file);
 }
 
 ERULong ERDBObject::binaryStoreSize() const {
-    return ERObject::binaryStoreSize() + properties.binaryStoreSize() + object_.binaryStoreSize();
+    return ERObject::binaryStoreSize() + properties_.binaryStoreSize() + object_.binaryStoreSize();
 }
 
 }  // namespace kerf

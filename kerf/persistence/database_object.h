@@ -16,8 +16,8 @@ class KERF_EXPORT ERDBObject : public ERObject {
 public:
     ERDBObject();
     explicit ERDBObject(t_SmartPtr<ERObject> referred);
-    ERDBObject(ERDBObject const&) = default;
-    ERDBObject& operator=(ERDBObject const&) = default;
+    ERDBObject(const ERDBObject&) = default;
+    ERDBObject& operator=(const ERDBObject&) = default;
     ~ERDBObject() override;
 
     t_SmartPtr<ERObject> object() const { return object_; }
@@ -33,10 +33,10 @@ public:
 
     /// The empty string when the property is missing; reading it then creates an undefined entry,
     /// which is stored with the object: files written by callers hold such entries.
-    char const* name();
-    ERDBObject& name(char const* value);
-    char const* level_name();
-    ERDBObject& level_name(char const* value);
+    const char* name();
+    ERDBObject& name(const char* value);
+    const char* level_name();
+    ERDBObject& level_name(const char* value);
 
     /// A property under a key of the caller's; undefined when it is missing.
     ERDBObjProperty property(ERLong key) const;
@@ -44,7 +44,7 @@ public:
     ERDBObject& property(ERLong key, int value);
     ERDBObject& property(ERLong key, unsigned int value);
     ERDBObject& property(ERLong key, double value);
-    ERDBObject& property(ERLong key, char const* value);
+    ERDBObject& property(ERLong key, const char* value);
 
     ERObject* getCopy() const override;
     void printOn(std::ostream& os) const override;
@@ -53,10 +53,10 @@ public:
     ERULong binaryStoreSize() const override;
 
 private:
-    ERDBObject& setProperty(ERLong key, ERDBObjProperty const& value);
+    ERDBObject& setProperty(ERLong key, const ERDBObjProperty& value);
 
     t_SmartPtr<ERObject> object_;
-    ERDBObjPropertyTable properties;
+    ERDBObjPropertyTable properties_;
 };
 
 }  // namespace kerf

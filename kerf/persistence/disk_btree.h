@@ -20,7 +20,7 @@ class KERF_EXPORT ERDiskTreeNode {
 public:
     using Compare = int (*)(const char*, const char*, unsigned int);
 
-    ERDiskTreeNode(const ERBTreeOnDisk* nodeTree, char* bytes) : tree(nodeTree), block(bytes) {}
+    ERDiskTreeNode(const ERBTreeOnDisk* nodeTree, char* bytes) : tree_(nodeTree), block_(bytes) {}
 
     /// The number of keys: 0 when the stored one is not within 0 to 2 * order.
     int counter() const;
@@ -55,8 +55,8 @@ private:
     void removeAt(int position, int son);
     void keepFirst(int count);
 
-    const ERBTreeOnDisk* tree;
-    char* block;
+    const ERBTreeOnDisk* tree_;
+    char* block_;
 };
 
 /// A B-tree in the blocks of a file, from keys of one length to one long each.
@@ -125,14 +125,14 @@ public:
     void clear();
 
     unsigned int entries();
-    int isEmpty() const { return info.root == -1 || !usable; }
+    int isEmpty() const { return info_.root == -1 || !usable_; }
     int height();  ///< 0 of an empty tree, 1 of a lone leaf
-    unsigned int minOrder() const { return info.minOrder; }
-    unsigned int order() const { return info.order; }
-    unsigned int keyLength() const { return info.keyLength; }
-    ERLong version() const { return info.version == -1 ? 0 : info.version; }
-    int ignoreNulls() const { return (info.flags & 1) != 0; }
-    ERLong baseLocation() const { return infoLocation; }
+    unsigned int minOrder() const { return info_.minOrder; }
+    unsigned int order() const { return info_.order; }
+    unsigned int keyLength() const { return info_.keyLength; }
+    ERLong version() const { return info_.version == -1 ? 0 : info_.version; }
+    int ignoreNulls() const { return (info_.flags & 1) != 0; }
+    ERLong baseLocation() const { return infoLocation_; }
 
     /// A long kept in the info record for the caller; answers the former one.
     ERLong extraLocation(ERLong location);
@@ -203,13 +203,13 @@ private:
     void countDown();
 
     // Nodes
-    int capacity() const { return static_cast<int>(2 * info.order); }
+    int capacity() const { return static_cast<int>(2 * info_.order); }
     int leastKeys() const;
     void copyKey(char* target, const char* key) const;
     ERCString keyAsString(const char* key) const;
     bool makeUsable();
     void prepareBlocks();
-    bool cacheHoldsNodes() const { return cache->blockSize() == nodeSize; }
+    bool cacheHoldsNodes() const { return cache_->blockSize() == nodeSize_; }
     bool holdsNode(ERLong location) const;
     ERLong nodesPossible() const;
     ERDiskTreeNode node(char* block) const { return {this, block}; }
@@ -223,7 +223,7 @@ private:
     // Ways through the tree
     ERDiskTreeNode findNode(const char* key, ERLong& location, int& position);
     Descent descend(const char* key);
-    void forgetWay() { absentKey.clear(); }
+    void forgetWay() { absentKey_.clear(); }
     Descent descendFrom(ERLong location, int lower, int upper, const char* key, bool stopAtKey);
     void enterSon(const ERDiskTreeNode& parent, const Step& step, ERLong& location, int& lower,
                   int& upper);
@@ -260,54 +260,54 @@ private:
     void combineNodes(int level, ERDiskTreeNode& parent, int p, ERDiskTreeNode& left,
                       const ERDiskTreeNode& right);
 
-    ERFileManager* file;
-    ERLong infoLocation;
-    Info info;
-    bool rootOnly = false;  // the older form: no more than the root's location in the file
-    bool entriesKnown = true;
-    bool usable = false;
-    Compare compare = nullptr;
-    unsigned int nodeSize = 0;
-    unsigned int cacheSlots;
-    std::unique_ptr<ERCacheManager> cache;
+    ERFileManager* file_;
+    ERLong infoLocation_;
+    Info info_;
+    bool rootOnly_ = false;  // the older form: no more than the root's location in the file
+    bool entriesKnown_ = true;
+    bool usable_ = false;
+    Compare compare_ = nullptr;
+    unsigned int nodeSize_ = 0;
+    unsigned int cacheSlots_;
+    std::unique_ptr<ERCacheManager> cache_;
 
     // Nodes in memory: the root, which a lookup does not ask the cache for, and those being
     // changed.
-    std::unique_ptr<char[]> rootBlock, workBlock, secondBlock, thirdBlock, uncachedBlock;
-    ERLong rootHeld = -1;  // whose bytes rootBlock has
-    std::vector<std::unique_ptr<char[]>> walkBlocks;
+    std::unique_ptr<char[]> rootBlock_, workBlock_, secondBlock_, thirdBlock_, uncachedBlock_;
+    ERLong rootHeld_ = -1;  // whose bytes rootBlock has
+    std::vector<std::unique_ptr<char[]>> walkBlocks_;
 
     // The key on its way up or down.
-    std::vector<char> promotedKey;
-    ERLong promotedValue = -1;
-    ERLong promotedSon = -1;
+    std::vector<char> promotedKey_;
+    ERLong promotedValue_ = -1;
+    ERLong promotedSon_ = -1;
 
     // The way of the change under way.
-    std::array<Step, maxDepth> path;
-    int depth = 0;
-    std::vector<char> bounds;
-    std::vector<char> absentKey;  // the key that the way leads to, while nothing has changed since
+    std::array<Step, maxDepth> path_;
+    int depth_ = 0;
+    std::vector<char> bounds_;
+    std::vector<char> absentKey_;  // the key that the way leads to, while nothing has changed since
 
     // Of an insertion that splits: the nodes made, and those that will have to shrink.
     struct ShrunkNode {
         ERLong location;
         std::unique_ptr<char[]> block;
     };
-    std::vector<ERLong> newNodes;
-    std::vector<ShrunkNode> shrunkNodes;
+    std::vector<ERLong> newNodes_;
+    std::vector<ShrunkNode> shrunkNodes_;
 };
 
 // --- What every step of a search calls
 
 inline ERLong ERDiskTreeNode::word(int i) const {
     ERLong value;
-    std::memcpy(&value, block + static_cast<std::size_t>(i) * wordSize, wordSize);
+    std::memcpy(&value, block_ + static_cast<std::size_t>(i) * wordSize, wordSize);
     swapToLittleEndian(&value, 1);
     return value;
 }
 
 inline bool ERDiskTreeNode::hasSoundCounter() const {
-    return word(0) >= 0 && word(0) <= tree->capacity();
+    return word(0) >= 0 && word(0) <= tree_->capacity();
 }
 
 inline int ERDiskTreeNode::counter() const { return hasSoundCounter() ? word(0) : 0; }
@@ -317,12 +317,12 @@ inline ERLong ERDiskTreeNode::sons(int i) const { return word(firstSonWord + i);
 inline bool ERDiskTreeNode::isLeaf() const { return sons(0) == -1; }
 
 inline ERLong ERDiskTreeNode::items(int i) const {
-    return word(firstSonWord + tree->capacity() + 1 + i);
+    return word(firstSonWord + tree_->capacity() + 1 + i);
 }
 
 inline char* ERDiskTreeNode::keys(int i) const {
-    const std::size_t words = static_cast<std::size_t>(2 * tree->capacity() + 2);
-    return block + words * wordSize + static_cast<std::size_t>(i) * tree->info.keyLength;
+    const std::size_t words = static_cast<std::size_t>(2 * tree_->capacity() + 2);
+    return block_ + words * wordSize + static_cast<std::size_t>(i) * tree_->info_.keyLength;
 }
 
 // The order of four bytes as memcmp sees it.
@@ -334,8 +334,8 @@ inline ERULong ERBTreeOnDisk::orderOfBytes(const char* key) {
 }
 
 inline int ERBTreeOnDisk::compareKeys(const char* a, const char* b) const {
-    if (info.keyLength != sizeof(ERULong) || compare != compareBytes)
-        return compare(a, b, info.keyLength);
+    if (info_.keyLength != sizeof(ERULong) || compare_ != compareBytes)
+        return compare_(a, b, info_.keyLength);
     const ERULong first = orderOfBytes(a);
     const ERULong second = orderOfBytes(b);
     return first < second ? -1 : first > second;

@@ -12,16 +12,17 @@
 namespace kerf {
 
 int ERBTreeOnDisk::insertKeyAndValue(const char* key, ERLong value) {
-    if (!usable) return 0;
+    if (!usable_) return 0;
     prepareBlocks();
-    newNodes.clear();
-    shrunkNodes.clear();
+    newNodes_.clear();
+    shrunkNodes_.clear();
     const retStatus status = ins(key, value);
     if (status == refused || (status == parentActs && growRoot() == refused)) return 0;
 
     // The key lies in a node that leads nowhere yet, or in the first one that is still to shrink.
     const bool isInShrunkLeaf =
-        !shrunkNodes.empty() && 2 * path[static_cast<std::size_t>(depth - 1)].position < capacity();
+        !shrunkNodes_.empty() &&
+        2 * path_[static_cast<std::size_t>(depth_ - 1)].position < capacity();
     if (!isInShrunkLeaf) countUp();
     writeShrunkNodes();
     if (isInShrunkLeaf) countUp();
@@ -31,42 +32,42 @@ int ERBTreeOnDisk::insertKeyAndValue(const char* key, ERLong value) {
 // parentActs: the promoted key is to make a new root.
 ERBTreeOnDisk::retStatus ERBTreeOnDisk::ins(const char* key, ERLong value) {
     if (descend(key) != Descent::absent) return refused;
-    copyKey(promotedKey.data(), key);
-    promotedValue = value;
-    promotedSon = -1;
+    copyKey(promotedKey_.data(), key);
+    promotedValue_ = value;
+    promotedSon_ = -1;
 
-    ERDiskTreeNode work = node(workBlock.get());
-    for (int level = depth - 1; level >= 0; --level) {
-        const Step& step = path[static_cast<std::size_t>(level)];
+    ERDiskTreeNode work = node(workBlock_.get());
+    for (int level = depth_ - 1; level >= 0; --level) {
+        const Step& step = path_[static_cast<std::size_t>(level)];
         if (!copyNode(step.location, work)) return giveBackNewNodes();
         if (work.counter() < capacity()) {
-            work.insert(promotedKey.data(), promotedValue, step.position, promotedSon);
+            work.insert(promotedKey_.data(), promotedValue_, step.position, promotedSon_);
             writeNode(step.location, work);
             return done;
         }
-        if (newNodes.empty() && !hasRoomForNodes(depth + 1)) return refused;
+        if (newNodes_.empty() && !hasRoomForNodes(depth_ + 1)) return refused;
         splitNode(step.position);
-        promotedSon = allocateNode(node(secondBlock.get()));
-        if (promotedSon == -1) return giveBackNewNodes();
-        newNodes.push_back(promotedSon);
-        shrunkNodes.push_back({step.location, std::make_unique<char[]>(nodeSize)});
-        std::memcpy(shrunkNodes.back().block.get(), work.block, nodeSize);
+        promotedSon_ = allocateNode(node(secondBlock_.get()));
+        if (promotedSon_ == -1) return giveBackNewNodes();
+        newNodes_.push_back(promotedSon_);
+        shrunkNodes_.push_back({step.location, std::make_unique<char[]>(nodeSize_)});
+        std::memcpy(shrunkNodes_.back().block.get(), work.block_, nodeSize_);
     }
-    if (depth == 0 && !hasRoomForNodes(1)) return refused;
+    if (depth_ == 0 && !hasRoomForNodes(1)) return refused;
     return parentActs;
 }
 
 // Whether so many nodes fit below the largest location, behind all data.
 bool ERBTreeOnDisk::hasRoomForNodes(int count) const {
     constexpr std::int64_t wordsAround = 8;  // the size word, and rounding
-    return file->endData() + count * (std::int64_t{nodeSize} + wordsAround) <=
+    return file_->endData() + count * (std::int64_t{nodeSize_} + wordsAround) <=
            std::numeric_limits<ERLong>::max();
 }
 
 ERBTreeOnDisk::retStatus ERBTreeOnDisk::giveBackNewNodes() {
-    shrunkNodes.clear();
-    for (const ERLong location : newNodes) releaseNode(location);
-    newNodes.clear();
+    shrunkNodes_.clear();
+    for (const ERLong location : newNodes_) releaseNode(location);
+    newNodes_.clear();
     return refused;
 }
 
@@ -77,8 +78,8 @@ ERBTreeOnDisk::retStatus ERBTreeOnDisk::giveBackNewNodes() {
 // middle the new key itself goes up.
 void ERBTreeOnDisk::splitNode(int position) {
     const int middle = capacity() / 2;
-    ERDiskTreeNode left = node(workBlock.get());
-    ERDiskTreeNode right = node(secondBlock.get());
+    ERDiskTreeNode left = node(workBlock_.get());
+    ERDiskTreeNode right = node(secondBlock_.get());
     right.initialize();
 
     if (position > middle) {
@@ -86,9 +87,9 @@ void ERBTreeOnDisk::splitNode(int position) {
         right.copyKeys(left, middle + 1, 0, moved);
         right.copySons(left, middle + 1, 0, moved + 1);
         right.setCounter(moved);
-        right.insert(promotedKey.data(), promotedValue, position - middle - 1, promotedSon);
-        copyKey(promotedKey.data(), left.keys(middle));
-        promotedValue = left.items(middle);
+        right.insert(promotedKey_.data(), promotedValue_, position - middle - 1, promotedSon_);
+        copyKey(promotedKey_.data(), left.keys(middle));
+        promotedValue_ = left.items(middle);
         left.keepFirst(middle);
         return;
     }
@@ -97,31 +98,31 @@ void ERBTreeOnDisk::splitNode(int position) {
     right.setCounter(middle);
     left.keepFirst(middle);
     if (position == middle) {
-        right.setSon(0, promotedSon);
+        right.setSon(0, promotedSon_);
         return;
     }
-    left.insert(promotedKey.data(), promotedValue, position, promotedSon);
-    copyKey(promotedKey.data(), left.keys(middle));
-    promotedValue = left.items(middle);
+    left.insert(promotedKey_.data(), promotedValue_, position, promotedSon_);
+    copyKey(promotedKey_.data(), left.keys(middle));
+    promotedValue_ = left.items(middle);
     left.keepFirst(middle);
 }
 
 // A new root above the promoted key: the old root on its left, the promoted son on its right.
 ERBTreeOnDisk::retStatus ERBTreeOnDisk::growRoot() {
-    ERDiskTreeNode root = node(secondBlock.get());
+    ERDiskTreeNode root = node(secondBlock_.get());
     root.initialize();
-    root.setSon(0, info.root);
-    root.insert(promotedKey.data(), promotedValue, 0, promotedSon);
+    root.setSon(0, info_.root);
+    root.insert(promotedKey_.data(), promotedValue_, 0, promotedSon_);
     const ERLong location = allocateNode(root);
     if (location == -1) return giveBackNewNodes();
-    setRoot(location, root.block);
+    setRoot(location, root.block_);
     return done;
 }
 
 void ERBTreeOnDisk::writeShrunkNodes() {
-    for (auto shrunk = shrunkNodes.rbegin(); shrunk != shrunkNodes.rend(); ++shrunk)
+    for (auto shrunk = shrunkNodes_.rbegin(); shrunk != shrunkNodes_.rend(); ++shrunk)
         writeNode(shrunk->location, node(shrunk->block.get()));
-    shrunkNodes.clear();
+    shrunkNodes_.clear();
 }
 
 }  // namespace kerf

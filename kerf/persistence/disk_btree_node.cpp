@@ -14,27 +14,27 @@ namespace kerf {
 
 void ERDiskTreeNode::setWord(int i, ERLong value) {
     swapToLittleEndian(&value, 1);
-    std::memcpy(block + static_cast<std::size_t>(i) * wordSize, &value, wordSize);
+    std::memcpy(block_ + static_cast<std::size_t>(i) * wordSize, &value, wordSize);
 }
 
 void ERDiskTreeNode::setSon(int i, ERLong location) { setWord(firstSonWord + i, location); }
 
 void ERDiskTreeNode::setItem(int i, ERLong value) {
-    setWord(firstSonWord + tree->capacity() + 1 + i, value);
+    setWord(firstSonWord + tree_->capacity() + 1 + i, value);
 }
 
 void ERDiskTreeNode::setKey(int i, const char* key, ERLong value) {
-    tree->copyKey(keys(i), key);
+    tree_->copyKey(keys(i), key);
     setItem(i, value);
 }
 
 void ERDiskTreeNode::initialize() {
-    std::memset(block, 0, tree->nodeSize);
-    for (int i = 0; i <= tree->capacity(); ++i) setSon(i, -1);
+    std::memset(block_, 0, tree_->nodeSize_);
+    for (int i = 0; i <= tree_->capacity(); ++i) setSon(i, -1);
 }
 
 int ERDiskTreeNode::binarySearch(const char* key, Compare compare) const {
-    const unsigned int length = tree->info.keyLength;
+    const unsigned int length = tree_->info_.keyLength;
     const int count = counter();
     if (length == sizeof(ERULong) && compare == ERBTreeOnDisk::compareBytes)
         return searchFourBytes(key, count);
@@ -69,16 +69,16 @@ int ERDiskTreeNode::searchFourBytes(const char* key, int count) const {
 // Ranges may overlap when the source is this node.
 void ERDiskTreeNode::copyKeys(const ERDiskTreeNode& source, int from, int to, int count) {
     const auto number = static_cast<std::size_t>(count);
-    const int firstItem = firstSonWord + tree->capacity() + 1;
-    std::memmove(keys(to), source.keys(from), number * tree->info.keyLength);
-    std::memmove(block + static_cast<std::size_t>(firstItem + to) * wordSize,
-                 source.block + static_cast<std::size_t>(firstItem + from) * wordSize,
+    const int firstItem = firstSonWord + tree_->capacity() + 1;
+    std::memmove(keys(to), source.keys(from), number * tree_->info_.keyLength);
+    std::memmove(block_ + static_cast<std::size_t>(firstItem + to) * wordSize,
+                 source.block_ + static_cast<std::size_t>(firstItem + from) * wordSize,
                  number * wordSize);
 }
 
 void ERDiskTreeNode::copySons(const ERDiskTreeNode& source, int from, int to, int count) {
-    std::memmove(block + static_cast<std::size_t>(firstSonWord + to) * wordSize,
-                 source.block + static_cast<std::size_t>(firstSonWord + from) * wordSize,
+    std::memmove(block_ + static_cast<std::size_t>(firstSonWord + to) * wordSize,
+                 source.block_ + static_cast<std::size_t>(firstSonWord + from) * wordSize,
                  static_cast<std::size_t>(count) * wordSize);
 }
 
@@ -101,7 +101,7 @@ void ERDiskTreeNode::removeAt(int position, int son) {
 }
 
 void ERDiskTreeNode::keepFirst(int count) {
-    for (int i = count + 1; i <= tree->capacity(); ++i) setSon(i, -1);
+    for (int i = count + 1; i <= tree_->capacity(); ++i) setSon(i, -1);
     setCounter(count);
 }
 

@@ -22,12 +22,12 @@ int ERBTreeOnDisk::removeKeyAndValue(const char* key, ERCString& found, ERLong& 
 }
 
 ERBTreeOnDisk::retStatus ERBTreeOnDisk::rem(const char* key, ERCString* found, ERLong& value) {
-    if (!usable) return refused;
+    if (!usable_) return refused;
     // Once, or again for each empty leaf that an interrupted split has left where the successor is.
     for (int attempt = 0; attempt < maxDepth; ++attempt) {
         if (descend(key) != Descent::found) return refused;
-        ERDiskTreeNode target = node(workBlock.get());
-        const Step step = path[static_cast<std::size_t>(depth - 1)];
+        ERDiskTreeNode target = node(workBlock_.get());
+        const Step step = path_[static_cast<std::size_t>(depth_ - 1)];
         if (!copyNode(step.location, target)) return refused;
         const bool inLeaf = target.isLeaf();
         if (!inLeaf) {
@@ -35,9 +35,9 @@ ERBTreeOnDisk::retStatus ERBTreeOnDisk::rem(const char* key, ERCString* found, E
             if (!goToSuccessor(key, target)) return refused;
         }
 
-        const Step& last = path[static_cast<std::size_t>(depth - 1)];
+        const Step& last = path_[static_cast<std::size_t>(depth_ - 1)];
         const ERDiskTreeNode leaf = nodeAt(last.location);
-        if (leaf.block == nullptr) return refused;
+        if (leaf.block_ == nullptr) return refused;
         if (last.position >= leaf.counter()) {
             restoreOrder();
             continue;
@@ -59,19 +59,19 @@ ERBTreeOnDisk::retStatus ERBTreeOnDisk::rem(const char* key, ERCString* found, E
 // Puts the nodes in order that end at the key from below, if a failed change has left any: the key
 // is what tells where they end, and it is about to go.
 void ERBTreeOnDisk::mendBefore(const char* key, const ERDiskTreeNode& target) {
-    const int depthOfTarget = depth;
+    const int depthOfTarget = depth_;
     ERLong location;
     int lower;
     int upper;
-    enterSon(target, path[static_cast<std::size_t>(depth - 1)], location, lower, upper);
+    enterSon(target, path_[static_cast<std::size_t>(depth_ - 1)], location, lower, upper);
     descendFrom(location, lower, upper, key, false);
-    depth = depthOfTarget;
+    depth_ = depthOfTarget;
 }
 
 // Goes on with the path from the inner node at its end, which has the key, to the leaf of the next
 // key. False on a damaged tree.
 bool ERBTreeOnDisk::goToSuccessor(const char* key, const ERDiskTreeNode& target) {
-    Step& step = path[static_cast<std::size_t>(depth - 1)];
+    Step& step = path_[static_cast<std::size_t>(depth_ - 1)];
     ++step.position;
     ERLong location;
     int lower;
@@ -82,11 +82,11 @@ bool ERBTreeOnDisk::goToSuccessor(const char* key, const ERDiskTreeNode& target)
 
 // Takes the key at the end of the path out of its leaf.
 void ERBTreeOnDisk::removeFromLeaf(bool alreadyCounted) {
-    const Step& step = path[static_cast<std::size_t>(depth - 1)];
-    ERDiskTreeNode leaf = node(workBlock.get());
+    const Step& step = path_[static_cast<std::size_t>(depth_ - 1)];
+    ERDiskTreeNode leaf = node(workBlock_.get());
     if (!copyNode(step.location, leaf)) return;
     leaf.removeAt(step.position, step.position + 1);
-    if (depth == 1 && leaf.counter() == 0) {
+    if (depth_ == 1 && leaf.counter() == 0) {
         setRoot(-1, nullptr);
         countDown();
         return releaseNode(step.location);
@@ -98,9 +98,9 @@ void ERBTreeOnDisk::removeFromLeaf(bool alreadyCounted) {
 
 // Repairs nodes that are too small, from the end of the path up.
 void ERBTreeOnDisk::restoreOrder() {
-    for (int level = depth - 1; level > 0; --level) {
-        const ERDiskTreeNode here = nodeAt(path[static_cast<std::size_t>(level)].location);
-        if (here.block == nullptr || here.counter() >= leastKeys()) return;
+    for (int level = depth_ - 1; level > 0; --level) {
+        const ERDiskTreeNode here = nodeAt(path_[static_cast<std::size_t>(level)].location);
+        if (here.block_ == nullptr || here.counter() >= leastKeys()) return;
         if (restoreNode(level) == done) return;
     }
 }
@@ -109,12 +109,12 @@ void ERBTreeOnDisk::restoreOrder() {
 // then to be looked at (parentActs).
 ERBTreeOnDisk::retStatus ERBTreeOnDisk::restoreNode(int level) {
     const auto above = static_cast<std::size_t>(level - 1);
-    const int p = path[above].position;
-    ERDiskTreeNode parent = node(workBlock.get());
-    ERDiskTreeNode child = node(secondBlock.get());
-    ERDiskTreeNode sibling = node(thirdBlock.get());
-    if (!copyNode(path[above].location, parent)) return done;
-    if (!copyNode(path[above + 1].location, child)) return done;
+    const int p = path_[above].position;
+    ERDiskTreeNode parent = node(workBlock_.get());
+    ERDiskTreeNode child = node(secondBlock_.get());
+    ERDiskTreeNode sibling = node(thirdBlock_.get());
+    if (!copyNode(path_[above].location, parent)) return done;
+    if (!copyNode(path_[above + 1].location, child)) return done;
 
     const int last = parent.counter();
     if (p > 0) {
@@ -143,10 +143,10 @@ ERBTreeOnDisk::retStatus ERBTreeOnDisk::restoreNode(int level) {
 bool ERBTreeOnDisk::loadSibling(int level, const ERDiskTreeNode& parent, int son,
                                 ERDiskTreeNode& sibling) {
     const ERLong location = parent.sons(son);
-    for (int i = 0; i < depth; ++i)
-        if (path[static_cast<std::size_t>(i)].location == location) return false;
+    for (int i = 0; i < depth_; ++i)
+        if (path_[static_cast<std::size_t>(i)].location == location) return false;
     if (!copyNode(location, sibling) || !sibling.hasSoundCounter()) return false;
-    const Step& above = path[static_cast<std::size_t>(level - 1)];
+    const Step& above = path_[static_cast<std::size_t>(level - 1)];
     const char* const lower = son > 0 ? parent.keys(son - 1) : bound(above.lower);
     const char* const upper = son < parent.counter() ? parent.keys(son) : bound(above.upper);
     keepOwnKeys(sibling, ownKeys(sibling, lower, upper));
@@ -156,7 +156,7 @@ bool ERBTreeOnDisk::loadSibling(int level, const ERDiskTreeNode& parent, int son
 // The key before the child comes down, the last one of its left sibling goes up.
 void ERBTreeOnDisk::moveItRight(int level, ERDiskTreeNode& parent, int p, ERDiskTreeNode& child,
                                 ERDiskTreeNode& left) {
-    const ERLong parentLocation = path[static_cast<std::size_t>(level - 1)].location;
+    const ERLong parentLocation = path_[static_cast<std::size_t>(level - 1)].location;
     const int last = left.counter() - 1;
     const ERLong formerFirst = child.sons(0);
     child.setSon(0, left.sons(last + 1));
@@ -171,7 +171,7 @@ void ERBTreeOnDisk::moveItRight(int level, ERDiskTreeNode& parent, int p, ERDisk
 // The key behind the child comes down, the first one of its right sibling goes up.
 void ERBTreeOnDisk::moveItLeft(int level, ERDiskTreeNode& parent, int p, ERDiskTreeNode& child,
                                ERDiskTreeNode& right) {
-    const ERLong parentLocation = path[static_cast<std::size_t>(level - 1)].location;
+    const ERLong parentLocation = path_[static_cast<std::size_t>(level - 1)].location;
     child.insert(parent.keys(p), parent.items(p), child.counter(), right.sons(0));
     parent.setKey(p, right.keys(0), right.items(0));
     right.removeAt(0, 0);
@@ -184,7 +184,7 @@ void ERBTreeOnDisk::moveItLeft(int level, ERDiskTreeNode& parent, int p, ERDiskT
 // than the minimum, the other no more than that, and the minimum is no more than the order.
 void ERBTreeOnDisk::combineNodes(int level, ERDiskTreeNode& parent, int p, ERDiskTreeNode& left,
                                  const ERDiskTreeNode& right) {
-    const ERLong parentLocation = path[static_cast<std::size_t>(level - 1)].location;
+    const ERLong parentLocation = path_[static_cast<std::size_t>(level - 1)].location;
     const ERLong leftLocation = parent.sons(p);
     const ERLong rightLocation = parent.sons(p + 1);
     left.insert(parent.keys(p), parent.items(p), left.counter(), right.sons(0));
@@ -197,7 +197,7 @@ void ERBTreeOnDisk::combineNodes(int level, ERDiskTreeNode& parent, int p, ERDis
     writeNode(leftLocation, left);
     const bool emptiesRoot = level == 1 && parent.counter() == 0;
     if (emptiesRoot)
-        setRoot(leftLocation, left.block);
+        setRoot(leftLocation, left.block_);
     else
         writeNode(parentLocation, parent);
     releaseNode(rightLocation);

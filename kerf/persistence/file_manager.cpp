@@ -30,7 +30,7 @@ unsigned int openFlags(const char* name, int readOnly) {
 }  // namespace
 
 ERFileManager::ERFileManager(const char* name, int readOnlyMode)
-    : ERFile(name, openFlags(name, readOnlyMode)), readOnly(readOnlyMode) {
+    : ERFile(name, openFlags(name, readOnlyMode)), readOnly_(readOnlyMode) {
     CFileStatus status;
     if (!GetStatus(status)) return;
 
@@ -38,39 +38,39 @@ ERFileManager::ERFileManager(const char* name, int readOnlyMode)
         int words[headerWords];
         SeekTo(rootField);
         if (!Read(words, headerWords)) return;
-        root = words[0];
+        root_ = words[0];
         end_ = words[1];
-        if (words[2] == nodeSize) listManager = std::make_unique<ERListManager>(this, 0);
+        if (words[2] == nodeSize) listManager_ = std::make_unique<ERListManager>(this, 0);
         return;
     }
     end_ = firstData;
-    const int words[headerWords] = {root, end_, nodeSize};
+    const int words[headerWords] = {root_, end_, nodeSize};
     SeekTo(rootField);
     Write(words, headerWords);
-    listManager = std::make_unique<ERListManager>(this, 1);
+    listManager_ = std::make_unique<ERListManager>(this, 1);
 }
 
 ERFileManager::~ERFileManager() {
-    while (!trees.empty()) trees.back()->leaveFile();
+    while (!trees_.empty()) trees_.back()->leaveFile();
 }
 
 ERLong ERFileManager::allocate(ERULong size) {
-    return listManager == nullptr ? -1 : keepAsRoot(listManager->allocate(size));
+    return listManager_ == nullptr ? -1 : keepAsRoot(listManager_->allocate(size));
 }
 
 ERLong ERFileManager::allocateUnwritten(ERULong size, ERULong& blockSize) {
-    if (listManager == nullptr) return -1;
-    return keepAsRoot(listManager->allocateUnwritten(size, blockSize));
+    if (listManager_ == nullptr) return -1;
+    return keepAsRoot(listManager_->allocateUnwritten(size, blockSize));
 }
 
 ERLong ERFileManager::keepAsRoot(ERLong location) {
-    if (root == -1 && location != -1) writeWord(rootField, root, location);
+    if (root_ == -1 && location != -1) writeWord(rootField, root_, location);
     return location;
 }
 
 void ERFileManager::deallocate(ERLong location) {
-    if (location == -1 || location == root || listManager == nullptr) return;
-    listManager->deallocate(location);
+    if (location == -1 || location == root_ || listManager_ == nullptr) return;
+    listManager_->deallocate(location);
 }
 
 ERLong ERFileManager::allocateAtEnd(ERULong size) {

@@ -41,8 +41,8 @@ public:
     /// block's.
     void deallocate(ERLong location);
 
-    int isReadOnly() const { return readOnly; }
-    ERLong start() const { return root; }    ///< the root's location, -1 while there is none
+    int isReadOnly() const { return readOnly_; }
+    ERLong start() const { return root_; }   ///< the root's location, -1 while there is none
     ERLong endData() const { return end_; }  ///< the first offset behind all data
 
 protected:
@@ -70,11 +70,11 @@ private:
     void writeWord(ERLong offset, ERLong& field, ERLong value);
     bool hasRoomAtEnd(ERULong size) const;
 
-    int readOnly;
-    std::unique_ptr<ERListManager> listManager;
-    ERLong root = -1;
+    int readOnly_;
+    std::unique_ptr<ERListManager> listManager_;
+    ERLong root_ = -1;
     ERLong end_ = -1;
-    std::vector<ERBTreeOnDisk*> trees;  // those that work on the file
+    std::vector<ERBTreeOnDisk*> trees_;  // those that work on the file
 };
 
 }  // namespace kerf

@@ -38,33 +38,34 @@ ERLMan::~ERLMan() = default;
 // head. At the head the list is mirrored, too.
 class ERListManager::Operation {
 public:
-    explicit Operation(ERListManager& changed) : list(changed) {
-        if (list.unsettled) {
-            list.mirror.forget();
-            list.readNode(ERFileManager::firstNode);
+    explicit Operation(ERListManager& changed) : list_(changed) {
+        if (list_.unsettled_) {
+            list_.mirror_.forget();
+            list_.readNode(ERFileManager::firstNode);
         }
-        list.unsettled = true;
-        if (list.mirror.isUnknown())
-            list.mirrorList();
-        else if (list.mirror.isRing() && list.mirror.nodesEnd() > list.file->endData())
-            list.mirror.giveUp();  // a damaged list: part of it was freed with the end of the data
+        list_.unsettled_ = true;
+        if (list_.mirror_.isUnknown())
+            list_.mirrorList();
+        else if (list_.mirror_.isRing() && list_.mirror_.nodesEnd() > list_.file_->endData())
+            list_.mirror_
+                .giveUp();  // a damaged list: part of it was freed with the end of the data
     }
     Operation(const Operation&) = delete;
     Operation& operator=(const Operation&) = delete;
-    void done() { list.unsettled = false; }
+    void done() { list_.unsettled_ = false; }
 
 private:
-    ERListManager& list;
+    ERListManager& list_;
 };
 
 ERListManager::ERListManager(ERFileManager* managedFile, int create)
-    : file(managedFile), current(ERFileManager::firstNode) {
+    : file_(managedFile), current_(ERFileManager::firstNode) {
     if (create) {
-        node.magic = nodeMagic;
-        node.next = ERFileManager::firstNode;
+        node_.magic = nodeMagic;
+        node_.next = ERFileManager::firstNode;
         writeNode();
     } else {
-        readNode(current);
+        readNode(current_);
     }
 }
 
@@ -99,15 +100,15 @@ ERLong ERListManager::allocateUnwritten(ERULong size, ERULong& blockSize) {
 ERListManager::Space ERListManager::take(ERULong wanted, SizeWord sizeWord, EmptyNode emptyNode) {
     const int entry = goToSpace(wanted);
     if (entry == -1) {
-        if (!file->hasRoomAtEnd(wanted)) return {-1, 0};
-        if (sizeWord == SizeWord::written) writeHeader(file->endData(), wanted);
-        return {file->allocateAtEnd(wanted), wanted};
+        if (!file_->hasRoomAtEnd(wanted)) return {-1, 0};
+        if (sizeWord == SizeWord::written) writeHeader(file_->endData(), wanted);
+        return {file_->allocateAtEnd(wanted), wanted};
     }
-    const ERLong location = node.take(entry, wanted);
+    const ERLong location = node_.take(entry, wanted);
     if (sizeWord == SizeWord::written) writeHeader(location, wanted);
     const bool isOnlyNode =
-        current == ERFileManager::firstNode && node.next == ERFileManager::firstNode;
-    if (node.count == 0 && !isOnlyNode && emptyNode == EmptyNode::removed)
+        current_ == ERFileManager::firstNode && node_.next == ERFileManager::firstNode;
+    if (node_.count == 0 && !isOnlyNode && emptyNode == EmptyNode::removed)
         deleteNode();
     else
         writeNode();
@@ -116,17 +117,17 @@ ERListManager::Space ERListManager::take(ERULong wanted, SizeWord sizeWord, Empt
 
 void ERListManager::deallocate(ERLong location) {
     constexpr ERLong firstBlock = ERFileManager::firstData + static_cast<ERLong>(sizeWordBytes);
-    if (location < firstBlock || location >= file->endData()) return;
+    if (location < firstBlock || location >= file_->endData()) return;
     const ERLong start = location - static_cast<ERLong>(sizeWordBytes);
     const ERULong size = readHeader(start);
-    if (size == 0 || size % 4 != 0 || endOf(start, size) > file->endData()) return;
+    if (size == 0 || size % 4 != 0 || endOf(start, size) > file_->endData()) return;
     Operation operation(*this);
     addToFreeList(start, size);
     operation.done();
 }
 
 void ERListManager::addToFreeList(ERLong location, ERULong size) {
-    if (file->deallocateFromEnd(location, size)) return;
+    if (file_->deallocateFromEnd(location, size)) return;
     if (!addToNode(location, size)) return extendFreeList(location, size);
     writeNode();
 }
@@ -143,35 +144,35 @@ void ERListManager::extendFreeList(ERLong, ERULong) {
     // The new node lies on the block's size word. It is complete before the chain leads to it.
     FreeListNode added;
     added.magic = nodeMagic;
-    added.next = node.next;
+    added.next = node_.next;
     writeNode(location, added);
-    node.next = location;
+    node_.next = location;
     writeNode();
-    node = added;
-    current = location;
-    mirror.insertNext(location, added);
+    node_ = added;
+    current_ = location;
+    mirror_.insertNext(location, added);
 }
 
 // Takes the current node, which is empty, out of the chain. The head keeps its place: what follows
 // it moves there.
 void ERListManager::deleteNode() {
-    const ERLong next = node.next;
-    if (current == ERFileManager::firstNode) {
+    const ERLong next = node_.next;
+    if (current_ == ERFileManager::firstNode) {
         if (!holdsNode(next)) return writeNode();
-        if (mirror.isRing())
-            node = mirror.nextNode();
+        if (mirror_.isRing())
+            node_ = mirror_.nextNode();
         else
             readNode(next);
-        current = ERFileManager::firstNode;
+        current_ = ERFileManager::firstNode;
         writeNode();
-        mirror.removeNext();
+        mirror_.removeNext();
         return addToFreeList(next, ERFileManager::nodeSize);
     }
-    const ERLong removed = current;
+    const ERLong removed = current_;
     if (!goToPredecessor()) return writeNode();
-    node.next = next;
+    node_.next = next;
     writeNode();
-    mirror.removeNext();
+    mirror_.removeNext();
     addToFreeList(removed, ERFileManager::nodeSize);
 }
 
@@ -181,38 +182,38 @@ void ERListManager::deleteNode() {
 // stretch of a node's length are one, or overlap: such a list is no ring, and is not followed
 // further, so that what is mirrored is never more than what the file has.
 void ERListManager::mirrorList() {
-    mirror.forget();
-    const FreeListNode head = node;
+    mirror_.forget();
+    const FreeListNode head = node_;
     ERLong stepsLeft = nodesPossible();
     std::unordered_set<ERLong> stretches;
-    mirror.append(current, node);
+    mirror_.append(current_, node_);
     while (!nextLeadsTo(ERFileManager::firstNode, stepsLeft) &&
-           stretches.insert(node.next / ERFileManager::nodeSize).second) {
+           stretches.insert(node_.next / ERFileManager::nodeSize).second) {
         advance();
-        mirror.append(current, node);
+        mirror_.append(current_, node_);
     }
-    if (node.next == ERFileManager::firstNode)
-        mirror.close();
+    if (node_.next == ERFileManager::firstNode)
+        mirror_.close();
     else
-        mirror.giveUp();
-    node = head;
-    current = ERFileManager::firstNode;
+        mirror_.giveUp();
+    node_ = head;
+    current_ = ERFileManager::firstNode;
 }
 
 // Goes to the first node with a free block that is large enough, starting with the current one, and
 // answers its entry; -1, at the last node, when there is none.
 int ERListManager::goToSpace(ERULong wanted) {
-    if (mirror.isRing()) {
-        const int entry = mirror.goToSpace(wanted, file->endData());
+    if (mirror_.isRing()) {
+        const int entry = mirror_.goToSpace(wanted, file_->endData());
         showMirrored();
         return entry;
     }
-    const ERLong start = current;
+    const ERLong start = current_;
     ERLong stepsLeft = nodesPossible();
-    int entry = node.firstFit(wanted, file->endData());
+    int entry = node_.firstFit(wanted, file_->endData());
     while (entry == -1 && !nextLeadsTo(start, stepsLeft)) {
         advance();
-        entry = node.firstFit(wanted, file->endData());
+        entry = node_.firstFit(wanted, file_->endData());
     }
     return entry;
 }
@@ -220,14 +221,14 @@ int ERListManager::goToSpace(ERULong wanted) {
 // Goes to the first node that takes the block, starting with the current one, and adds it there;
 // answers false, at the last node, when none does.
 bool ERListManager::addToNode(ERLong location, ERULong size) {
-    if (mirror.isRing()) {
-        const bool found = mirror.goToTaker(location, size);
+    if (mirror_.isRing()) {
+        const bool found = mirror_.goToTaker(location, size);
         showMirrored();
-        return found && node.add(location, size);
+        return found && node_.add(location, size);
     }
-    const ERLong start = current;
+    const ERLong start = current_;
     ERLong stepsLeft = nodesPossible();
-    while (!node.add(location, size)) {
+    while (!node_.add(location, size)) {
         if (nextLeadsTo(start, stepsLeft)) return false;
         advance();
     }
@@ -237,19 +238,19 @@ bool ERListManager::addToNode(ERLong location, ERULong size) {
 // Goes to the node whose next is the current one, which is not the head. Stays and answers false
 // when nothing leads to it: the chain is damaged.
 bool ERListManager::goToPredecessor() {
-    if (mirror.isRing()) {
-        mirror.goToPrevious();
+    if (mirror_.isRing()) {
+        mirror_.goToPrevious();
         showMirrored();
         return true;
     }
-    const ERLong location = current;
-    const FreeListNode atLocation = node;
+    const ERLong location = current_;
+    const FreeListNode atLocation = node_;
     ERLong stepsLeft = nodesPossible();
     advance(ERFileManager::firstNode);
-    while (node.next != location) {
+    while (node_.next != location) {
         if (nextLeadsTo(ERFileManager::firstNode, stepsLeft)) {
-            node = atLocation;
-            current = location;
+            node_ = atLocation;
+            current_ = location;
             return false;
         }
         advance();
@@ -258,33 +259,33 @@ bool ERListManager::goToPredecessor() {
 }
 
 void ERListManager::showMirrored() {
-    if (current == mirror.location()) return;
-    current = mirror.location();
-    node = mirror.node();
+    if (current_ == mirror_.location()) return;
+    current_ = mirror_.location();
+    node_ = mirror_.node();
 }
 
 // --- Nodes and blocks in the file
 
 // How many nodes the file can hold: a walk with more steps is in a loop.
 ERLong ERListManager::nodesPossible() const {
-    return std::min(file->endData(), file->GetLength()) / ERFileManager::nodeSize + 1;
+    return std::min(file_->endData(), file_->GetLength()) / ERFileManager::nodeSize + 1;
 }
 
 bool ERListManager::holdsNode(ERLong location) const {
     return location == ERFileManager::firstNode ||
            (location >= ERFileManager::firstData &&
-            endOf(location, ERFileManager::nodeSize) <= file->endData());
+            endOf(location, ERFileManager::nodeSize) <= file_->endData());
 }
 
 // Whether a walk of the list that began at `start` ends with the node in hand.
 bool ERListManager::nextLeadsTo(ERLong start, ERLong& stepsLeft) const {
-    return node.next == start || !holdsNode(node.next) || --stepsLeft <= 0;
+    return node_.next == start || !holdsNode(node_.next) || --stepsLeft <= 0;
 }
 
-void ERListManager::advance() { advance(node.next); }
+void ERListManager::advance() { advance(node_.next); }
 
 void ERListManager::advance(ERLong location) {
-    if (location != current) readNode(location);
+    if (location != current_) readNode(location);
 }
 
 // A node of the free list, 67 words without gaps:
@@ -300,26 +301,26 @@ void ERListManager::advance(ERLong location) {
 // What the file ends before reads as 0, which is a node without entries and without a next.
 void ERListManager::readNode(ERLong location) {
     std::array<unsigned int, sizeof(FreeListNode) / sizeof(unsigned int)> words{};
-    file->SeekTo(location);
-    file->Read(words.data(), static_cast<unsigned int>(words.size()));
+    file_->SeekTo(location);
+    file_->Read(words.data(), static_cast<unsigned int>(words.size()));
     static_assert(sizeof(FreeListNode) == ERFileManager::nodeSize &&
                   sizeof(words) == sizeof(FreeListNode));
-    std::memcpy(static_cast<void*>(&node), words.data(), sizeof node);
-    current = location;
-    if ((node.magic & 0xFFFF) != nodeMagic) outputDebugText("BAD MAGIC NUMBER");
-    node.count = std::clamp(node.count, 0, ERLong{FreeListNode::capacity});
+    std::memcpy(static_cast<void*>(&node_), words.data(), sizeof node_);
+    current_ = location;
+    if ((node_.magic & 0xFFFF) != nodeMagic) outputDebugText("BAD MAGIC NUMBER");
+    node_.count = std::clamp(node_.count, 0, ERLong{FreeListNode::capacity});
 }
 
 void ERListManager::writeNode() {
-    writeNode(current, node);
-    mirror.update(node);
+    writeNode(current_, node_);
+    mirror_.update(node_);
 }
 
 void ERListManager::writeNode(ERLong location, const FreeListNode& written) {
     std::array<unsigned int, sizeof(FreeListNode) / sizeof(unsigned int)> words;
     std::memcpy(words.data(), &written, sizeof written);
-    file->SeekTo(location);
-    file->Write(words.data(), static_cast<unsigned int>(words.size()));
+    file_->SeekTo(location);
+    file_->Write(words.data(), static_cast<unsigned int>(words.size()));
 }
 
 // A block begins with its size:
@@ -329,13 +330,13 @@ void ERListManager::writeNode(ERLong location, const FreeListNode& written) {
 //        L  size - 4  the caller's data; L is its location
 ERULong ERListManager::readHeader(ERLong location) {
     unsigned int size = 0;
-    file->SeekTo(location);
-    return file->Read(size) ? size : 0;
+    file_->SeekTo(location);
+    return file_->Read(size) ? size : 0;
 }
 
 void ERListManager::writeHeader(ERLong location, ERULong size) {
-    file->SeekTo(location);
-    file->Write(static_cast<unsigned int>(size));
+    file_->SeekTo(location);
+    file_->Write(static_cast<unsigned int>(size));
 }
 
 }  // namespace kerf

@@ -85,11 +85,11 @@ private:
     void extendFreeList(ERLong location, ERULong size);
     void deleteNode();
 
-    ERFileManager* file;
-    ERLong current;
-    FreeListNode node;
-    FreeListMirror mirror;   // where the list is a ring, stands at the current node
-    bool unsettled = false;  // the node in memory may differ from the file's
+    ERFileManager* file_;
+    ERLong current_;
+    FreeListNode node_;
+    FreeListMirror mirror_;   // where the list is a ring, stands at the current node
+    bool unsettled_ = false;  // the node in memory may differ from the file's
 };
 
 }  // namespace kerf

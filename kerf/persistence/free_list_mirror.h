@@ -21,8 +21,8 @@ namespace kerf {
 /// Copying: copies are independent.
 class FreeListMirror {
 public:
-    bool isUnknown() const { return state == State::unknown; }  ///< nobody has read the list yet
-    bool isRing() const { return state == State::ring; }
+    bool isUnknown() const { return state_ == State::unknown; }  ///< nobody has read the list yet
+    bool isRing() const { return state_ == State::ring; }
 
     void forget() { become(State::unknown); }
     /// The list is no ring, and is walked in the file for as long as nobody forgets that.
@@ -34,8 +34,8 @@ public:
 
     // --- Of a ring
 
-    ERLong location() const { return ring[here].location; }
-    const FreeListNode& node() const { return nodes[ring[here].node]; }
+    ERLong location() const { return ring_[here_].location; }
+    const FreeListNode& node() const { return nodes_[ring_[here_].node]; }
     const FreeListNode& nextNode() const;
     std::int64_t nodesEnd() const;  ///< the first offset behind all nodes
 
@@ -67,24 +67,24 @@ private:
     };
 
     void become(State next);
-    std::size_t next(std::size_t place) const { return place + 1 == ring.size() ? 0 : place + 1; }
+    std::size_t next(std::size_t place) const { return place + 1 == ring_.size() ? 0 : place + 1; }
     std::size_t stepsTo(std::size_t place) const;
     void index(NodeNumber number, std::size_t first, std::size_t behindLast);
     void removeFromIndex(NodeNumber number, std::size_t first, std::size_t behindLast);
     void renumber(std::size_t firstPlace);
 
-    State state = State::unknown;
-    std::vector<Place> ring;
-    std::size_t here = 0;  // where it stands in the ring
+    State state_ = State::unknown;
+    std::vector<Place> ring_;
+    std::size_t here_ = 0;  // where it stands in the ring
 
     // By number: a node keeps its number, whatever the ring does.
-    std::vector<FreeListNode> nodes;
-    std::vector<std::size_t> places;
-    std::vector<NodeNumber> unusedNumbers;
+    std::vector<FreeListNode> nodes_;
+    std::vector<std::size_t> places_;
+    std::vector<NodeNumber> unusedNumbers_;
 
-    LocationIndex starts;
-    LocationIndex ends;
-    ERLong lastLocation = 0;
+    LocationIndex starts_;
+    LocationIndex ends_;
+    ERLong lastLocation_ = 0;
 };
 
 }  // namespace kerf

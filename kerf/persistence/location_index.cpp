@@ -14,38 +14,38 @@ constexpr std::size_t fewestBuckets = 64;
 void LocationIndex::clear() { *this = LocationIndex(); }
 
 void LocationIndex::insert(ERLong location, Number number) {
-    LinkNumber link = unused;
+    LinkNumber link = unused_;
     if (link == none) {
-        if (links.size() == buckets.size()) grow();
-        link = static_cast<LinkNumber>(links.size());
-        links.push_back({});
+        if (links_.size() == buckets_.size()) grow();
+        link = static_cast<LinkNumber>(links_.size());
+        links_.push_back({});
     } else {
-        unused = links[link].next;
+        unused_ = links_[link].next;
     }
-    LinkNumber& first = buckets[bucketOf(location)];
-    links[link] = {location, number, first};
+    LinkNumber& first = buckets_[bucketOf(location)];
+    links_[link] = {location, number, first};
     first = link;
 }
 
 void LocationIndex::erase(ERLong location, Number number) {
-    if (buckets.empty()) return;
-    for (LinkNumber* i = &buckets[bucketOf(location)]; *i != none; i = &links[*i].next) {
+    if (buckets_.empty()) return;
+    for (LinkNumber* i = &buckets_[bucketOf(location)]; *i != none; i = &links_[*i].next) {
         const LinkNumber link = *i;
-        if (links[link].location != location || links[link].number != number) continue;
-        *i = links[link].next;
-        links[link].next = unused;
-        unused = link;
+        if (links_[link].location != location || links_[link].number != number) continue;
+        *i = links_[link].next;
+        links_[link].next = unused_;
+        unused_ = link;
         return;
     }
 }
 
 // Only when no link is unused.
 void LocationIndex::grow() {
-    buckets.assign(std::max(fewestBuckets, 2 * buckets.size()), none);
-    shift = static_cast<int>(33 - std::bit_width(buckets.size()));
-    for (LinkNumber i = 0; i < links.size(); ++i) {
-        LinkNumber& first = buckets[bucketOf(links[i].location)];
-        links[i].next = first;
+    buckets_.assign(std::max(fewestBuckets, 2 * buckets_.size()), none);
+    shift_ = static_cast<int>(33 - std::bit_width(buckets_.size()));
+    for (LinkNumber i = 0; i < links_.size(); ++i) {
+        LinkNumber& first = buckets_[bucketOf(links_[i].location)];
+        links_[i].next = first;
         first = i;
     }
 }

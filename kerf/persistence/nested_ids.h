@@ -13,23 +13,23 @@ namespace kerf {
 class NestedIDs {
 public:
     bool contains(ERLong id) const {
-        const auto last = ids.begin() + static_cast<std::ptrdiff_t>(std::min(ids.size(), looked));
-        return std::find(ids.begin(), last, id) != last || deep.count(id) != 0;
+        const auto last = ids_.begin() + static_cast<std::ptrdiff_t>(std::min(ids_.size(), looked));
+        return std::find(ids_.begin(), last, id) != last || deep_.count(id) != 0;
     }
     void push(ERLong id) {
-        if (ids.size() >= looked) deep.insert(id);
-        ids.push_back(id);
+        if (ids_.size() >= looked) deep_.insert(id);
+        ids_.push_back(id);
     }
     void pop() {
-        if (ids.size() > looked) deep.erase(ids.back());
-        ids.pop_back();
+        if (ids_.size() > looked) deep_.erase(ids_.back());
+        ids_.pop_back();
     }
 
 private:
     static constexpr std::size_t looked = 32;  // what a look through the list finds at once
 
-    std::vector<ERLong> ids;
-    std::unordered_set<ERLong> deep;  // those behind the first ones
+    std::vector<ERLong> ids_;
+    std::unordered_set<ERLong> deep_;  // those behind the first ones
 };
 
 }  // namespace kerf

@@ -14,7 +14,7 @@ namespace kerf {
 // list is still the first of the oldest.
 
 ERCacheManager::ERCacheManager(ERFile* cachedFile, unsigned int sizeOfBlocks, unsigned int count)
-    : file(cachedFile), slots(std::max(count, 1u)), blockSize_(sizeOfBlocks) {}
+    : file_(cachedFile), slots_(std::max(count, 1u)), blockSize_(sizeOfBlocks) {}
 
 ERCacheManager::~ERCacheManager() = default;
 
@@ -23,8 +23,8 @@ const char* ERCacheManager::peek(ERLong location) {
     const unsigned int slot = slotFor(location, hit);
     touch(slot);
     if (!hit) {
-        file->SeekTo(location);
-        if (!file->Read(block(slot), blockSize_)) return nullptr;
+        file_->SeekTo(location);
+        if (!file_->Read(block(slot), blockSize_)) return nullptr;
         assign(slot, location);
     }
     return block(slot);
@@ -43,8 +43,8 @@ int ERCacheManager::write(ERLong location, const void* source) {
     const unsigned int slot = slotFor(location, hit);
     touch(slot);
     try {
-        file->SeekTo(location);
-        file->Write(static_cast<const char*>(source), blockSize_);
+        file_->SeekTo(location);
+        file_->Write(static_cast<const char*>(source), blockSize_);
     } catch (...) {
         release(slot);
         throw;
@@ -55,43 +55,43 @@ int ERCacheManager::write(ERLong location, const void* source) {
 }
 
 void ERCacheManager::invalidate() {
-    slotOf.clear();
-    entries.clear();
-    newest = oldest = none;
+    slotOf_.clear();
+    entries_.clear();
+    newest_ = oldest_ = none;
 }
 
 void ERCacheManager::invalidate(ERLong location) {
-    const unsigned int slot = slotOf.find(location);
+    const unsigned int slot = slotOf_.find(location);
     if (slot != none) release(slot);
 }
 
-unsigned int ERCacheManager::LRU() const { return oldest == none ? 0 : oldest; }
+unsigned int ERCacheManager::LRU() const { return oldest_ == none ? 0 : oldest_; }
 
 int ERCacheManager::ageAndFindSlot(ERLong location) {
-    ++clock;
-    return static_cast<int>(slotOf.find(location));
+    ++clock_;
+    return static_cast<int>(slotOf_.find(location));
 }
 
 unsigned int ERCacheManager::getFreeSlot() {
-    if (used() >= slots) return LRU();
+    if (used() >= slots_) return LRU();
     const unsigned int slot = used();
     const std::size_t needed = std::size_t{slot + 1} * blockSize_;
-    if (buffer.size() < needed)
-        buffer.resize(
-            std::min(std::max(needed, 2 * buffer.size()), std::size_t{slots} * blockSize_));
-    entries.push_back({-1, none, none, clock});
+    if (buffer_.size() < needed)
+        buffer_.resize(
+            std::min(std::max(needed, 2 * buffer_.size()), std::size_t{slots_} * blockSize_));
+    entries_.push_back({-1, none, none, clock_});
     linkNewest(slot);
     return slot;
 }
 
 unsigned int ERCacheManager::age(unsigned int slot) const {
     KERF_CHECK_ARGUMENT(slot < used());
-    return static_cast<unsigned int>(clock - entries[slot].lastUse);
+    return static_cast<unsigned int>(clock_ - entries_[slot].lastUse);
 }
 
 ERLong ERCacheManager::location(unsigned int slot) const {
     KERF_CHECK_ARGUMENT(slot < used());
-    return entries[slot].location;
+    return entries_[slot].location;
 }
 
 // The slot that holds the location, or an emptied one for it.
@@ -105,38 +105,38 @@ unsigned int ERCacheManager::slotFor(ERLong location, bool& hit) {
 }
 
 void ERCacheManager::touch(unsigned int slot) {
-    entries[slot].lastUse = clock;
-    if (slot == newest) return;
+    entries_[slot].lastUse = clock_;
+    if (slot == newest_) return;
     unlink(slot);
     linkNewest(slot);
 }
 
 void ERCacheManager::unlink(unsigned int slot) {
-    const Entry& entry = entries[slot];
-    (entry.newer == none ? newest : entries[entry.newer].older) = entry.older;
-    (entry.older == none ? oldest : entries[entry.older].newer) = entry.newer;
+    const Entry& entry = entries_[slot];
+    (entry.newer == none ? newest_ : entries_[entry.newer].older) = entry.older;
+    (entry.older == none ? oldest_ : entries_[entry.older].newer) = entry.newer;
 }
 
 void ERCacheManager::linkNewest(unsigned int slot) {
-    entries[slot].newer = none;
-    entries[slot].older = newest;
-    (newest == none ? oldest : entries[newest].newer) = slot;
-    newest = slot;
+    entries_[slot].newer = none;
+    entries_[slot].older = newest_;
+    (newest_ == none ? oldest_ : entries_[newest_].newer) = slot;
+    newest_ = slot;
 }
 
 void ERCacheManager::release(unsigned int slot) {
-    if (entries[slot].location == -1) return;
-    slotOf.erase(entries[slot].location, slot);
-    entries[slot].location = -1;
+    if (entries_[slot].location == -1) return;
+    slotOf_.erase(entries_[slot].location, slot);
+    entries_[slot].location = -1;
 }
 
 void ERCacheManager::assign(unsigned int slot, ERLong location) {
-    slotOf.insert(location, slot);
-    entries[slot].location = location;
+    slotOf_.insert(location, slot);
+    entries_[slot].location = location;
 }
 
 char* ERCacheManager::block(unsigned int slot) {
-    return buffer.data() + std::size_t{slot} * blockSize_;
+    return buffer_.data() + std::size_t{slot} * blockSize_;
 }
 
 }  // namespace kerf

@@ -48,7 +48,7 @@ public:
     unsigned int getFreeSlot();
 
     unsigned int blockSize() const { return blockSize_; }
-    unsigned int used() const { return static_cast<unsigned int>(entries.size()); }
+    unsigned int used() const { return static_cast<unsigned int>(entries_.size()); }
     unsigned int age(unsigned int slot) const;
     /// The location of the block in that slot; -1 when it is empty.
     ERLong location(unsigned int slot) const;
@@ -73,15 +73,15 @@ private:
     void assign(unsigned int slot, ERLong location);
     char* block(unsigned int slot);
 
-    ERFile* file;
-    unsigned int slots;
+    ERFile* file_;
+    unsigned int slots_;
     unsigned int blockSize_;
-    std::uint64_t clock = 0;
-    unsigned int newest = none;
-    unsigned int oldest = none;
-    std::vector<Entry> entries;
-    std::vector<char> buffer;
-    LocationIndex slotOf;
+    std::uint64_t clock_ = 0;
+    unsigned int newest_ = none;
+    unsigned int oldest_ = none;
+    std::vector<Entry> entries_;
+    std::vector<char> buffer_;
+    LocationIndex slotOf_;
 };
 
 }  // namespace kerf

@@ -14,12 +14,12 @@ public:
     explicit NumberKey(ERLong number) {
         const ERULong bits = static_cast<ERULong>(number);
         for (unsigned int i = 0; i < length; ++i)
-            bytes[i] = static_cast<char>((bits >> (8 * i)) & 0xFF);
+            bytes_[i] = static_cast<char>((bits >> (8 * i)) & 0xFF);
     }
 
-    operator char const*() const { return bytes; }
+    operator const char*() const { return bytes_; }
 
-    static ERLong numberOf(char const* key) {
+    static ERLong numberOf(const char* key) {
         ERULong bits = 0;
         for (unsigned int i = 0; i < length; ++i)
             bits |= static_cast<ERULong>(static_cast<unsigned char>(key[i])) << (8 * i);
@@ -27,7 +27,7 @@ public:
     }
 
 private:
-    char bytes[length];
+    char bytes_[length];
 };
 
 }  // namespace kerf

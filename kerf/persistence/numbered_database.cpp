@@ -23,64 +23,64 @@ ERDataBase::ERDataBase() = default;
 ERDataBase::~ERDataBase() {
     try {
         ERDataBase::Close();
-    } catch (CFileException const& failure) {
+    } catch (const CFileException& failure) {
         showMessage("File Error", failure.what());
     }
 }
 
-int ERDataBase::Open(char const* name, int readOnly) {
+int ERDataBase::Open(const char* name, int readOnly) {
     try {
         Close();
         if (ERFile::Exists(name)) {
-            if (!base.Open(name, readOnly)) return 0;
-            const ERLong indexSignature = base.getSignature(ERAuxilaryIndex::desc()->name);
-            if (indexSignature != -1 && base.signatureOf(indexID) == indexSignature) {
-                index = std::make_unique<ERAuxilaryIndex>();
-                base.Retrieve(indexID, *index);
-                index->init(*base.fileManager());
-                nextEntry = std::max(index->entries(), 0);
+            if (!base_.Open(name, readOnly)) return 0;
+            const ERLong indexSignature = base_.getSignature(ERAuxilaryIndex::desc()->name);
+            if (indexSignature != -1 && base_.signatureOf(indexID) == indexSignature) {
+                index_ = std::make_unique<ERAuxilaryIndex>();
+                base_.Retrieve(indexID, *index_);
+                index_->init(*base_.fileManager());
+                nextEntry_ = std::max(index_->entries(), 0);
                 return 1;
             }
         } else {
-            if (readOnly || !base.Open(name, readOnly)) return 0;
-            index = std::make_unique<ERAuxilaryIndex>(*base.fileManager());
-            if (base.Store(*index) == indexID) return 1;
+            if (readOnly || !base_.Open(name, readOnly)) return 0;
+            index_ = std::make_unique<ERAuxilaryIndex>(*base_.fileManager());
+            if (base_.Store(*index_) == indexID) return 1;
         }
-    } catch (CFileException const& failure) {
+    } catch (const CFileException& failure) {
         showMessage("File Error", failure.what());
     }
-    index.reset();
+    index_.reset();
     try {
-        base.Close();
-    } catch (CFileException const&) {
+        base_.Close();
+    } catch (const CFileException&) {
         // The base is closed; what failed first has been shown, or nothing was to be kept.
     }
     return 0;
 }
 
 void ERDataBase::Close() {
-    index.reset();
-    nextEntry = 0;
-    base.Close();
+    index_.reset();
+    nextEntry_ = 0;
+    base_.Close();
 }
 
 ERLong ERDataBase::save(t_SmartPtr<ERObject> object) {
-    if (index == nullptr || !object || nextEntry > lastNumber) return -1;
-    const ERLong id = base.Store(*object);
+    if (index_ == nullptr || !object || nextEntry_ > lastNumber) return -1;
+    const ERLong id = base_.Store(*object);
     if (id == -1) return -1;
     // After a crash the index may hold numbers that the count in its tree does not know of.
-    while (!index->Insert(nextEntry, id)) {
+    while (!index_->Insert(nextEntry_, id)) {
         ERLong taken = -1;
-        if (nextEntry == lastNumber || !index->Find(nextEntry, taken)) return -1;
-        ++nextEntry;
+        if (nextEntry_ == lastNumber || !index_->Find(nextEntry_, taken)) return -1;
+        ++nextEntry_;
     }
-    return nextEntry++;
+    return nextEntry_++;
 }
 
 t_SmartPtr<ERObject> ERDataBase::restore(ERLong number) {
     ERLong id = -1;
-    if (index == nullptr || !index->Find(number, id)) return {};
-    return base.RetrieveAndCreate(id);
+    if (index_ == nullptr || !index_->Find(number, id)) return {};
+    return base_.RetrieveAndCreate(id);
 }
 
 }  // namespace kerf

@@ -12,12 +12,12 @@ class ERAuxilaryIndex;
 class KERF_EXPORT ERDataBase {
 public:
     ERDataBase();
-    ERDataBase(ERDataBase const&) = delete;
-    ERDataBase& operator=(ERDataBase const&) = delete;
+    ERDataBase(const ERDataBase&) = delete;
+    ERDataBase& operator=(const ERDataBase&) = delete;
     virtual ~ERDataBase();  ///< closes
 
     /// As ERObjectDataBase::Open; also 0 for a file whose first record is no index.
-    virtual int Open(char const* name, int readOnly);
+    virtual int Open(const char* name, int readOnly);
     virtual void Close();
 
     /// Stores the object and returns its number; -1 when it got none: it was not stored, or the
@@ -27,13 +27,13 @@ public:
     virtual t_SmartPtr<ERObject> restore(ERLong number);
 
     /// How many numbers are given; the next object saved gets this one.
-    ERLong getNbEnt() const { return nextEntry; }
-    ERObjectDataBase& objects() { return base; }
+    ERLong getNbEnt() const { return nextEntry_; }
+    ERObjectDataBase& objects() { return base_; }
 
 private:
-    ERObjectDataBase base;
-    std::unique_ptr<ERAuxilaryIndex> index;
-    ERLong nextEntry = 0;
+    ERObjectDataBase base_;
+    std::unique_ptr<ERAuxilaryIndex> index_;
+    ERLong nextEntry_ = 0;
 };
 
 }  // namespace kerf

@@ -39,7 +39,7 @@ constexpr unsigned int largeCache = 1000;
 constexpr ERULong treeInfoSize = 40;
 constexpr ERULong signatureSize = 4;
 
-std::string_view cutName(char const* name) {
+std::string_view cutName(const char* name) {
     return std::string_view(name, strnlen(name, classNameLength));
 }
 
@@ -57,7 +57,7 @@ ERObjectDataBase::ERObjectDataBase() = default;
 ERObjectDataBase::~ERObjectDataBase() {
     try {
         ERObjectDataBase::Close();
-    } catch (CFileException const& failure) {
+    } catch (const CFileException& failure) {
         showMessage("File Error", failure.what());
     }
     if (ERObject::theCurrentDataBase == this) ERObject::theCurrentDataBase = nullptr;
@@ -67,67 +67,67 @@ ERObjectDataBase::~ERObjectDataBase() {
     }
 }
 
-int ERObjectDataBase::Open(char const* name, int readOnly) {
+int ERObjectDataBase::Open(const char* name, int readOnly) {
     try {
-        if (file != nullptr) Close();
+        if (file_ != nullptr) Close();
         if (ERFile::Exists(name)) {
             if (!openExisting(name, readOnly)) closeFile();
         } else if (!readOnly) {
             create(name);
         }
-    } catch (CFileException const& failure) {
+    } catch (const CFileException& failure) {
         showMessage("File Error", failure.what());
         closeFile();
     } catch (...) {
         closeFile();
         throw;
     }
-    return file != nullptr ? 1 : 0;
+    return file_ != nullptr ? 1 : 0;
 }
 
-void ERObjectDataBase::create(char const* name) {
-    file = std::make_unique<RecordFile>(name, 0);
-    const ERLong header = file->allocate(headerBlockSize);
-    classTree = std::make_unique<ERBTreeOnDisk>(*file, smallCache, ERBTreeOnDisk::create,
-                                                classNameLength, 0, -1, treeOrder, treeOrder);
-    objectTree = std::make_unique<ERBTreeOnDisk>(*file, largeCache, ERBTreeOnDisk::create,
-                                                 NumberKey::length, 1, -1, treeOrder, treeOrder);
-    classTreeLocation = classTree->baseLocation();
-    objectTreeLocation = objectTree->baseLocation();
-    const int words[] = {databaseMagic, classTreeLocation, objectTreeLocation, 0, 0, 0};
-    file->SeekTo(header);
-    file->Write(words, 6);
+void ERObjectDataBase::create(const char* name) {
+    file_ = std::make_unique<RecordFile>(name, 0);
+    const ERLong header = file_->allocate(headerBlockSize);
+    classTree_ = std::make_unique<ERBTreeOnDisk>(*file_, smallCache, ERBTreeOnDisk::create,
+                                                 classNameLength, 0, -1, treeOrder, treeOrder);
+    objectTree_ = std::make_unique<ERBTreeOnDisk>(*file_, largeCache, ERBTreeOnDisk::create,
+                                                  NumberKey::length, 1, -1, treeOrder, treeOrder);
+    classTreeLocation_ = classTree_->baseLocation();
+    objectTreeLocation_ = objectTree_->baseLocation();
+    const int words[] = {databaseMagic, classTreeLocation_, objectTreeLocation_, 0, 0, 0};
+    file_->SeekTo(header);
+    file_->Write(words, 6);
 }
 
-bool ERObjectDataBase::openExisting(char const* name, int readOnly) {
+bool ERObjectDataBase::openExisting(const char* name, int readOnly) {
     {
         // An empty file is no database, and making a file manager of it would write into it.
         ERFile probe(name, CFile::modeRead | CFile::shareDenyNone | CFile::typeBinary);
         if (probe.IsEmpty()) return false;
     }
-    file = std::make_unique<RecordFile>(name, readOnly);
-    const ERLong header = file->start();
+    file_ = std::make_unique<RecordFile>(name, readOnly);
+    const ERLong header = file_->start();
     int words[6] = {};
-    if (header < 0 || file->SeekTo(header) != header || !file->Read(words, 6)) return false;
+    if (header < 0 || file_->SeekTo(header) != header || !file_->Read(words, 6)) return false;
     if (words[0] != databaseMagic) return false;
-    classTreeLocation = words[1];
-    objectTreeLocation = words[2];
-    lastObjectID = std::max(words[3], 0);
-    objectCount = static_cast<ERULong>(words[4]);
-    lastSignature = static_cast<ERULong>(std::max(words[5], 0));
+    classTreeLocation_ = words[1];
+    objectTreeLocation_ = words[2];
+    lastObjectID_ = std::max(words[3], 0);
+    objectCount_ = static_cast<ERULong>(words[4]);
+    lastSignature_ = static_cast<ERULong>(std::max(words[5], 0));
     const auto holds = [this](ERLong location) {
-        return location > file->start() && static_cast<ERULong>(location) + treeInfoSize <=
-                                               static_cast<ERULong>(file->endData());
+        return location > file_->start() && static_cast<ERULong>(location) + treeInfoSize <=
+                                                static_cast<ERULong>(file_->endData());
     };
-    if (!holds(classTreeLocation) || !holds(objectTreeLocation)) return false;
-    classTree =
-        std::make_unique<ERBTreeOnDisk>(*file, smallCache, ERBTreeOnDisk::open, classNameLength, 0,
-                                        classTreeLocation, treeOrder, treeOrder);
-    objectTree =
-        std::make_unique<ERBTreeOnDisk>(*file, largeCache, ERBTreeOnDisk::open, NumberKey::length,
-                                        1, objectTreeLocation, treeOrder, treeOrder);
-    if (classTree->keyLength() != classNameLength || classTree->ignoreNulls() ||
-        objectTree->keyLength() != NumberKey::length || !objectTree->ignoreNulls())
+    if (!holds(classTreeLocation_) || !holds(objectTreeLocation_)) return false;
+    classTree_ =
+        std::make_unique<ERBTreeOnDisk>(*file_, smallCache, ERBTreeOnDisk::open, classNameLength, 0,
+                                        classTreeLocation_, treeOrder, treeOrder);
+    objectTree_ =
+        std::make_unique<ERBTreeOnDisk>(*file_, largeCache, ERBTreeOnDisk::open, NumberKey::length,
+                                        1, objectTreeLocation_, treeOrder, treeOrder);
+    if (classTree_->keyLength() != classNameLength || classTree_->ignoreNulls() ||
+        objectTree_->keyLength() != NumberKey::length || !objectTree_->ignoreNulls())
         return false;
     readClasses();
     return true;
@@ -136,30 +136,30 @@ bool ERObjectDataBase::openExisting(char const* name, int readOnly) {
 // Fills the maps from the class tree. Signatures given after the last clean close are in the tree
 // but not in the header; they must not be given again.
 void ERObjectDataBase::readClasses() {
-    classTree->applyToKeyAndValue(
-        [](char const* key, ERLong value, void* data) {
+    classTree_->applyToKeyAndValue(
+        [](const char* key, ERLong value, void* data) {
             ERObjectDataBase& base = *static_cast<ERObjectDataBase*>(data);
             const std::string name(cutName(key));
             const ERULong signature = static_cast<ERULong>(value);
-            base.signatures.emplace(name, signature);
-            base.creators.emplace(signature, ERClassRegistration::findCreator(name.c_str()));
-            if (value > 0) base.lastSignature = std::max(base.lastSignature, signature);
+            base.signatures_.emplace(name, signature);
+            base.creators_.emplace(signature, ERClassRegistration::findCreator(name.c_str()));
+            if (value > 0) base.lastSignature_ = std::max(base.lastSignature_, signature);
         },
         this, 1);
 }
 
 void ERObjectDataBase::Close() {
-    signatures.clear();
-    if (objectTree != nullptr && !file->isReadOnly()) writeCounters();
+    signatures_.clear();
+    if (objectTree_ != nullptr && !file_->isReadOnly()) writeCounters();
     closeFile();
 }
 
 void ERObjectDataBase::writeCounters() {
-    const int words[] = {lastObjectID, static_cast<int>(objectCount),
-                         static_cast<int>(lastSignature)};
+    const int words[] = {lastObjectID_, static_cast<int>(objectCount_),
+                         static_cast<int>(lastSignature_)};
     try {
-        file->SeekTo(file->start() + countersOffset);
-        file->Write(words, 3);
+        file_->SeekTo(file_->start() + countersOffset);
+        file_->Write(words, 3);
     } catch (...) {
         closeFile();
         throw;
@@ -167,41 +167,41 @@ void ERObjectDataBase::writeCounters() {
 }
 
 void ERObjectDataBase::closeFile() {
-    classTree.reset();
-    objectTree.reset();
-    file.reset();
-    signatures.clear();
-    creators.clear();
-    specials.clear();
-    classTreeLocation = objectTreeLocation = -1;
-    lastObjectID = 0;
-    objectCount = lastSignature = 0;
+    classTree_.reset();
+    objectTree_.reset();
+    file_.reset();
+    signatures_.clear();
+    creators_.clear();
+    specials_.clear();
+    classTreeLocation_ = objectTreeLocation_ = -1;
+    lastObjectID_ = 0;
+    objectCount_ = lastSignature_ = 0;
 }
 
-ERLong ERObjectDataBase::GetOrCreateSignature(char const* className) {
-    if (file == nullptr) return -1;
+ERLong ERObjectDataBase::GetOrCreateSignature(const char* className) {
+    if (file_ == nullptr) return -1;
     const std::string_view name = cutName(className);
-    if (const auto known = signatures.find(name); known != signatures.end())
+    if (const auto known = signatures_.find(name); known != signatures_.end())
         return static_cast<ERLong>(known->second);
     const std::string key = classKey(name);
-    ERLong signature = classTree->findValue(key.c_str());
+    ERLong signature = classTree_->findValue(key.c_str());
     if (signature == -1) {
-        if (lastSignature >= static_cast<ERULong>(std::numeric_limits<ERLong>::max())) return -1;
-        signature = static_cast<ERLong>(lastSignature + 1);
-        if (!classTree->insertKeyAndValue(key.c_str(), signature)) return -1;
-        ++lastSignature;
+        if (lastSignature_ >= static_cast<ERULong>(std::numeric_limits<ERLong>::max())) return -1;
+        signature = static_cast<ERLong>(lastSignature_ + 1);
+        if (!classTree_->insertKeyAndValue(key.c_str(), signature)) return -1;
+        ++lastSignature_;
     }
-    signatures.emplace(name, static_cast<ERULong>(signature));
-    creators.emplace(static_cast<ERULong>(signature), ERClassRegistration::findCreator(className));
+    signatures_.emplace(name, static_cast<ERULong>(signature));
+    creators_.emplace(static_cast<ERULong>(signature), ERClassRegistration::findCreator(className));
     return signature;
 }
 
-ERLong ERObjectDataBase::getSignature(char const* className) {
-    if (file == nullptr) return -1;
+ERLong ERObjectDataBase::getSignature(const char* className) {
+    if (file_ == nullptr) return -1;
     const std::string_view name = cutName(className);
-    if (const auto known = signatures.find(name); known != signatures.end())
+    if (const auto known = signatures_.find(name); known != signatures_.end())
         return static_cast<ERLong>(known->second);
-    return classTree->findValue(classKey(name).c_str());
+    return classTree_->findValue(classKey(name).c_str());
 }
 
 // What one Store has changed so far. Unless it is completed, the object, the counters, the place in
@@ -212,21 +212,21 @@ public:
     PendingStore(ERObjectDataBase& targetBase, ERObject& stored)
         : base(targetBase),
           object(stored),
-          formerID(stored.objectID),
-          formerDatabase(stored.database),
-          position(targetBase.file->CurOffset()),
-          isNew(stored.objectID == -1 || stored.database != &targetBase) {}
+          formerID(stored.objectID_),
+          formerDatabase(stored.database_),
+          position(targetBase.file_->CurOffset()),
+          isNew(stored.objectID_ == -1 || stored.database_ != &targetBase) {}
 
     ~PendingStore() {
-        if (recordOpen) base.file->abandonRecord();
-        base.file->Seek(position, CFile::begin);
+        if (recordOpen) base.file_->abandonRecord();
+        base.file_->Seek(position, CFile::begin);
         if (complete) return;
-        object.objectID = formerID;
-        object.database = formerDatabase;
+        object.objectID_ = formerID;
+        object.database_ = formerDatabase;
         if (!isNew || id == -1) return;
-        --base.objectCount;
+        --base.objectCount_;
         // Objects that this one refers to may have taken later IDs already.
-        if (base.lastObjectID == id) --base.lastObjectID;
+        if (base.lastObjectID_ == id) --base.lastObjectID_;
     }
 
     // Gives the object the ID that its record will have: its parts may refer back to it.
@@ -234,16 +234,16 @@ public:
         id = isNew ? base.freeID() : formerID;
         if (id == -1) return false;
         if (isNew) {
-            base.lastObjectID = id;
-            ++base.objectCount;
+            base.lastObjectID_ = id;
+            ++base.objectCount_;
         }
-        object.objectID = id;
-        object.database = &base;
+        object.objectID_ = id;
+        object.database_ = &base;
         return true;
     }
 
     ERLong fail() {
-        ++base.refusedStores;
+        ++base.refusedStores_;
         return -1;
     }
 
@@ -259,7 +259,7 @@ public:
 };
 
 ERLong ERObjectDataBase::Store(ERObject& object) {
-    if (file == nullptr) return -1;
+    if (file_ == nullptr) return -1;
     PendingStore pending(*this, object);
     if (stackIsShort() || !pending.identify()) return pending.fail();
     const ERLong signature = GetOrCreateSignature(object.className());
@@ -268,110 +268,110 @@ ERLong ERObjectDataBase::Store(ERObject& object) {
 
     const ERULong size = object.binaryStoreSize();
     if (size > static_cast<ERULong>(std::numeric_limits<ERLong>::max())) return pending.fail();
-    const ERLong location = file->beginRecord(size + signatureSize);
+    const ERLong location = file_->beginRecord(size + signatureSize);
     if (location == -1) return pending.fail();
     pending.recordOpen = true;
-    const unsigned int refusedBefore = refusedStores;
-    file->Write(signature);
-    object.saveGuts(*file);
+    const unsigned int refusedBefore = refusedStores_;
+    file_->Write(signature);
+    object.saveGuts(*file_);
     pending.recordOpen = false;
-    file->endRecord();
+    file_->endRecord();
     ERObject::theCurrentDataBase = this;
 
     // A record whose parts could not be stored would refer to nothing.
-    bool entered = refusedStores == refusedBefore;
+    bool entered = refusedStores_ == refusedBefore;
     ERLong formerLocation = -1;
     if (entered) {
         const NumberKey key(pending.id);
-        entered = (!pending.isNew && objectTree->replaceValue(key, location, formerLocation)) ||
-                  objectTree->insertKeyAndValue(key, location);
+        entered = (!pending.isNew && objectTree_->replaceValue(key, location, formerLocation)) ||
+                  objectTree_->insertKeyAndValue(key, location);
     }
     if (!entered) {
-        file->deallocate(location);
+        file_->deallocate(location);
         return pending.fail();
     }
     pending.complete = true;
-    if (mayBeRecord(formerLocation)) file->deallocate(formerLocation);
+    if (mayBeRecord(formerLocation)) file_->deallocate(formerLocation);
     return pending.id;
 }
 
 // The first ID behind the last one that the tree does not hold (after a crash it holds some that
 // the header does not know of); -1 when there is none left.
 ERLong ERObjectDataBase::freeID() {
-    for (ERLong id = lastObjectID; id < std::numeric_limits<ERLong>::max();)
-        if (!objectTree->containsBeforeInsertion(NumberKey(++id))) return id;
+    for (ERLong id = lastObjectID_; id < std::numeric_limits<ERLong>::max();)
+        if (!objectTree_->containsBeforeInsertion(NumberKey(++id))) return id;
     return -1;
 }
 
 // A location that a record of this file can have: behind the trees' info records, before the end.
 bool ERObjectDataBase::mayBeRecord(ERLong location) const {
-    const ERLong first = std::max(classTreeLocation, objectTreeLocation);
-    return location % 4 == 0 && location > first && location < file->endData();
+    const ERLong first = std::max(classTreeLocation_, objectTreeLocation_);
+    return location % 4 == 0 && location > first && location < file_->endData();
 }
 
 // The location of a record and the signature it begins with; -1 when there is none to be read.
 ERLong ERObjectDataBase::findRecord(ERLong id, ERULong& signature) {
-    const ERLong location = objectTree->findValue(NumberKey(id));
+    const ERLong location = objectTree_->findValue(NumberKey(id));
     if (location == -1 || !mayBeRecord(location)) return -1;
     unsigned int stored = 0;
-    file->SeekTo(location);
-    if (!file->Read(&stored, 1)) return -1;
+    file_->SeekTo(location);
+    if (!file_->Read(&stored, 1)) return -1;
     signature = stored;
     return location;
 }
 
 ERLong ERObjectDataBase::signatureOf(ERLong id) {
     ERULong signature = 0;
-    if (file == nullptr || findRecord(id, signature) == -1) return -1;
+    if (file_ == nullptr || findRecord(id, signature) == -1) return -1;
     return static_cast<ERLong>(signature);
 }
 
 int ERObjectDataBase::Retrieve(ERLong id, ERObject& object) {
-    if (file == nullptr) return 0;
+    if (file_ == nullptr) return 0;
     ERObject::theCurrentDataBase = this;
     ERULong signature = 0;
     if (findRecord(id, signature) == -1) return 0;
-    const ERLong formerID = std::exchange(object.objectID, id);
-    ERObjectDataBase* const formerDatabase = std::exchange(object.database, this);
+    const ERLong formerID = std::exchange(object.objectID_, id);
+    ERObjectDataBase* const formerDatabase = std::exchange(object.database_, this);
     try {
-        object.restoreGuts(*file);
+        object.restoreGuts(*file_);
     } catch (...) {
-        object.objectID = formerID;
-        object.database = formerDatabase;
+        object.objectID_ = formerID;
+        object.database_ = formerDatabase;
         throw;
     }
     return 1;
 }
 
 t_SmartPtr<ERObject> ERObjectDataBase::RetrieveAndCreate(ERLong id) {
-    if (file == nullptr) return {};
+    if (file_ == nullptr) return {};
     ERObject::theCurrentDataBase = this;
-    if (stackIsShort() || beingRetrieved.contains(id)) return {};
+    if (stackIsShort() || beingRetrieved_.contains(id)) return {};
     ERULong signature = 0;
     if (findRecord(id, signature) == -1) return {};
-    const auto found = creators.find(signature);
-    if (found == creators.end() || found->second == nullptr) return {};
+    const auto found = creators_.find(signature);
+    if (found == creators_.end() || found->second == nullptr) return {};
 
     t_SmartPtr<ERObject> object(found->second());
-    object->database = this;
-    object->objectID = id;
+    object->database_ = this;
+    object->objectID_ = id;
     struct Nesting {
         Nesting(NestedIDs& openIDs, ERLong opened) : ids(openIDs) { ids.push(opened); }
         ~Nesting() { ids.pop(); }
         NestedIDs& ids;
-    } const nesting(beingRetrieved, id);
-    object->restoreGuts(*file);
+    } const nesting(beingRetrieved_, id);
+    object->restoreGuts(*file_);
     return object;
 }
 
 int ERObjectDataBase::Delete(ERLong id) {
-    if (file == nullptr) return 0;
+    if (file_ == nullptr) return 0;
     ERLong location = -1;
-    if (!objectTree->removeKeyAndValue(NumberKey(id), location)) return 0;
-    const bool isPlainNumber = specials.erase(id) != 0;
+    if (!objectTree_->removeKeyAndValue(NumberKey(id), location)) return 0;
+    const bool isPlainNumber = specials_.erase(id) != 0;
     if (!isPlainNumber && mayBeRecord(location)) {
         const ERULong signature = signatureAt(location);
-        if (signature != 0 && signature <= lastSignature) file->deallocate(location);
+        if (signature != 0 && signature <= lastSignature_) file_->deallocate(location);
     }
     return 1;
 }
@@ -380,46 +380,46 @@ int ERObjectDataBase::Delete(ERLong id) {
 ERULong ERObjectDataBase::signatureAt(ERLong location) {
     unsigned int signature = 0;
     if (!mayBeRecord(location)) return 0;
-    file->SeekTo(location);
-    return file->Read(&signature, 1) ? signature : 0;
+    file_->SeekTo(location);
+    return file_->Read(&signature, 1) ? signature : 0;
 }
 
 ERLong ERObjectDataBase::InsertSpecial(ERLong value) {
-    const ERLong id = file == nullptr ? -1 : freeID();
-    if (id == -1 || !objectTree->insertKeyAndValue(NumberKey(id), value)) return -1;
-    lastObjectID = id;
-    specials.insert(id);
+    const ERLong id = file_ == nullptr ? -1 : freeID();
+    if (id == -1 || !objectTree_->insertKeyAndValue(NumberKey(id), value)) return -1;
+    lastObjectID_ = id;
+    specials_.insert(id);
     return id;
 }
 
 ERLong ERObjectDataBase::ReadSpecial(ERLong id) {
-    return file == nullptr ? -1 : objectTree->findValue(NumberKey(id));
+    return file_ == nullptr ? -1 : objectTree_->findValue(NumberKey(id));
 }
 
 int ERObjectDataBase::SetSpecial(ERLong id, ERLong value) {
-    if (file == nullptr) return 0;
+    if (file_ == nullptr) return 0;
     ERLong former = -1;
-    if (!objectTree->replaceValue(NumberKey(id), value, former)) return 0;
-    specials.insert(id);
+    if (!objectTree_->replaceValue(NumberKey(id), value, former)) return 0;
+    specials_.insert(id);
     return 1;
 }
 
-ERFileManager* ERObjectDataBase::fileManager() { return file.get(); }
+ERFileManager* ERObjectDataBase::fileManager() { return file_.get(); }
 
 void ERObjectDataBase::summarize(std::ostream& os) {
-    if (file == nullptr) return;
+    if (file_ == nullptr) return;
     const std::string stars(61, '*');
     const std::string dashes(44, '-');
     os << stars << '\n'
        << "  Base de Donn\xE9"
           "es :  "
-       << file->GetFilePath() << '\n'
+       << file_->GetFilePath() << '\n'
        << stars << '\n'
        << " File Manager : " << '\n'
        << dashes << '\n'
        << "liste des classes presentes  : " << '\n';
-    classTree->applyToKeyAndValue(
-        [](char const* key, ERLong signature, void* data) {
+    classTree_->applyToKeyAndValue(
+        [](const char* key, ERLong signature, void* data) {
             std::ostream& out = *static_cast<std::ostream*>(data);
             out << " Signature ";
             out.width(8);
@@ -434,8 +434,8 @@ void ERObjectDataBase::summarize(std::ostream& os) {
         ERObjectDataBase& base;
         std::ostream& out;
     } listing{*this, os};
-    objectTree->applyToKeyAndValue(
-        [](char const* key, ERLong location, void* data) {
+    objectTree_->applyToKeyAndValue(
+        [](const char* key, ERLong location, void* data) {
             Listing& list = *static_cast<Listing*>(data);
             list.out << "| ";
             list.out.width(8);

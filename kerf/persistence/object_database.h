@@ -33,15 +33,15 @@ class RecordFile;
 class KERF_EXPORT ERObjectDataBase : public ERReference {
 public:
     ERObjectDataBase();
-    ERObjectDataBase(ERObjectDataBase const&) = delete;
-    ERObjectDataBase& operator=(ERObjectDataBase const&) = delete;
+    ERObjectDataBase(const ERObjectDataBase&) = delete;
+    ERObjectDataBase& operator=(const ERObjectDataBase&) = delete;
     /// Closes. theCurrentDataBase, and a new that is still to be attached, forget this base.
     virtual ~ERObjectDataBase();
 
     /// Opens the file of that name, or creates it unless readOnly is set. 1 when the base is open
     /// at the end. 0 for a file that is missing (read only), empty, or no database: its bytes stay
     /// as they are. A file error is shown under the title "File Error" and answers 0.
-    virtual int Open(char const* name, int readOnly);
+    virtual int Open(const char* name, int readOnly);
     virtual void Close();
 
     /// Writes the object as a new record, or as a new version of the one it has here: the former
@@ -66,7 +66,7 @@ public:
     virtual void summarize(std::ostream& os);
 
     /// The signature of a class; -1 for a class that the base does not know.
-    ERLong getSignature(char const* className);
+    ERLong getSignature(const char* className);
 
     /// The signature that the record of that ID begins with; -1 when there is no such record.
     ERLong signatureOf(ERLong id);
@@ -82,10 +82,10 @@ public:
 
     /// Null while the base is closed.
     ERFileManager* fileManager();
-    unsigned int getNbObj() const { return objectCount; }
+    unsigned int getNbObj() const { return objectCount_; }
 
 protected:
-    ERLong GetOrCreateSignature(char const* className);
+    ERLong GetOrCreateSignature(const char* className);
 
 private:
     friend class ERObject;
@@ -98,8 +98,8 @@ private:
     };
     class PendingStore;
 
-    void create(char const* name);
-    bool openExisting(char const* name, int readOnly);
+    void create(const char* name);
+    bool openExisting(const char* name, int readOnly);
     void readClasses();
     void writeCounters();
     void closeFile();
@@ -108,19 +108,19 @@ private:
     bool mayBeRecord(ERLong location) const;
     ERULong signatureAt(ERLong location);
 
-    std::unique_ptr<RecordFile> file;
-    std::unique_ptr<ERBTreeOnDisk> classTree;   ///< class name, up to 60 bytes, to signature
-    std::unique_ptr<ERBTreeOnDisk> objectTree;  ///< object ID to record location
-    ERLong classTreeLocation = -1;
-    ERLong objectTreeLocation = -1;
-    ERLong lastObjectID = 0;
-    ERULong objectCount = 0;
-    ERULong lastSignature = 0;
-    std::unordered_map<std::string, ERULong, NameHash, std::equal_to<>> signatures;
-    std::unordered_map<ERULong, ERClassRegistration::Creator> creators;
-    std::unordered_set<ERLong> specials;  ///< IDs known to hold plain numbers
-    NestedIDs beingRetrieved;
-    unsigned int refusedStores = 0;  ///< stores and references that failed so far
+    std::unique_ptr<RecordFile> file_;
+    std::unique_ptr<ERBTreeOnDisk> classTree_;   ///< class name, up to 60 bytes, to signature
+    std::unique_ptr<ERBTreeOnDisk> objectTree_;  ///< object ID to record location
+    ERLong classTreeLocation_ = -1;
+    ERLong objectTreeLocation_ = -1;
+    ERLong lastObjectID_ = 0;
+    ERULong objectCount_ = 0;
+    ERULong lastSignature_ = 0;
+    std::unordered_map<std::string, ERULong, NameHash, std::equal_to<>> signatures_;
+    std::unordered_map<ERULong, ERClassRegistration::Creator> creators_;
+    std::unordered_set<ERLong> specials_;  ///< IDs known to hold plain numbers
+    NestedIDs beingRetrieved_;
+    unsigned int refusedStores_ = 0;  ///< stores and references that failed so far
 };
 
 }  // namespace kerf

@@ -7,39 +7,39 @@
 namespace kerf {
 
 int ERObject::Save(ERObjectDataBase* target) {
-    if (target == nullptr && database == nullptr) return 0;
-    if (target != nullptr && target != database) {
-        if (database != nullptr && dirty && objectID != -1 && database->Store(*this) == -1)
+    if (target == nullptr && database_ == nullptr) return 0;
+    if (target != nullptr && target != database_) {
+        if (database_ != nullptr && dirty_ && objectID_ != -1 && database_->Store(*this) == -1)
             return 0;
 
         // Whatever ends the store early, the object keeps the identity that it came with.
         struct Identity {
             ERObject& object;
-            const ERLong objectID = object.objectID;
-            ERObjectDataBase* const database = object.database;
+            const ERLong objectID = object.objectID_;
+            ERObjectDataBase* const database = object.database_;
             bool keep = true;
             ~Identity() {
                 if (!keep) return;
-                object.objectID = objectID;
-                object.database = database;
+                object.objectID_ = objectID;
+                object.database_ = database;
             }
         } former{*this};
-        database = nullptr;
-        objectID = 0;  // the missing database alone makes this a new record
+        database_ = nullptr;
+        objectID_ = 0;  // the missing database alone makes this a new record
         if (target->Store(*this) == -1) return 0;
         former.keep = false;
-    } else if (dirty && database->Store(*this) == -1) {
+    } else if (dirty_ && database_->Store(*this) == -1) {
         return 0;
     }
-    dirty = 0;
+    dirty_ = 0;
     return 1;
 }
 
 int ERObject::Delete() {
-    if (database == nullptr || objectID == -1) return 0;
-    if (database->Delete(objectID) == 0) return 0;
-    database = nullptr;
-    objectID = -1;
+    if (database_ == nullptr || objectID_ == -1) return 0;
+    if (database_->Delete(objectID_) == 0) return 0;
+    database_ = nullptr;
+    objectID_ = -1;
     return 1;
 }
 
@@ -49,9 +49,9 @@ void ERObject::recursiveSaveOn(ERFile& file) {
     Save(current);
     theCurrentDataBase = current;  // an object that comes from another base is stored there first
     // Where that failed its ID is one of the other base: no record of this one may hold it.
-    if (current != nullptr && database != current && objectID != -1) ++current->refusedStores;
+    if (current != nullptr && database_ != current && objectID_ != -1) ++current->refusedStores_;
     file.SeekTo(position);
-    file.Write(objectID);
+    file.Write(objectID_);
 }
 
 t_SmartPtr<ERObject> ERObject::recursiveRestoreFrom(ERFile& file) {

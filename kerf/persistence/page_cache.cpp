@@ -40,9 +40,9 @@ void PageCache::forget(std::int64_t position, std::size_t count) {
 }
 
 void PageCache::clear() {
-    pages.clear();
-    byNumber.clear();
-    hand = 0;
+    pages_.clear();
+    byNumber_.clear();
+    hand_ = 0;
 }
 
 // Calls change(page, first, last) for each held page that the bytes lie in, with the range of them
@@ -52,7 +52,7 @@ void PageCache::forEachHeld(std::int64_t position, std::size_t count, const Chan
     if (count == 0) return;
     const auto size = static_cast<std::int64_t>(pageSize);
     const std::int64_t last = std::min(position + static_cast<std::int64_t>(count),
-                                       static_cast<std::int64_t>(byNumber.size()) * size);
+                                       static_cast<std::int64_t>(byNumber_.size()) * size);
     for (std::int64_t start = pageStart(position); start < last; start += size) {
         Page* const page = find(start);
         if (page == nullptr) continue;
@@ -63,18 +63,18 @@ void PageCache::forEachHeld(std::int64_t position, std::size_t count, const Chan
 
 PageCache::Page* PageCache::find(std::int64_t position) {
     const auto number = static_cast<std::size_t>(position) / pageSize;
-    return number < byNumber.size() ? byNumber[number] : nullptr;
+    return number < byNumber_.size() ? byNumber_[number] : nullptr;
 }
 
 // Memory for that page: its own when it is held already, new memory while there may be more, or
 // that of a page not read lately. It holds nothing until it is kept.
 PageCache::Page& PageCache::pageFor(std::int64_t start) {
     Page* page = find(start);
-    if (page == nullptr && pages.size() < mostPages)
-        page = pages.emplace_back(std::make_unique<Page>()).get();
+    if (page == nullptr && pages_.size() < mostPages)
+        page = pages_.emplace_back(std::make_unique<Page>()).get();
     while (page == nullptr) {
-        Page& here = *pages[hand];
-        hand = (hand + 1) % pages.size();
+        Page& here = *pages_[hand_];
+        hand_ = (hand_ + 1) % pages_.size();
         if (!here.recent) page = &here;
         here.recent = false;
     }
@@ -85,15 +85,15 @@ PageCache::Page& PageCache::pageFor(std::int64_t start) {
 void PageCache::keep(Page& page, std::int64_t start, std::size_t filled) {
     if (filled == 0) return;
     const auto number = static_cast<std::size_t>(start) / pageSize;
-    if (number >= byNumber.size()) byNumber.resize(number + 1, nullptr);
+    if (number >= byNumber_.size()) byNumber_.resize(number + 1, nullptr);
     page.number = static_cast<std::uint32_t>(number);
     page.filled = filled;
     page.recent = true;
-    byNumber[number] = &page;
+    byNumber_[number] = &page;
 }
 
 void PageCache::drop(Page& page) {
-    if (page.number != none) byNumber[page.number] = nullptr;
+    if (page.number != none) byNumber_[page.number] = nullptr;
     page.number = none;
     page.filled = 0;
 }

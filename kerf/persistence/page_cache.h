@@ -56,9 +56,9 @@ private:
     template <class Change>
     void forEachHeld(std::int64_t position, std::size_t count, const Change& change);
 
-    std::vector<std::unique_ptr<Page>> pages;
-    std::vector<Page*> byNumber;  // null where none is held
-    std::size_t hand = 0;         // of the clock that finds the page to give up
+    std::vector<std::unique_ptr<Page>> pages_;
+    std::vector<Page*> byNumber_;  // null where none is held
+    std::size_t hand_ = 0;         // of the clock that finds the page to give up
 };
 
 }  // namespace kerf

@@ -17,7 +17,7 @@ constexpr unsigned int bucketCount = 10;
 constexpr ERULong smallestStoredEntry = 5;  // a key and an undefined property
 
 // The remainder of a negative key is negative; as an unsigned number it still has one bucket.
-unsigned int propertyHash(ERLong const& key) { return static_cast<unsigned int>(key % 255); }
+unsigned int propertyHash(const ERLong& key) { return static_cast<unsigned int>(key % 255); }
 
 // The integer part, held within 64 bits; not-a-number is 0.
 std::int64_t integerPart(double value) {
@@ -33,27 +33,27 @@ int heldInInt(std::int64_t value) {
 
 }  // namespace
 
-ERDBObjProperty::ERDBObjProperty(int value) : type(Long), integer(value) {}
+ERDBObjProperty::ERDBObjProperty(int value) : type_(Long), integer(value) {}
 
-ERDBObjProperty::ERDBObjProperty(long value) : type(Long), integer(static_cast<ERLong>(value)) {}
+ERDBObjProperty::ERDBObjProperty(long value) : type_(Long), integer(static_cast<ERLong>(value)) {}
 
-ERDBObjProperty::ERDBObjProperty(double value) : type(Double), real(value) {}
+ERDBObjProperty::ERDBObjProperty(double value) : type_(Double), real(value) {}
 
-ERDBObjProperty::ERDBObjProperty(char const* value)
-    : type(String), text(value == nullptr ? "" : value) {}
+ERDBObjProperty::ERDBObjProperty(const char* value)
+    : type_(String), text_(value == nullptr ? "" : value) {}
 
-ERDBObjProperty::ERDBObjProperty(unsigned int value) : type(UnsignedLong), natural(value) {}
+ERDBObjProperty::ERDBObjProperty(unsigned int value) : type_(UnsignedLong), natural(value) {}
 
 ERDBObjProperty::ERDBObjProperty(unsigned long value)
-    : type(UnsignedLong), natural(static_cast<ERULong>(value)) {}
+    : type_(UnsignedLong), natural(static_cast<ERULong>(value)) {}
 
 ERDBObjProperty::~ERDBObjProperty() = default;
 
 void ERDBObjProperty::reset() { *this = ERDBObjProperty(); }
 
 void ERDBObjProperty::printOn(std::ostream& os) const {
-    os << "ERDBObjProperty type = " << static_cast<int>(type) << std::endl;
-    switch (type) {
+    os << "ERDBObjProperty type = " << static_cast<int>(type_) << std::endl;
+    switch (type_) {
         case Undefined:
             os << " GV (UNDEF!!!) ";
             break;
@@ -64,7 +64,7 @@ void ERDBObjProperty::printOn(std::ostream& os) const {
             os << " GV (double) " << real;
             break;
         case String:
-            os << " GV (String) " << text;
+            os << " GV (String) " << text_;
             break;
         case UnsignedLong:
             os << " GV (unsigned long) " << natural;
@@ -73,14 +73,14 @@ void ERDBObjProperty::printOn(std::ostream& os) const {
 }
 
 ERULong ERDBObjProperty::binaryStoreSize() const {
-    switch (type) {
+    switch (type_) {
         case Long:
         case UnsignedLong:
             return 5;
         case Double:
             return 9;
         case String:
-            return static_cast<ERULong>(text.size()) + 6;
+            return static_cast<ERULong>(text_.size()) + 6;
         case Undefined:
             break;
     }
@@ -88,8 +88,8 @@ ERULong ERDBObjProperty::binaryStoreSize() const {
 }
 
 void ERDBObjProperty::saveGuts(ERFile& file) const {
-    file.Write(static_cast<char>(type));
-    switch (type) {
+    file.Write(static_cast<char>(type_));
+    switch (type_) {
         case Undefined:
             break;
         case Long:
@@ -102,8 +102,8 @@ void ERDBObjProperty::saveGuts(ERFile& file) const {
             file.Write(real);
             break;
         case String:
-            file.Write(static_cast<int>(text.size()));
-            file.Write(text.c_str(), static_cast<unsigned int>(text.size()) + 1);
+            file.Write(static_cast<int>(text_.size()));
+            file.Write(text_.c_str(), static_cast<unsigned int>(text_.size()) + 1);
             break;
     }
 }
@@ -130,22 +130,22 @@ void ERDBObjProperty::restoreGuts(ERFile& file) {
                 whole = 0;
                 break;
             }
-            text.resize(static_cast<std::size_t>(length) + 1);
-            whole = file.Read(text.data(), static_cast<unsigned int>(text.size()));
-            text.pop_back();
+            text_.resize(static_cast<std::size_t>(length) + 1);
+            whole = file.Read(text_.data(), static_cast<unsigned int>(text_.size()));
+            text_.pop_back();
             break;
         }
         default:
             return;
     }
     if (whole)
-        type = static_cast<TYPE>(stored);
+        type_ = static_cast<TYPE>(stored);
     else
         reset();
 }
 
 ERDBObjProperty::operator double() const {
-    switch (type) {
+    switch (type_) {
         case Long:
             return integer;
         case UnsignedLong:
@@ -153,7 +153,7 @@ ERDBObjProperty::operator double() const {
         case Double:
             return real;
         case String:
-            return std::atof(text.c_str());
+            return std::atof(text_.c_str());
         case Undefined:
             break;
     }
@@ -161,7 +161,7 @@ ERDBObjProperty::operator double() const {
 }
 
 ERDBObjProperty::operator int() const {
-    switch (type) {
+    switch (type_) {
         case Long:
             return integer;
         case UnsignedLong:
@@ -169,7 +169,7 @@ ERDBObjProperty::operator int() const {
         case Double:
             return heldInInt(integerPart(real));
         case String:
-            return heldInInt(std::strtoll(text.c_str(), nullptr, 10));
+            return heldInInt(std::strtoll(text_.c_str(), nullptr, 10));
         case Undefined:
             break;
     }
@@ -177,19 +177,19 @@ ERDBObjProperty::operator int() const {
 }
 
 ERDBObjProperty::operator unsigned int() const {
-    if (type == UnsignedLong) return natural;
-    if (type == Double) return static_cast<unsigned int>(integerPart(real));
+    if (type_ == UnsignedLong) return natural;
+    if (type_ == Double) return static_cast<unsigned int>(integerPart(real));
     return static_cast<unsigned int>(operator int());
 }
 
-ERDBObjProperty::operator char const*() const { return type == String ? text.c_str() : ""; }
+ERDBObjProperty::operator const char*() const { return type_ == String ? text_.c_str() : ""; }
 
 ERDBObjPropertyTable::ERDBObjPropertyTable() : ERTValHashDictionary(propertyHash, bucketCount) {}
 
 ERULong ERDBObjPropertyTable::binaryStoreSize() const {
     ERULong total = 4;
     applyToKeyAndValue(
-        [](ERLong const&, ERDBObjProperty const& property, void* sum) {
+        [](const ERLong&, const ERDBObjProperty& property, void* sum) {
             *static_cast<ERULong*>(sum) += 4 + property.binaryStoreSize();
         },
         &total);
@@ -199,7 +199,7 @@ ERULong ERDBObjPropertyTable::binaryStoreSize() const {
 void ERDBObjPropertyTable::saveGuts(ERFile& file) const {
     file.Write(static_cast<int>(entries()));
     applyToKeyAndValue(
-        [](ERLong const& key, ERDBObjProperty const& property, void* target) {
+        [](const ERLong& key, const ERDBObjProperty& property, void* target) {
             static_cast<ERFile*>(target)->Write(key);
             property.saveGuts(*static_cast<ERFile*>(target));
         },

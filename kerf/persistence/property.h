@@ -33,11 +33,11 @@ public:
     ERDBObjProperty(int value);
     ERDBObjProperty(long value);
     ERDBObjProperty(double value);
-    ERDBObjProperty(char const* value);  ///< null is the empty string
+    ERDBObjProperty(const char* value);  ///< null is the empty string
     ERDBObjProperty(unsigned int value);
     ERDBObjProperty(unsigned long value);
-    ERDBObjProperty(ERDBObjProperty const&) = default;
-    ERDBObjProperty& operator=(ERDBObjProperty const&) = default;
+    ERDBObjProperty(const ERDBObjProperty&) = default;
+    ERDBObjProperty& operator=(const ERDBObjProperty&) = default;
     virtual ~ERDBObjProperty();
 
     virtual void printOn(std::ostream& os) const;
@@ -49,7 +49,7 @@ public:
 
     /// Back to undefined.
     void reset();
-    TYPE getType() const { return type; }
+    TYPE getType() const { return type_; }
 
     /// A string is read as a number by its leading digits; undefined is 0.
     operator double() const;
@@ -57,16 +57,16 @@ public:
     operator int() const;
     operator unsigned int() const;
     /// The text of a string, valid until the property changes; of any other type the empty string.
-    operator char const*() const;
+    operator const char*() const;
 
 private:
-    TYPE type = Undefined;
+    TYPE type_ = Undefined;
     union {
         ERLong integer = 0;
         ERULong natural;
         double real;
     };
-    std::string text;
+    std::string text_;
 };
 
 /// The properties of one object by their keys, in 10 buckets. Keys 1 to 5 are the library's (see

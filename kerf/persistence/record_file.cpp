@@ -5,7 +5,7 @@
 
 namespace kerf {
 
-RecordFile::RecordFile(char const* name, int readOnlyMode) : ERFileManager(name, readOnlyMode) {}
+RecordFile::RecordFile(const char* name, int readOnlyMode) : ERFileManager(name, readOnlyMode) {}
 
 RecordFile::~RecordFile() = default;
 
@@ -13,8 +13,8 @@ ERLong RecordFile::beginRecord(ERULong size) {
     ERULong blockSize = 0;
     const ERLong location = allocateUnwritten(size, blockSize);
     if (location == -1) return -1;
-    if (openRecords == records.size()) records.emplace_back();
-    Record& record = records[openRecords++];
+    if (openRecords_ == records_.size()) records_.emplace_back();
+    Record& record = records_[openRecords_++];
     record.start = location - static_cast<ERLong>(sizeof blockSize);
     record.size = size + sizeof blockSize;
     record.bytes.clear();
@@ -24,13 +24,13 @@ ERLong RecordFile::beginRecord(ERULong size) {
 }
 
 void RecordFile::endRecord() {
-    Record& record = records[--openRecords];
+    Record& record = records_[--openRecords_];
     Seek(record.start, CFile::begin);
     writeThrough(record.bytes.data(), record.bytes.size());
     if (record.bytes.capacity() > largestSpareBuffer) record.bytes = std::vector<char>();
 }
 
-void RecordFile::abandonRecord() { --openRecords; }
+void RecordFile::abandonRecord() { --openRecords_; }
 
 // Doubling ends at the size of the record: a large one takes no more memory than its bytes.
 void RecordFile::Record::makeRoom(std::size_t needed) {
@@ -39,16 +39,16 @@ void RecordFile::Record::makeRoom(std::size_t needed) {
 }
 
 void RecordFile::SetLength(std::int64_t newLength) {
-    pages.clear();
+    pages_.clear();
     ERFileManager::SetLength(newLength);
 }
 
 // Nothing but a class that reads back what it is just storing comes here with a record open.
 void RecordFile::flushRecords() {
     const std::int64_t position = GetPosition();
-    for (std::size_t i = 0; i < openRecords; ++i) {
-        Seek(records[i].start, CFile::begin);
-        writeThrough(records[i].bytes.data(), records[i].bytes.size());
+    for (std::size_t i = 0; i < openRecords_; ++i) {
+        Seek(records_[i].start, CFile::begin);
+        writeThrough(records_[i].bytes.data(), records_[i].bytes.size());
     }
     Seek(position, CFile::begin);
 }
@@ -56,11 +56,11 @@ void RecordFile::flushRecords() {
 std::size_t RecordFile::readBytes(void* data, std::size_t count) {
     const std::int64_t position = GetPosition();
     const std::int64_t last = position + static_cast<std::int64_t>(count);
-    const auto overlaps = [&](Record const& record) {
+    const auto overlaps = [&](const Record& record) {
         return position < record.start + static_cast<std::int64_t>(record.bytes.size()) &&
                record.start < last;
     };
-    if (std::any_of(records.begin(), records.begin() + static_cast<std::ptrdiff_t>(openRecords),
+    if (std::any_of(records_.begin(), records_.begin() + static_cast<std::ptrdiff_t>(openRecords_),
                     overlaps))
         flushRecords();
     if (count > largestPagedRead || last > PageCache::end)
@@ -70,10 +70,10 @@ std::size_t RecordFile::readBytes(void* data, std::size_t count) {
     std::size_t done = 0;
     while (done < count) {
         const std::int64_t wanted = position + static_cast<std::int64_t>(done);
-        std::size_t copied = pages.read(wanted, target + done, count - done);
+        std::size_t copied = pages_.read(wanted, target + done, count - done);
         if (copied == 0) {
             loadPage(wanted);
-            copied = pages.read(wanted, target + done, count - done);
+            copied = pages_.read(wanted, target + done, count - done);
             if (copied == 0) break;  // the file ends here
         }
         done += copied;
@@ -92,21 +92,21 @@ void RecordFile::loadPage(std::int64_t position) {
     } const keeper(*this);
     const std::int64_t start = PageCache::pageStart(position);
     Seek(start, CFile::begin);
-    pages.load(start, [this](char* bytes) {
+    pages_.load(start, [this](char* bytes) {
         return ERFileManager::readBytes(bytes, PageCache::pageSize);
     });
 }
 
 void RecordFile::writeBytes(const void* data, std::size_t count) {
-    if (openRecords == 0 || count == 0) return writeThrough(data, count);
-    Record& record = records[openRecords - 1];
+    if (openRecords_ == 0 || count == 0) return writeThrough(data, count);
+    Record& record = records_[openRecords_ - 1];
     const std::int64_t position = GetPosition();
     const std::int64_t recordEnd = record.start + static_cast<std::int64_t>(record.size);
     if (position < record.start || position >= recordEnd) return writeThrough(data, count);
 
     const std::size_t offset = static_cast<std::size_t>(position - record.start);
     const std::size_t held = std::min(count, record.size - offset);
-    char const* const bytes = static_cast<char const*>(data);
+    const char* const bytes = static_cast<const char*>(data);
     record.makeRoom(offset + held);
     if (offset == record.bytes.size()) {
         record.bytes.insert(record.bytes.end(), bytes, bytes + held);
@@ -116,7 +116,7 @@ void RecordFile::writeBytes(const void* data, std::size_t count) {
     }
     Seek(position + static_cast<std::int64_t>(held), CFile::begin);
     // A class that writes more than its binaryStoreSize reaches past its block, as in any file.
-    if (held < count) writeThrough(static_cast<char const*>(data) + held, count - held);
+    if (held < count) writeThrough(static_cast<const char*>(data) + held, count - held);
 }
 
 // A write that fails may have changed part of the range.
@@ -125,10 +125,10 @@ void RecordFile::writeThrough(const void* data, std::size_t count) {
     try {
         ERFileManager::writeBytes(data, count);
     } catch (...) {
-        pages.forget(position, count);
+        pages_.forget(position, count);
         throw;
     }
-    pages.written(position, data, count);
+    pages_.written(position, data, count);
 }
 
 }  // namespace kerf

@@ -13,7 +13,7 @@ namespace kerf {
 /// straight through. Readers and writers of records see a plain ERFile.
 class RecordFile : public ERFileManager {
 public:
-    RecordFile(char const* name, int readOnlyMode);
+    RecordFile(const char* name, int readOnlyMode);
     ~RecordFile() override;
 
     /// Allocates a block for `size` bytes of data and opens it as a record, with the position at
@@ -47,9 +47,9 @@ private:
     static constexpr std::size_t largestPagedRead = 2 * PageCache::pageSize;
     static constexpr std::size_t largestSpareBuffer = std::size_t{1} << 20;
 
-    std::vector<Record> records;  ///< open ones first, innermost last; behind them spare buffers
-    std::size_t openRecords = 0;
-    PageCache pages;
+    std::vector<Record> records_;  ///< open ones first, innermost last; behind them spare buffers
+    std::size_t openRecords_ = 0;
+    PageCache pages_;
 };
 
 }  // namespace kerf

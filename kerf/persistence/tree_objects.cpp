@@ -32,51 +32,51 @@ StoredNumberTree::StoredNumberTree() = default;
 StoredNumberTree::~StoredNumberTree() = default;
 
 void StoredNumberTree::create(ERFileManager& file, unsigned int cacheSlots) {
-    tree = numberTree(file, cacheSlots, ERBTreeOnDisk::create, -1);
-    treeLocation = tree->baseLocation();
+    tree_ = numberTree(file, cacheSlots, ERBTreeOnDisk::create, -1);
+    treeLocation_ = tree_->baseLocation();
 }
 
 void StoredNumberTree::open(ERFileManager& file, unsigned int cacheSlots) {
-    tree.reset();
+    tree_.reset();
     const bool inFile =
-        treeLocation > file.start() &&
-        static_cast<ERULong>(treeLocation) + treeInfoSize <= static_cast<ERULong>(file.endData());
+        treeLocation_ > file.start() &&
+        static_cast<ERULong>(treeLocation_) + treeInfoSize <= static_cast<ERULong>(file.endData());
     if (!inFile) return;
-    tree = numberTree(file, cacheSlots, ERBTreeOnDisk::open, treeLocation);
-    if (tree->keyLength() != NumberKey::length || !tree->ignoreNulls()) tree.reset();
+    tree_ = numberTree(file, cacheSlots, ERBTreeOnDisk::open, treeLocation_);
+    if (tree_->keyLength() != NumberKey::length || !tree_->ignoreNulls()) tree_.reset();
 }
 
 int StoredNumberTree::insert(ERLong key, ERLong value) {
-    return tree != nullptr ? tree->insertKeyAndValue(NumberKey(key), value) : 0;
+    return tree_ != nullptr ? tree_->insertKeyAndValue(NumberKey(key), value) : 0;
 }
 
 int StoredNumberTree::remove(ERLong key) {
-    return tree != nullptr ? tree->remove(NumberKey(key)) : 0;
+    return tree_ != nullptr ? tree_->remove(NumberKey(key)) : 0;
 }
 
 int StoredNumberTree::find(ERLong key, ERLong& value) const {
-    if (tree == nullptr || !tree->contains(NumberKey(key))) return 0;
-    value = tree->findValue(NumberKey(key));
+    if (tree_ == nullptr || !tree_->contains(NumberKey(key))) return 0;
+    value = tree_->findValue(NumberKey(key));
     return 1;
 }
 
 ERLong StoredNumberTree::entries() const {
-    return tree != nullptr ? static_cast<ERLong>(tree->entries()) : 0;
+    return tree_ != nullptr ? static_cast<ERLong>(tree_->entries()) : 0;
 }
 
 ERAuxilaryIndex::ERAuxilaryIndex() = default;
 
-ERAuxilaryIndex::ERAuxilaryIndex(ERFileManager& file) { tree.create(file, indexCache); }
+ERAuxilaryIndex::ERAuxilaryIndex(ERFileManager& file) { tree_.create(file, indexCache); }
 
 ERAuxilaryIndex::~ERAuxilaryIndex() = default;
 
-void ERAuxilaryIndex::init(ERFileManager& file) { tree.open(file, indexCache); }
+void ERAuxilaryIndex::init(ERFileManager& file) { tree_.open(file, indexCache); }
 
-int ERAuxilaryIndex::Insert(ERLong key, ERLong const& value) { return tree.insert(key, value); }
+int ERAuxilaryIndex::Insert(ERLong key, const ERLong& value) { return tree_.insert(key, value); }
 
-int ERAuxilaryIndex::Find(ERLong key, ERLong& value) { return tree.find(key, value); }
+int ERAuxilaryIndex::Find(ERLong key, ERLong& value) { return tree_.find(key, value); }
 
-ERLong ERAuxilaryIndex::entries() const { return tree.entries(); }
+ERLong ERAuxilaryIndex::entries() const { return tree_.entries(); }
 
 ERObject* ERAuxilaryIndex::getCopy() const { return ERObject::getCopy(); }
 
@@ -84,13 +84,13 @@ void ERAuxilaryIndex::printOn(std::ostream& os) const { ERObject::printOn(os); }
 
 void ERAuxilaryIndex::saveGuts(ERFile& file) const {
     ERObject::saveGuts(file);
-    file.Write(tree.location());
+    file.Write(tree_.location());
 }
 
 void ERAuxilaryIndex::restoreGuts(ERFile& file) {
     ERObject::restoreGuts(file);
     ERLong stored = -1;
-    tree.location(file.Read(stored) ? stored : -1);
+    tree_.location(file.Read(stored) ? stored : -1);
 }
 
 ERULong ERAuxilaryIndex::binaryStoreSize() const { return ERObject::binaryStoreSize() + 4; }
@@ -99,27 +99,27 @@ ERDBTree::ERDBTree() = default;
 
 ERDBTree::~ERDBTree() = default;
 
-void ERDBTree::Create(char const* name, ERFileManager& file) {
+void ERDBTree::Create(const char* name, ERFileManager& file) {
     name_ = name;
-    tree.create(file, namedTreeCache);
+    tree_.create(file, namedTreeCache);
     setDirty();
 }
 
-void ERDBTree::Reload(ERFileManager& file) { tree.open(file, namedTreeCache); }
+void ERDBTree::Reload(ERFileManager& file) { tree_.open(file, namedTreeCache); }
 
-int ERDBTree::insertKeyAndValue(ERLong key, ERLong value) { return tree.insert(key, value); }
+int ERDBTree::insertKeyAndValue(ERLong key, ERLong value) { return tree_.insert(key, value); }
 
-int ERDBTree::remove(ERLong const& key) { return tree.remove(key); }
+int ERDBTree::remove(const ERLong& key) { return tree_.remove(key); }
 
 ERLong ERDBTree::findValue(ERLong key) const {
     ERLong value = -1;
-    tree.find(key, value);
+    tree_.find(key, value);
     return value;
 }
 
 int ERDBTree::contains(ERLong key) const {
     ERLong value = -1;
-    return tree.find(key, value);
+    return tree_.find(key, value);
 }
 
 ERObject* ERDBTree::getCopy() const { return ERObject::getCopy(); }
@@ -128,14 +128,14 @@ void ERDBTree::printOn(std::ostream& os) const { ERObject::printOn(os); }
 
 void ERDBTree::saveGuts(ERFile& file) const {
     ERObject::saveGuts(file);
-    file.Write(tree.location());
+    file.Write(tree_.location());
     name_.saveOn(file);
 }
 
 void ERDBTree::restoreGuts(ERFile& file) {
     ERObject::restoreGuts(file);
     ERLong stored = -1;
-    tree.location(file.Read(stored) ? stored : -1);
+    tree_.location(file.Read(stored) ? stored : -1);
     name_.restoreFrom(file);
 }
 

@@ -27,12 +27,12 @@ public:
     int find(ERLong key, ERLong& value) const;
     ERLong entries() const;
 
-    ERLong location() const { return treeLocation; }
-    void location(ERLong stored) { treeLocation = stored; }
+    ERLong location() const { return treeLocation_; }
+    void location(ERLong stored) { treeLocation_ = stored; }
 
 private:
-    std::unique_ptr<ERBTreeOnDisk> tree;
-    ERLong treeLocation = -1;
+    std::unique_ptr<ERBTreeOnDisk> tree_;
+    ERLong treeLocation_ = -1;
 };
 
 /// The index of an ERDataBase: entry number to object ID. Stored form: the tree's location, 4
@@ -48,7 +48,7 @@ public:
     /// Opens the tree whose location was restored.
     void init(ERFileManager& file);
     /// 0 when the key is there already.
-    int Insert(ERLong key, ERLong const& value);
+    int Insert(ERLong key, const ERLong& value);
     /// 1 and the value, or 0, which leaves `value` alone.
     int Find(ERLong key, ERLong& value);
     ERLong entries() const;
@@ -60,7 +60,7 @@ public:
     ERULong binaryStoreSize() const override;
 
 private:
-    StoredNumberTree tree;
+    StoredNumberTree tree_;
 };
 
 /// A named tree of the caller's, from long to long. Stored form: the tree's location, then the
@@ -72,14 +72,14 @@ public:
     ERDBTree();
     ~ERDBTree() override;
 
-    void Create(char const* name, ERFileManager& file);
+    void Create(const char* name, ERFileManager& file);
     /// Opens the tree whose location was restored.
     void Reload(ERFileManager& file);
     int insertKeyAndValue(ERLong key, ERLong value);  ///< 0 when the key is there already
-    int remove(ERLong const& key);                    ///< 0 when there is no such key
+    int remove(const ERLong& key);                    ///< 0 when there is no such key
     ERLong findValue(ERLong key) const;               ///< -1 when there is no such key
     int contains(ERLong key) const;
-    ERCString const& name() const { return name_; }
+    const ERCString& name() const { return name_; }
 
     ERObject* getCopy() const override;
     void printOn(std::ostream& os) const override;
@@ -88,7 +88,7 @@ public:
     ERULong binaryStoreSize() const override;
 
 private:
-    StoredNumberTree tree;
+    StoredNumberTree tree_;
     ERCString name_;
 };
 

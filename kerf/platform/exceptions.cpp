@@ -28,9 +28,9 @@ CArchiveException::~CArchiveException() = default;
 
 CFileException::CFileException(std::string path, const char* operation, std::error_code code)
     : CException(std::string(operation) + " '" + path + "': " + code.message()),
-      filePath(std::move(path)),
-      failedOperation(operation),
-      reason(code) {}
+      filePath_(std::move(path)),
+      failedOperation_(operation),
+      reason_(code) {}
 
 CArchiveException::CArchiveException(Cause cause) : CException(textOf(cause)), cause_(cause) {}
 

@@ -11,12 +11,12 @@ namespace kerf {
 
 class KERF_EXPORT CException : public std::exception {
 public:
-    explicit CException(std::string message) : text(std::move(message)) {}
+    explicit CException(std::string message) : text_(std::move(message)) {}
     ~CException() override;
-    const char* what() const noexcept override { return text.c_str(); }
+    const char* what() const noexcept override { return text_.c_str(); }
 
 private:
-    std::string text;
+    std::string text_;
 };
 
 /// A file that could not be opened, read, written, ...: what() gives "operation 'path': reason".
@@ -25,17 +25,17 @@ public:
     CFileException(std::string filePath, const char* failedOperation, std::error_code reason);
     ~CFileException() override;
 
-    const std::string& path() const noexcept { return filePath; }
+    const std::string& path() const noexcept { return filePath_; }
     /// "open", "read", "write", "seek", "length", "truncate", "lock", "unlock" or "close".
-    const char* operation() const noexcept { return failedOperation; }
+    const char* operation() const noexcept { return failedOperation_; }
     /// The system's error; compares with std::errc on every platform.
-    const std::error_code& code() const noexcept { return reason; }
-    std::string systemText() const { return reason.message(); }
+    const std::error_code& code() const noexcept { return reason_; }
+    std::string systemText() const { return reason_.message(); }
 
 private:
-    std::string filePath;
-    const char* failedOperation;
-    std::error_code reason;
+    std::string filePath_;
+    const char* failedOperation_;
+    std::error_code reason_;
 };
 
 /// An argument that a function documents as refused, such as the index of a label.

@@ -20,40 +20,41 @@ struct InsertFormat {
 
 class FormatReader {
 public:
-    explicit FormatReader(std::string_view text) : rest(text) {}
+    explicit FormatReader(std::string_view text) : rest_(text) {}
 
     std::optional<InsertFormat> read() {
         InsertFormat format;
-        while (!rest.empty() && std::string_view("-+ #0").find(rest.front()) != rest.npos) {
-            if (format.flags.find(rest.front()) == std::string::npos) format.flags += rest.front();
-            rest.remove_prefix(1);
+        while (!rest_.empty() && std::string_view("-+ #0").find(rest_.front()) != rest_.npos) {
+            if (format.flags.find(rest_.front()) == std::string::npos)
+                format.flags += rest_.front();
+            rest_.remove_prefix(1);
         }
         format.width = number();
         if (take(".")) format.precision = number();
         for (const char* length : {"I64", "I32", "hh", "h", "ll", "l", "L", "w"})
             if (take(length)) break;
-        if (rest.size() != 1) return std::nullopt;
-        format.conversion = rest.front();
+        if (rest_.size() != 1) return std::nullopt;
+        format.conversion = rest_.front();
         return format;
     }
 
 private:
     bool take(std::string_view text) {
-        if (rest.substr(0, text.size()) != text) return false;
-        rest.remove_prefix(text.size());
+        if (rest_.substr(0, text.size()) != text) return false;
+        rest_.remove_prefix(text.size());
         return true;
     }
 
     int number() {
         int value = 0;
-        while (!rest.empty() && rest.front() >= '0' && rest.front() <= '9') {
-            value = std::min(value * 10 + (rest.front() - '0'), largestWidth);
-            rest.remove_prefix(1);
+        while (!rest_.empty() && rest_.front() >= '0' && rest_.front() <= '9') {
+            value = std::min(value * 10 + (rest_.front() - '0'), largestWidth);
+            rest_.remove_prefix(1);
         }
         return value;
     }
 
-    std::string_view rest;
+    std::string_view rest_;
 };
 
 bool isOneOf(std::string_view set, char c) { return set.find(c) != set.npos; }

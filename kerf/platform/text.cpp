@@ -22,62 +22,62 @@ int position(std::size_t found) {
 CString::CString(const char* text, int length) {
     if (text == nullptr || length <= 0) return;
     const void* const end = std::memchr(text, '\0', notNegative(length));
-    bytes.assign(text, end == nullptr
-                           ? notNegative(length)
-                           : static_cast<std::size_t>(static_cast<const char*>(end) - text));
+    bytes_.assign(text, end == nullptr
+                            ? notNegative(length)
+                            : static_cast<std::size_t>(static_cast<const char*>(end) - text));
 }
 
 CString::CString(char c, int repeat) {
-    if (c != '\0') bytes.assign(notNegative(repeat), c);
+    if (c != '\0') bytes_.assign(notNegative(repeat), c);
 }
 
 char CString::GetAt(int index) const {
     KERF_CHECK_ARGUMENT(index >= 0 && index < GetLength());
-    return bytes[static_cast<std::size_t>(index)];
+    return bytes_[static_cast<std::size_t>(index)];
 }
 
 void CString::SetAt(int index, char c) {
     KERF_CHECK_ARGUMENT(index >= 0 && index < GetLength());
-    bytes[static_cast<std::size_t>(index)] = c;
+    bytes_[static_cast<std::size_t>(index)] = c;
 }
 
 CString& CString::operator+=(const CString& tail) {
-    bytes += tail.bytes;
+    bytes_ += tail.bytes_;
     return *this;
 }
 
 CString& CString::operator+=(const char* tail) {
-    if (tail != nullptr) bytes += tail;
+    if (tail != nullptr) bytes_ += tail;
     return *this;
 }
 
 CString& CString::operator+=(char tail) {
-    bytes += tail;
+    bytes_ += tail;
     return *this;
 }
 
-CString CString::Left(int count) const { return bytes.substr(0, notNegative(count)); }
+CString CString::Left(int count) const { return bytes_.substr(0, notNegative(count)); }
 
 CString CString::Mid(int first) const { return Mid(first, GetLength()); }
 
 CString CString::Mid(int first, int count) const {
-    return bytes.substr(std::min(notNegative(first), bytes.size()), notNegative(count));
+    return bytes_.substr(std::min(notNegative(first), bytes_.size()), notNegative(count));
 }
 
 CString CString::Right(int count) const {
-    return bytes.substr(bytes.size() - std::min(notNegative(count), bytes.size()));
+    return bytes_.substr(bytes_.size() - std::min(notNegative(count), bytes_.size()));
 }
 
 int CString::Find(char c, int start) const {
-    return start < 0 ? -1 : position(bytes.find(c, notNegative(start)));
+    return start < 0 ? -1 : position(bytes_.find(c, notNegative(start)));
 }
 
 int CString::Find(const char* part, int start) const {
-    return start < 0 || part == nullptr ? -1 : position(bytes.find(part, notNegative(start)));
+    return start < 0 || part == nullptr ? -1 : position(bytes_.find(part, notNegative(start)));
 }
 
 int CString::Compare(const char* other) const {
-    return bytes.compare(other == nullptr ? "" : other);
+    return bytes_.compare(other == nullptr ? "" : other);
 }
 
 void CString::Format(const char* format, ...) {
@@ -91,19 +91,19 @@ void CString::Format(const char* format, ...) {
     if (length > 0) std::vsnprintf(printed.data(), printed.size() + 1, format, again);
     va_end(again);
     va_end(arguments);
-    bytes = std::move(printed);
+    bytes_ = std::move(printed);
 }
 
-bool CString::LoadString(unsigned int number) { return loadString(number, bytes); }
+bool CString::LoadString(unsigned int number) { return loadString(number, bytes_); }
 
 void CString::FormatMessage(const char* pattern, const std::vector<MessageInsert>& inserts) {
-    bytes = formatMessage(pattern == nullptr ? "" : pattern, inserts);
+    bytes_ = formatMessage(pattern == nullptr ? "" : pattern, inserts);
 }
 
-void CStringArray::SetSize(int size) { texts.resize(notNegative(size)); }
+void CStringArray::SetSize(int size) { texts_.resize(notNegative(size)); }
 
 int CStringArray::Add(const CString& text) {
-    texts.push_back(text);
+    texts_.push_back(text);
     return GetSize() - 1;
 }
 

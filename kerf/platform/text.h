@@ -16,17 +16,17 @@ namespace kerf {
 class KERF_EXPORT CString {
 public:
     CString() = default;
-    CString(const char* text) : bytes(text == nullptr ? "" : text) {}
+    CString(const char* text) : bytes_(text == nullptr ? "" : text) {}
     CString(const char* text, int length);
-    CString(const std::string& text) : bytes(text) {}
+    CString(const std::string& text) : bytes_(text) {}
     explicit CString(char c, int repeat = 1);
 
-    operator const char*() const { return bytes.c_str(); }
-    const std::string& str() const { return bytes; }
+    operator const char*() const { return bytes_.c_str(); }
+    const std::string& str() const { return bytes_; }
 
-    int GetLength() const { return static_cast<int>(bytes.size()); }
-    bool IsEmpty() const { return bytes.empty(); }
-    void Empty() { bytes.clear(); }
+    int GetLength() const { return static_cast<int>(bytes_.size()); }
+    bool IsEmpty() const { return bytes_.empty(); }
+    void Empty() { bytes_.clear(); }
     char GetAt(int index) const;
     void SetAt(int index, char c);
 
@@ -56,7 +56,7 @@ public:
     void FormatMessage(const char* pattern, const std::vector<MessageInsert>& inserts);
 
 private:
-    std::string bytes;
+    std::string bytes_;
 };
 
 inline CString operator+(CString head, const CString& tail) { return head += tail; }
@@ -77,16 +77,16 @@ inline std::strong_ordering operator<=>(const CString& a, const char* b) {
 /// as 0.
 class KERF_EXPORT CStringArray {
 public:
-    int GetSize() const { return static_cast<int>(texts.size()); }
-    bool IsEmpty() const { return texts.empty(); }
+    int GetSize() const { return static_cast<int>(texts_.size()); }
+    bool IsEmpty() const { return texts_.empty(); }
     void SetSize(int size);  ///< cuts, or adds empty texts
-    void RemoveAll() { texts.clear(); }
+    void RemoveAll() { texts_.clear(); }
     int Add(const CString& text);  ///< answers the index
 
-    const CString& GetAt(int index) const { return texts[checked(index)]; }
-    void SetAt(int index, const CString& text) { texts[checked(index)] = text; }
-    CString& operator[](int index) { return texts[checked(index)]; }
-    const CString& operator[](int index) const { return texts[checked(index)]; }
+    const CString& GetAt(int index) const { return texts_[checked(index)]; }
+    void SetAt(int index, const CString& text) { texts_[checked(index)] = text; }
+    CString& operator[](int index) { return texts_[checked(index)]; }
+    const CString& operator[](int index) const { return texts_[checked(index)]; }
 
 private:
     std::size_t checked(int index) const {
@@ -94,7 +94,7 @@ private:
         return static_cast<std::size_t>(index);
     }
 
-    std::vector<CString> texts;
+    std::vector<CString> texts_;
 };
 
 }  // namespace kerf

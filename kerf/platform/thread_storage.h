@@ -90,13 +90,13 @@ private:
 /// std::lock_guard.
 class CriticalSection {
 public:
-    void Lock() { mutex.lock(); }
-    void Unlock() { mutex.unlock(); }
+    void Lock() { mutex_.lock(); }
+    void Unlock() { mutex_.unlock(); }
     void lock() { Lock(); }
     void unlock() { Unlock(); }
 
 private:
-    std::recursive_mutex mutex;
+    std::recursive_mutex mutex_;
 };
 
 }  // namespace kerf

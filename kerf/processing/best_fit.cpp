@@ -11,7 +11,7 @@ int ERPointSetBestFitSolverBase::nb_points() const { return static_cast<int>(fir
 
 void ERPointSetBestFitSolverBase::add_point(const ERPoint3D& p, const ERPoint3D& q) {
     // Vectors grow by a few elements at a time; doubling keeps any number of points linear.
-    constexpr unsigned most = 0xFFFFF000u / sizeof(ERPoint3D);  // whose bytes 32 bits count
+    constexpr unsigned int most = 0xFFFFF000u / sizeof(ERPoint3D);  // whose bytes 32 bits count
     for (ERVec<ERPoint3D>* const list : {&first, &second})
         if (list->length() == list->capacity()) list->capacity(std::min(2 * list->length(), most));
     first.append(p);

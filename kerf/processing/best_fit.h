@@ -100,8 +100,8 @@ public:
     ERVec<double> f(const ERVec<double>& x) override;
 
 private:
-    ERMatrix<double> coefficients;
-    Rotation rotation;
+    ERMatrix<double> coefficients_;
+    Rotation rotation_;
 };
 
 /// The closed form, with locks. Locks stay over reset. Degenerate sets are no error: of the

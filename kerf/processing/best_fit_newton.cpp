@@ -183,14 +183,14 @@ LinearMap rotationOfAngles(const ERVec<double>& parameters) {
 ERPointSetBestFitSolverFunction::ERPointSetBestFitSolverFunction(const ERMatrix<double>& given,
                                                                  Rotation parametrisation,
                                                                  double increment)
-    : ERCNewtonMDelta(increment), coefficients(given), rotation(parametrisation) {
+    : ERCNewtonMDelta(increment), coefficients_(given), rotation_(parametrisation) {
     KERF_CHECK_ARGUMENT(given.rows() == 3 && given.cols() == 9);
 }
 
 ERVec<double> ERPointSetBestFitSolverFunction::f(const ERVec<double>& x) {
-    const LinearMap r = rotation(x);
+    const LinearMap r = rotation_(x);
     const double entries[9] = {r.xx, r.xy, r.xz, r.yx, r.yy, r.yz, r.zx, r.zy, r.zz};
-    const double* row = coefficients.asVector().data();
+    const double* row = coefficients_.asVector().data();
     double values[3];
     for (double& value : values) {
         value = 0.0;

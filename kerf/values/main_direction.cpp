@@ -20,8 +20,8 @@ ERVector3D vectorOf(const char* text) {
 }  // namespace
 
 ERMainDirection::ERMainDirection(enum Coord3D axis, int sense)
-    : value(2 * static_cast<int>(axis) + (sense < 1 ? 1 : 0)) {
-    KERF_CHECK_ARGUMENT(value >= 0 && value <= 5);
+    : value_(2 * static_cast<int>(axis) + (sense < 1 ? 1 : 0)) {
+    KERF_CHECK_ARGUMENT(value_ >= 0 && value_ <= 5);
 }
 
 ERMainDirection::ERMainDirection(const ERVector3D& v, int sense)
@@ -30,8 +30,8 @@ ERMainDirection::ERMainDirection(const ERVector3D& v, int sense)
 ERMainDirection::ERMainDirection(const ERVector3D& v)
     : ERMainDirection(v.axeOptimum(), v[v.axeOptimum()] < 0.0 ? -1 : 1) {}
 
-ERMainDirection::ERMainDirection(TypeDir type) : value(static_cast<int>(type)) {
-    KERF_CHECK_ARGUMENT(value >= 0 && value <= 5);
+ERMainDirection::ERMainDirection(TypeDir type) : value_(static_cast<int>(type)) {
+    KERF_CHECK_ARGUMENT(value_ >= 0 && value_ <= 5);
 }
 
 ERMainDirection::ERMainDirection(const char* text) : ERMainDirection(vectorOf(text)) {}

@@ -22,17 +22,17 @@ public:
     /// sense and anything else the negative.
     explicit ERMainDirection(const char* text);
 
-    enum Coord3D axe() const { return static_cast<enum Coord3D>(value / 2); }
-    int sens() const { return value % 2 == 0 ? 1 : -1; }
-    void swap() { value ^= 1; }  ///< turns to the opposite direction
+    enum Coord3D axe() const { return static_cast<enum Coord3D>(value_ / 2); }
+    int sens() const { return value_ % 2 == 0 ? 1 : -1; }
+    void swap() { value_ ^= 1; }  ///< turns to the opposite direction
 
     ERVector3D vector() const;  ///< of length 1
     operator ERVector3D() const { return vector(); }
-    operator TypeDir() const { return static_cast<TypeDir>(value); }
+    operator TypeDir() const { return static_cast<TypeDir>(value_); }
     ERMainDirection operator-() const;
 
 private:
-    int value;
+    int value_;
 };
 
 /// Two bytes: the index of the axis, then 1 for the positive sense, 255 for the negative. Bytes

@@ -8,7 +8,7 @@
 
 namespace kerf {
 
-double const equalityTolerance = 1e-11;
+const double equalityTolerance = 1e-11;
 
 namespace coordinates {
 

@@ -24,7 +24,7 @@ enum class Coord3DH { CoordX = 0, CoordY = 1, CoordZ = 2, CoordW = 3 };
 
 /// The absolute tolerance on lengths, 1e-11: two quantities count as the same when
 /// fabs(a - b) <= equalityTolerance.
-extern KERF_EXPORT double const equalityTolerance;
+extern KERF_EXPORT const double equalityTolerance;
 
 /// A point of the plane: two doubles and nothing else, copied as memory.
 /// With the operators of CoordinateTuple: + - += -= with a point, * *= / /= with a double, unary -,

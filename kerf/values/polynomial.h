@@ -176,13 +176,13 @@ KERF_EXPORT ERTValVector<ERPolynome2Var> getAllDerivate(const ERPolynome2Var& p)
 class KERF_EXPORT ERCNewtonSPolynome : public ERCNewtonS {
 public:
     ERCNewtonSPolynome(const ERPolynome& p, const ERPolynome& derivative)
-        : polynomial(p), derived(derivative) {}
-    double f(double x) override { return polynomial.evaluate(x); }
-    double fprime(double x) override { return derived.evaluate(x); }
+        : polynomial_(p), derived_(derivative) {}
+    double f(double x) override { return polynomial_.evaluate(x); }
+    double fprime(double x) override { return derived_.evaluate(x); }
 
 private:
-    ERPolynome polynomial;
-    ERPolynome derived;
+    ERPolynome polynomial_;
+    ERPolynome derived_;
 };
 
 // Real roots, limits included. Tolerances are absolute: they suit coefficients of the order of 1.

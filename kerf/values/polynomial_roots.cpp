@@ -39,30 +39,30 @@ bool findRoot(ERNewtonSSolver& solver, double a, double b, double& root) {
 // A list of values whose room is made once.
 class ValueList {
 public:
-    explicit ValueList(unsigned int room) : values(room), elements(values.data()) {}
+    explicit ValueList(unsigned int room) : values_(room), elements_(values_.data()) {}
 
-    void clear() { count = 0; }
+    void clear() { count_ = 0; }
     void append(double value) {
-        KERF_CHECK_ARGUMENT(count < values.length());
-        elements[count++] = value;
+        KERF_CHECK_ARGUMENT(count_ < values_.length());
+        elements_[count_++] = value;
     }
     void appendNew(double value) {
-        if (count == 0 || value != elements[count - 1]) append(value);
+        if (count_ == 0 || value != elements_[count_ - 1]) append(value);
     }
 
-    const double* begin() const { return elements; }
-    const double* end() const { return elements + count; }
+    const double* begin() const { return elements_; }
+    const double* end() const { return elements_ + count_; }
 
     // The values as a vector, after which nothing more can be appended.
     const ERVec<double>& finish() {
-        values.troncat(count);
-        return values;
+        values_.troncat(count_);
+        return values_;
     }
 
 private:
-    ERVec<double> values;
-    double* elements;
-    unsigned int count = 0;
+    ERVec<double> values_;
+    double* elements_;
+    unsigned int count_ = 0;
 };
 
 // The limits, and in between what lies there of the given values.

@@ -103,22 +103,22 @@ std::optional<std::string> asMessagePattern(const std::string& printfFormat) {
 class ResultInserts {
 public:
     ResultInserts()
-        : pattern(asMessagePattern(load(resultStrings::numberFormat))
-                      .value_or(*asMessagePattern(ownNumberFormat))) {}
+        : pattern_(asMessagePattern(load(resultStrings::numberFormat))
+                       .value_or(*asMessagePattern(ownNumberFormat))) {}
 
-    void add(double value) { inserts.emplace_back(formatMessage(pattern, {value})); }
+    void add(double value) { inserts_.emplace_back(formatMessage(pattern_, {value})); }
     void add(const ERPoint3D& p) {
         add(p.x());
         add(p.y());
         add(p.z());
     }
-    void add(int value) { inserts.emplace_back(value); }
+    void add(int value) { inserts_.emplace_back(value); }
 
-    const std::vector<MessageInsert>& all() const { return inserts; }
+    const std::vector<MessageInsert>& all() const { return inserts_; }
 
 private:
-    std::string pattern;
-    std::vector<MessageInsert> inserts;
+    std::string pattern_;
+    std::vector<MessageInsert> inserts_;
 };
 
 bool hasSize(FeatureKind kind) { return kind != FeatureKind::Line && kind != FeatureKind::Plane; }

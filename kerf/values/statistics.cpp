@@ -7,7 +7,7 @@ namespace kerf {
 
 void ERSerieStatistic::append(double x) {
     // Vectors grow by a few elements at a time; doubling keeps any number of values linear.
-    constexpr unsigned most = 0xFFFFF000u / sizeof(double);  // whose bytes 32 bits count
+    constexpr unsigned int most = 0xFFFFF000u / sizeof(double);  // whose bytes 32 bits count
     if (length() == capacity()) capacity(std::min(2 * length(), most));
     ERVec<double>::append(x);
     const double n = length();

@@ -142,60 +142,60 @@ int ERTr3DRev::isEqual(const ERTr3D& other) const {
            std::fabs(getFactHomo() - right.getFactHomo()) <= tolerance;
 }
 
-ERTr3DRevEnveloppe::ERTr3DRevEnveloppe() : rep(share(ERTr3DRevRep::GetIdentity())) {}
+ERTr3DRevEnveloppe::ERTr3DRevEnveloppe() : rep_(share(ERTr3DRevRep::GetIdentity())) {}
 
 ERTr3DRevEnveloppe::ERTr3DRevEnveloppe(const ERTr3DRevRep* representation)
-    : rep(reduced(share(representation))) {}
+    : rep_(reduced(share(representation))) {}
 
 ERTr3DRevEnveloppe::ERTr3DRevEnveloppe(const ERTr3DRevEnveloppe& other)
-    : ERTr3DRev(other), rep(share(other.rep)) {}
+    : ERTr3DRev(other), rep_(share(other.rep_)) {}
 
-ERTr3DRevEnveloppe::~ERTr3DRevEnveloppe() { release(rep); }
+ERTr3DRevEnveloppe::~ERTr3DRevEnveloppe() { release(rep_); }
 
 ERTr3DRevEnveloppe& ERTr3DRevEnveloppe::operator=(const ERTr3DRevEnveloppe& other) {
     ERTr3DRev::operator=(other);
-    return *this = other.rep;
+    return *this = other.rep_;
 }
 
 ERTr3DRevEnveloppe& ERTr3DRevEnveloppe::operator=(const ERTr3DRevRep* representation) {
-    const ERTr3DRevRep* const former = rep;
-    rep = share(representation);
+    const ERTr3DRevRep* const former = rep_;
+    rep_ = share(representation);
     release(former);
     return *this;
 }
 
-void ERTr3DRevEnveloppe::reduce() { rep = reduced(rep); }
+void ERTr3DRevEnveloppe::reduce() { rep_ = reduced(rep_); }
 
-void ERTr3DRevEnveloppe::TransTo(ERVec<ERPole3DH>& poles) const { rep->TransTo(poles); }
+void ERTr3DRevEnveloppe::TransTo(ERVec<ERPole3DH>& poles) const { rep_->TransTo(poles); }
 void ERTr3DRevEnveloppe::TransTo(ERPoint3D* points, unsigned int n) const {
-    rep->TransTo(points, n);
+    rep_->TransTo(points, n);
 }
-void ERTr3DRevEnveloppe::TransTo(ERVec<ERPoint3D>& points) const { rep->TransTo(points); }
-void ERTr3DRevEnveloppe::TransTo(ERVector3D& v) const { rep->TransTo(v); }
-void ERTr3DRevEnveloppe::TransTo(ERPoint3D& p) const { rep->TransTo(p); }
-int ERTr3DRevEnveloppe::isEqual(const ERTr3D& other) const { return rep->isEqual(other); }
-ERPole2DH ERTr3DRevEnveloppe::Project(const ERPole3DH& pole) const { return rep->Project(pole); }
-ERPoint2D ERTr3DRevEnveloppe::Project(const ERPoint3D& p) const { return rep->Project(p); }
-const ERTr3DRevRep* ERTr3DRevEnveloppe::getInverse() const { return rep->getInverse(); }
-void ERTr3DRevEnveloppe::TransFrom(ERVec<ERPole3DH>& poles) const { rep->TransFrom(poles); }
-void ERTr3DRevEnveloppe::TransFrom(ERVec<ERPoint3D>& points) const { rep->TransFrom(points); }
+void ERTr3DRevEnveloppe::TransTo(ERVec<ERPoint3D>& points) const { rep_->TransTo(points); }
+void ERTr3DRevEnveloppe::TransTo(ERVector3D& v) const { rep_->TransTo(v); }
+void ERTr3DRevEnveloppe::TransTo(ERPoint3D& p) const { rep_->TransTo(p); }
+int ERTr3DRevEnveloppe::isEqual(const ERTr3D& other) const { return rep_->isEqual(other); }
+ERPole2DH ERTr3DRevEnveloppe::Project(const ERPole3DH& pole) const { return rep_->Project(pole); }
+ERPoint2D ERTr3DRevEnveloppe::Project(const ERPoint3D& p) const { return rep_->Project(p); }
+const ERTr3DRevRep* ERTr3DRevEnveloppe::getInverse() const { return rep_->getInverse(); }
+void ERTr3DRevEnveloppe::TransFrom(ERVec<ERPole3DH>& poles) const { rep_->TransFrom(poles); }
+void ERTr3DRevEnveloppe::TransFrom(ERVec<ERPoint3D>& points) const { rep_->TransFrom(points); }
 void ERTr3DRevEnveloppe::TransFrom(ERPoint3D* points, unsigned int n) const {
-    rep->TransFrom(points, n);
+    rep_->TransFrom(points, n);
 }
-void ERTr3DRevEnveloppe::TransFrom(ERVector3D& v) const { rep->TransFrom(v); }
-void ERTr3DRevEnveloppe::TransFrom(ERPoint3D& p) const { rep->TransFrom(p); }
-ERMatrix<double> ERTr3DRevEnveloppe::getMatrix() const { return rep->getMatrix(); }
-ERPoint3D ERTr3DRevEnveloppe::getTrans() const { return rep->getTrans(); }
-double ERTr3DRevEnveloppe::getFactHomo() const { return rep->getFactHomo(); }
-int ERTr3DRevEnveloppe::isDirect() const { return rep->isDirect(); }
-ERPoint3D ERTr3DRevEnveloppe::origine() const { return rep->origine(); }
-ERVector3D ERTr3DRevEnveloppe::getVector(enum Coord3D k) const { return rep->getVector(k); }
+void ERTr3DRevEnveloppe::TransFrom(ERVector3D& v) const { rep_->TransFrom(v); }
+void ERTr3DRevEnveloppe::TransFrom(ERPoint3D& p) const { rep_->TransFrom(p); }
+ERMatrix<double> ERTr3DRevEnveloppe::getMatrix() const { return rep_->getMatrix(); }
+ERPoint3D ERTr3DRevEnveloppe::getTrans() const { return rep_->getTrans(); }
+double ERTr3DRevEnveloppe::getFactHomo() const { return rep_->getFactHomo(); }
+int ERTr3DRevEnveloppe::isDirect() const { return rep_->isDirect(); }
+ERPoint3D ERTr3DRevEnveloppe::origine() const { return rep_->origine(); }
+ERVector3D ERTr3DRevEnveloppe::getVector(enum Coord3D k) const { return rep_->getVector(k); }
 
 ERObject* ERTr3DRevEnveloppe::getCopy() const { return new ERTr3DRevEnveloppe(*this); }
 
-int ERTr3DRevEnveloppe::isValid() const { return ERTr3DRev::isValid() && rep->isValid(); }
+int ERTr3DRevEnveloppe::isValid() const { return ERTr3DRev::isValid() && rep_->isValid(); }
 
-void ERTr3DRevEnveloppe::printOn(std::ostream& os) const { rep->printOn(os); }
+void ERTr3DRevEnveloppe::printOn(std::ostream& os) const { rep_->printOn(os); }
 
 void ERTr3DRevEnveloppe::saveGuts(ERFile& file) const {
     ERTr3DRev::saveGuts(file);

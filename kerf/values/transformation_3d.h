@@ -156,7 +156,7 @@ public:
     /// Goes over to the reduced form of what is held.
     void reduce();
 
-    const ERTr3DRevRep* getRepresentation() const { return rep; }  ///< never null
+    const ERTr3DRevRep* getRepresentation() const { return rep_; }  ///< never null
 
     void TransTo(ERVec<ERPole3DH>& poles) const override;
     void TransTo(ERPoint3D* points, unsigned int n) const override;
@@ -187,7 +187,7 @@ public:
     ERULong binaryStoreSize() const override;
 
 private:
-    const ERTr3DRevRep* rep;
+    const ERTr3DRevRep* rep_;
 };
 
 /// A rotation or reflection, a translation and a factor, in any combination: the handle to hold

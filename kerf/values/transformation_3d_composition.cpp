@@ -124,17 +124,17 @@ const ERTr3DRevRep* _ERIdentity3D::multiplyWith_ERSymetrie3D(const _ERSymetrie3D
 // No tolerance here: only an exact null is the identity.
 const ERTr3DRevRep* _ERTranslation3D::multiplyWith_ERTranslation3D(
     const _ERTranslation3D* left) const {
-    const ERPoint3D t = sum(translation, left->translation);
+    const ERPoint3D t = sum(translation_, left->translation_);
     if (t.x() == 0.0 && t.y() == 0.0 && t.z() == 0.0) return GetIdentity();
     return make<_ERTranslation3D>(t);
 }
 const ERTr3DRevRep* _ERTranslation3D::multiplyWith_ERRotation3D(const _ERRotation3D* left) const {
     const ERMatrix<double> m = left->getMatrix();
-    return make<_ERWorkplane>(m, m * translation);
+    return make<_ERWorkplane>(m, m * translation_);
 }
 const ERTr3DRevRep* _ERTranslation3D::multiplyWith_ERWorkplane(const _ERWorkplane* left) const {
     const ERMatrix<double> m = left->getMatrix();
-    return make<_ERWorkplane>(m, sum(m * translation, left->getTrans()));
+    return make<_ERWorkplane>(m, sum(m * translation_, left->getTrans()));
 }
 const ERTr3DRevRep* _ERTranslation3D::multiplyWith_ERScaling3D(const _ERScaling3D* left) const {
     return generalProduct(left, this);
@@ -151,13 +151,13 @@ const ERTr3DRevRep* _ERTranslation3D::multiplyWith_ERSymetrie3D(const _ERSymetri
 
 const ERTr3DRevRep* _ERRotation3D::multiplyWith_ERTranslation3D(
     const _ERTranslation3D* left) const {
-    return make<_ERWorkplane>(matrix, left->getTrans());
+    return make<_ERWorkplane>(matrix_, left->getTrans());
 }
 const ERTr3DRevRep* _ERRotation3D::multiplyWith_ERRotation3D(const _ERRotation3D* left) const {
-    return make<_ERRotation3D>((LinearMap(left->matrix) * LinearMap(matrix)).asMatrix());
+    return make<_ERRotation3D>((LinearMap(left->matrix_) * LinearMap(matrix_)).asMatrix());
 }
 const ERTr3DRevRep* _ERRotation3D::multiplyWith_ERWorkplane(const _ERWorkplane* left) const {
-    return workplane(LinearMap(left->getMatrix()) * LinearMap(matrix), left->getTrans());
+    return workplane(LinearMap(left->getMatrix()) * LinearMap(matrix_), left->getTrans());
 }
 const ERTr3DRevRep* _ERRotation3D::multiplyWith_ERScaling3D(const _ERScaling3D* left) const {
     return generalProduct(left, this);
@@ -172,15 +172,15 @@ const ERTr3DRevRep* _ERRotation3D::multiplyWith_ERSymetrie3D(const _ERSymetrie3D
 // After a workplane.
 
 const ERTr3DRevRep* _ERWorkplane::multiplyWith_ERTranslation3D(const _ERTranslation3D* left) const {
-    return make<_ERWorkplane>(matrix, sum(origin, left->getTrans()));
+    return make<_ERWorkplane>(matrix_, sum(origin_, left->getTrans()));
 }
 const ERTr3DRevRep* _ERWorkplane::multiplyWith_ERRotation3D(const _ERRotation3D* left) const {
     const LinearMap a(left->getMatrix());
-    return workplane(a * LinearMap(matrix), a(origin));
+    return workplane(a * LinearMap(matrix_), a(origin_));
 }
 const ERTr3DRevRep* _ERWorkplane::multiplyWith_ERWorkplane(const _ERWorkplane* left) const {
-    const LinearMap a(left->matrix);
-    return workplane(a * LinearMap(matrix), sum(a(origin), left->origin));
+    const LinearMap a(left->matrix_);
+    return workplane(a * LinearMap(matrix_), sum(a(origin_), left->origin_));
 }
 const ERTr3DRevRep* _ERWorkplane::multiplyWith_ERScaling3D(const _ERScaling3D* left) const {
     return generalProduct(left, this);
@@ -205,7 +205,7 @@ const ERTr3DRevRep* _ERScaling3D::multiplyWith_ERWorkplane(const _ERWorkplane* l
 }
 // Without tolerance, unlike the reduction.
 const ERTr3DRevRep* _ERScaling3D::multiplyWith_ERScaling3D(const _ERScaling3D* left) const {
-    const double k = left->factor * factor;
+    const double k = left->factor_ * factor_;
     return k == 1.0 ? GetIdentity() : make<_ERScaling3D>(k);
 }
 const ERTr3DRevRep* _ERScaling3D::multiplyWith_ERSimilitude3D(const _ERSimilitude3D* left) const {

@@ -204,230 +204,230 @@ const ERTr3DRevRep* _ERIdentity3D::getReduced() const { return GetIdentity(); }
 
 // Translations.
 
-DEFINE_MAPPING(_ERTranslation3D, Shift{translation}, ShiftBack{translation})
+DEFINE_MAPPING(_ERTranslation3D, Shift{translation_}, ShiftBack{translation_})
 
 const ERTr3DRevRep* _ERTranslation3D::getInverse() const {
-    return new _ERTranslation3D(-translation);
+    return new _ERTranslation3D(-translation_);
 }
 ERMatrix<double> _ERTranslation3D::getMatrix() const { return IdentityMatrix(3); }
 _ERTranslation3D* _ERTranslation3D::getCopy() const { return new _ERTranslation3D(*this); }
 void _ERTranslation3D::printOn(std::ostream& os) const {
-    os << "Composante Translation : " << translation;
+    os << "Composante Translation : " << translation_;
 }
 
 void _ERTranslation3D::saveGuts(ERFile& file) const {
     ERAnyIsometrie3D::saveGuts(file);
-    translation.saveGuts(file);
+    translation_.saveGuts(file);
 }
 void _ERTranslation3D::restoreGuts(ERFile& file) {
     ERAnyIsometrie3D::restoreGuts(file);
-    translation.restoreGuts(file);
+    translation_.restoreGuts(file);
 }
 ERULong _ERTranslation3D::binaryStoreSize() const {
-    return ERAnyIsometrie3D::binaryStoreSize() + translation.binaryStoreSize();
+    return ERAnyIsometrie3D::binaryStoreSize() + translation_.binaryStoreSize();
 }
 
 const ERTr3DRevRep* _ERTranslation3D::getReduced() const {
-    return isNull(translation) ? GetIdentity() : shareable(*this);
+    return isNull(translation_) ? GetIdentity() : shareable(*this);
 }
 
 // Rotations.
 
-_ERRotation3D::_ERRotation3D() : matrix(IdentityMatrix(3)) {}
+_ERRotation3D::_ERRotation3D() : matrix_(IdentityMatrix(3)) {}
 
-DEFINE_MAPPING(_ERRotation3D, LinearMap(matrix), LinearMap(matrix).transposed())
+DEFINE_MAPPING(_ERRotation3D, LinearMap(matrix_), LinearMap(matrix_).transposed())
 
 const ERTr3DRevRep* _ERRotation3D::getInverse() const {
-    return new _ERRotation3D(LinearMap(matrix).transposed().asMatrix());
+    return new _ERRotation3D(LinearMap(matrix_).transposed().asMatrix());
 }
 ERPoint3D _ERRotation3D::getTrans() const { return ERPoint3D(); }
 _ERRotation3D* _ERRotation3D::getCopy() const { return new _ERRotation3D(*this); }
 void _ERRotation3D::printOn(std::ostream& os) const {
     os << "Matrice de Rotation : ";
-    matrix.printOn(os);
+    matrix_.printOn(os);
 }
 
 void _ERRotation3D::saveGuts(ERFile& file) const {
     ERAnyIsometrie3D::saveGuts(file);
-    matrix.saveGuts(file);
+    matrix_.saveGuts(file);
 }
 void _ERRotation3D::restoreGuts(ERFile& file) {
     ERAnyIsometrie3D::restoreGuts(file);
-    restoreMatrix(matrix, file);
+    restoreMatrix(matrix_, file);
 }
 ERULong _ERRotation3D::binaryStoreSize() const {
-    return ERAnyIsometrie3D::binaryStoreSize() + matrix.binaryStoreSize();
+    return ERAnyIsometrie3D::binaryStoreSize() + matrix_.binaryStoreSize();
 }
 
 const ERTr3DRevRep* _ERRotation3D::getReduced() const {
-    return isUnit(matrix) ? GetIdentity() : shareable(*this);
+    return isUnit(matrix_) ? GetIdentity() : shareable(*this);
 }
 
 // Workplanes.
 
-_ERWorkplane::_ERWorkplane() : matrix(IdentityMatrix(3)) {}
+_ERWorkplane::_ERWorkplane() : matrix_(IdentityMatrix(3)) {}
 _ERWorkplane::_ERWorkplane(const ERVector3D& x, const ERVector3D& y, const ERPoint3D& o)
-    : matrix(LinearMap::frame(x, y).asMatrix()), origin(o) {}
+    : matrix_(LinearMap::frame(x, y).asMatrix()), origin_(o) {}
 _ERWorkplane::_ERWorkplane(const ERVector3D& z, const ERPoint3D& o)
-    : matrix(frame(z).asMatrix()), origin(o) {}
+    : matrix_(frame(z).asMatrix()), origin_(o) {}
 _ERWorkplane::_ERWorkplane(const _ERRotation3D& rotation, const _ERTranslation3D& translation)
-    : matrix(rotation.getMatrix()), origin(translation.getTrans()) {}
+    : matrix_(rotation.getMatrix()), origin_(translation.getTrans()) {}
 _ERWorkplane::_ERWorkplane(const ERAnyIsometrie3D& isometry)
-    : matrix(isometry.getMatrix()), origin(isometry.getTrans()) {}
+    : matrix_(isometry.getMatrix()), origin_(isometry.getTrans()) {}
 
-DEFINE_MAPPING(_ERWorkplane, inTurn(LinearMap(matrix), Shift{origin}),
-               inTurn(ShiftBack{origin}, LinearMap(matrix).transposed()))
+DEFINE_MAPPING(_ERWorkplane, inTurn(LinearMap(matrix_), Shift{origin_}),
+               inTurn(ShiftBack{origin_}, LinearMap(matrix_).transposed()))
 
 const ERTr3DRevRep* _ERWorkplane::getInverse() const {
-    const LinearMap transposed = LinearMap(matrix).transposed();
-    return new _ERWorkplane(transposed.asMatrix(), -transposed(origin));
+    const LinearMap transposed = LinearMap(matrix_).transposed();
+    return new _ERWorkplane(transposed.asMatrix(), -transposed(origin_));
 }
 _ERWorkplane* _ERWorkplane::getCopy() const { return new _ERWorkplane(*this); }
 void _ERWorkplane::printOn(std::ostream& os) const {
     os << "Matrice de Rotation    : ";
-    matrix.printOn(os);
-    os << "Composante Translation : " << origin;
+    matrix_.printOn(os);
+    os << "Composante Translation : " << origin_;
 }
 
 void _ERWorkplane::saveGuts(ERFile& file) const {
     ERAnyIsometrie3D::saveGuts(file);
-    matrix.saveGuts(file);
-    origin.saveGuts(file);
+    matrix_.saveGuts(file);
+    origin_.saveGuts(file);
 }
 void _ERWorkplane::restoreGuts(ERFile& file) {
     ERAnyIsometrie3D::restoreGuts(file);
-    restoreMatrix(matrix, file);
-    origin.restoreGuts(file);
+    restoreMatrix(matrix_, file);
+    origin_.restoreGuts(file);
 }
 ERULong _ERWorkplane::binaryStoreSize() const {
-    return ERAnyIsometrie3D::binaryStoreSize() + matrix.binaryStoreSize() +
-           origin.binaryStoreSize();
+    return ERAnyIsometrie3D::binaryStoreSize() + matrix_.binaryStoreSize() +
+           origin_.binaryStoreSize();
 }
 
 const ERTr3DRevRep* _ERWorkplane::getReduced() const {
-    const ERTr3DRevRep* const simpler = simplerThanWorkplane(matrix, origin);
+    const ERTr3DRevRep* const simpler = simplerThanWorkplane(matrix_, origin_);
     return simpler != nullptr ? simpler : shareable(*this);
 }
 
 // Scalings.
 
-DEFINE_MAPPING(_ERScaling3D, Scale{factor}, ScaleBack{factor})
+DEFINE_MAPPING(_ERScaling3D, Scale{factor_}, ScaleBack{factor_})
 
-const ERTr3DRevRep* _ERScaling3D::getInverse() const { return new _ERScaling3D(1.0 / factor); }
+const ERTr3DRevRep* _ERScaling3D::getInverse() const { return new _ERScaling3D(1.0 / factor_); }
 ERMatrix<double> _ERScaling3D::getMatrix() const {
-    return LinearMap(factor, 0.0, 0.0, 0.0, factor, 0.0, 0.0, 0.0, factor).asMatrix();
+    return LinearMap(factor_, 0.0, 0.0, 0.0, factor_, 0.0, 0.0, 0.0, factor_).asMatrix();
 }
 ERPoint3D _ERScaling3D::getTrans() const { return ERPoint3D(); }
 int _ERScaling3D::isDirect() const { return 1; }
 _ERScaling3D* _ERScaling3D::getCopy() const { return new _ERScaling3D(*this); }
-void _ERScaling3D::printOn(std::ostream& os) const { os << "Homothetie de rapport :" << factor; }
+void _ERScaling3D::printOn(std::ostream& os) const { os << "Homothetie de rapport :" << factor_; }
 
 void _ERScaling3D::saveGuts(ERFile& file) const {
     ERAnySimilitude3D::saveGuts(file);
-    file.Write(factor);
+    file.Write(factor_);
 }
 void _ERScaling3D::restoreGuts(ERFile& file) {
     ERAnySimilitude3D::restoreGuts(file);
-    file.Read(factor);
+    file.Read(factor_);
 }
 ERULong _ERScaling3D::binaryStoreSize() const {
-    return ERAnySimilitude3D::binaryStoreSize() + static_cast<ERULong>(sizeof factor);
+    return ERAnySimilitude3D::binaryStoreSize() + static_cast<ERULong>(sizeof factor_);
 }
 
 const ERTr3DRevRep* _ERScaling3D::getReduced() const {
-    return std::fabs(factor - 1.0) <= tolerance ? GetIdentity() : shareable(*this);
+    return std::fabs(factor_ - 1.0) <= tolerance ? GetIdentity() : shareable(*this);
 }
 
 // Symmetries.
 
 _ERSymetrie3D::_ERSymetrie3D()
-    : matrix(LinearMap(1.0, 0.0, 0.0, 0.0, 1.0, 0.0, 0.0, 0.0, -1.0).asMatrix()) {}
+    : matrix_(LinearMap(1.0, 0.0, 0.0, 0.0, 1.0, 0.0, 0.0, 0.0, -1.0).asMatrix()) {}
 
-DEFINE_MAPPING(_ERSymetrie3D, LinearMap(matrix), LinearMap(matrix))
+DEFINE_MAPPING(_ERSymetrie3D, LinearMap(matrix_), LinearMap(matrix_))
 
 ERPoint3D _ERSymetrie3D::getTrans() const { return ERPoint3D(); }
 double _ERSymetrie3D::getFactHomo() const { return 1.0; }
-int _ERSymetrie3D::isDirect() const { return determinant(ERLUDecomp(matrix)) > 0.0 ? 1 : 0; }
+int _ERSymetrie3D::isDirect() const { return determinant(ERLUDecomp(matrix_)) > 0.0 ? 1 : 0; }
 _ERSymetrie3D* _ERSymetrie3D::getCopy() const { return new _ERSymetrie3D(*this); }
 void _ERSymetrie3D::printOn(std::ostream& os) const {
     os << "Symetrie de matrice : ";
-    matrix.printOn(os);
+    matrix_.printOn(os);
 }
 
 void _ERSymetrie3D::saveGuts(ERFile& file) const {
     ERAnySimilitude3D::saveGuts(file);
-    matrix.saveGuts(file);
+    matrix_.saveGuts(file);
 }
 void _ERSymetrie3D::restoreGuts(ERFile& file) {
     ERAnySimilitude3D::restoreGuts(file);
-    restoreMatrix(matrix, file);
+    restoreMatrix(matrix_, file);
 }
 ERULong _ERSymetrie3D::binaryStoreSize() const {
-    return ERAnySimilitude3D::binaryStoreSize() + matrix.binaryStoreSize();
+    return ERAnySimilitude3D::binaryStoreSize() + matrix_.binaryStoreSize();
 }
 
 const ERTr3DRevRep* _ERSymetrie3D::getReduced() const { return shareable(*this); }
 
 // The general similitude.
 
-_ERSimilitude3D::_ERSimilitude3D() : matrix(IdentityMatrix(3)) {}
+_ERSimilitude3D::_ERSimilitude3D() : matrix_(IdentityMatrix(3)) {}
 _ERSimilitude3D::_ERSimilitude3D(const ERAnySimilitude3D& any)
-    : matrix(any.unscaledMatrix()), translation(any.getTrans()), factor(any.getFactHomo()) {}
+    : matrix_(any.unscaledMatrix()), translation_(any.getTrans()), factor_(any.getFactHomo()) {}
 
-DEFINE_MAPPING(_ERSimilitude3D, inTurn(Scale{factor}, LinearMap(matrix), Shift{translation}),
-               inTurn(ShiftBack{translation}, LinearMap(matrix).transposed(), ScaleBack{factor}))
+DEFINE_MAPPING(_ERSimilitude3D, inTurn(Scale{factor_}, LinearMap(matrix_), Shift{translation_}),
+               inTurn(ShiftBack{translation_}, LinearMap(matrix_).transposed(), ScaleBack{factor_}))
 
 const ERTr3DRevRep* _ERSimilitude3D::getInverse() const {
-    const LinearMap transposed = LinearMap(matrix).transposed();
-    return new _ERSimilitude3D(transposed.asMatrix(), -ScaleBack{factor}(transposed(translation)),
-                               1.0 / factor);
+    const LinearMap transposed = LinearMap(matrix_).transposed();
+    return new _ERSimilitude3D(transposed.asMatrix(), -ScaleBack{factor_}(transposed(translation_)),
+                               1.0 / factor_);
 }
-int _ERSimilitude3D::isDirect() const { return determinant(ERLUDecomp(matrix)) > 0.0 ? 1 : 0; }
+int _ERSimilitude3D::isDirect() const { return determinant(ERLUDecomp(matrix_)) > 0.0 ? 1 : 0; }
 _ERSimilitude3D* _ERSimilitude3D::getCopy() const { return new _ERSimilitude3D(*this); }
 
 int _ERSimilitude3D::isValid() const {
-    if (!ERAnySimilitude3D::isValid() || !LinearMap::fits(matrix)) return 0;
-    const double volume = std::fabs(determinant(ERLUDecomp(matrix)));
-    return std::fabs(volume - 1.0) <= tolerance && std::isfinite(factor) && factor != 0.0;
+    if (!ERAnySimilitude3D::isValid() || !LinearMap::fits(matrix_)) return 0;
+    const double volume = std::fabs(determinant(ERLUDecomp(matrix_)));
+    return std::fabs(volume - 1.0) <= tolerance && std::isfinite(factor_) && factor_ != 0.0;
 }
 
 void _ERSimilitude3D::printOn(std::ostream& os) const {
     os << "Matrice de Rotation    : ";
-    matrix.printOn(os);
-    os << "Composante Translation : " << translation;
-    os << "facteur d'homothetie   : " << factor;
+    matrix_.printOn(os);
+    os << "Composante Translation : " << translation_;
+    os << "facteur d'homothetie   : " << factor_;
 }
 
 void _ERSimilitude3D::saveGuts(ERFile& file) const {
     ERAnySimilitude3D::saveGuts(file);
-    matrix.saveGuts(file);
-    translation.saveGuts(file);
-    file.Write(factor);
+    matrix_.saveGuts(file);
+    translation_.saveGuts(file);
+    file.Write(factor_);
 }
 void _ERSimilitude3D::restoreGuts(ERFile& file) {
     ERAnySimilitude3D::restoreGuts(file);
-    restoreMatrix(matrix, file);
-    translation.restoreGuts(file);
-    file.Read(factor);
+    restoreMatrix(matrix_, file);
+    translation_.restoreGuts(file);
+    file.Read(factor_);
 }
 ERULong _ERSimilitude3D::binaryStoreSize() const {
-    return ERAnySimilitude3D::binaryStoreSize() + matrix.binaryStoreSize() +
-           translation.binaryStoreSize() + static_cast<ERULong>(sizeof factor);
+    return ERAnySimilitude3D::binaryStoreSize() + matrix_.binaryStoreSize() +
+           translation_.binaryStoreSize() + static_cast<ERULong>(sizeof factor_);
 }
 
 const ERTr3DRevRep* _ERSimilitude3D::getReduced() const {
-    if (!LinearMap::fits(matrix)) return shareable(*this);
-    const bool unitFactor = std::fabs(factor - 1.0) <= tolerance;
-    const bool centred = isNull(translation);
+    if (!LinearMap::fits(matrix_)) return shareable(*this);
+    const bool unitFactor = std::fabs(factor_ - 1.0) <= tolerance;
+    const bool centred = isNull(translation_);
     if (isDirect()) {
         if (unitFactor) {
-            const ERTr3DRevRep* const simpler = simplerThanWorkplane(matrix, translation);
-            return simpler != nullptr ? simpler : new _ERWorkplane(matrix, translation);
+            const ERTr3DRevRep* const simpler = simplerThanWorkplane(matrix_, translation_);
+            return simpler != nullptr ? simpler : new _ERWorkplane(matrix_, translation_);
         }
-        if (centred && isUnit(matrix)) return new _ERScaling3D(factor);
+        if (centred && isUnit(matrix_)) return new _ERScaling3D(factor_);
     } else if (unitFactor && centred) {
-        const LinearMap m(matrix);
-        if ((m * m).isUnit(tolerance)) return new _ERSymetrie3D(matrix);
+        const LinearMap m(matrix_);
+        if ((m * m).isUnit(tolerance)) return new _ERSymetrie3D(matrix_);
     }
     return shareable(*this);
 }

@@ -80,17 +80,17 @@ class KERF_EXPORT _ERTranslation3D : public ERAnyIsometrie3D {
 
 public:
     _ERTranslation3D() = default;
-    explicit _ERTranslation3D(const ERPoint3D& t) : translation(t) {}
+    explicit _ERTranslation3D(const ERPoint3D& t) : translation_(t) {}
 
     const ERTr3DRevRep* getInverse() const override;
     ERMatrix<double> getMatrix() const override;
-    ERPoint3D getTrans() const override { return translation; }
+    ERPoint3D getTrans() const override { return translation_; }
     void saveGuts(ERFile& file) const override;
     void restoreGuts(ERFile& file) override;
     ERULong binaryStoreSize() const override;
 
 private:
-    ERPoint3D translation;
+    ERPoint3D translation_;
 };
 
 /// M p, with an orthonormal M of determinant 1.
@@ -100,17 +100,17 @@ class KERF_EXPORT _ERRotation3D : public ERAnyIsometrie3D {
 
 public:
     _ERRotation3D();  ///< the unit matrix
-    explicit _ERRotation3D(const ERMatrix<double>& m) : matrix(m) {}
+    explicit _ERRotation3D(const ERMatrix<double>& m) : matrix_(m) {}
 
     const ERTr3DRevRep* getInverse() const override;
-    ERMatrix<double> getMatrix() const override { return matrix; }
+    ERMatrix<double> getMatrix() const override { return matrix_; }
     ERPoint3D getTrans() const override;
     void saveGuts(ERFile& file) const override;
     void restoreGuts(ERFile& file) override;
     ERULong binaryStoreSize() const override;
 
 private:
-    ERMatrix<double> matrix;
+    ERMatrix<double> matrix_;
 };
 
 /// M p + o: a right-handed frame at o whose axes are the columns of M.
@@ -124,21 +124,21 @@ public:
     _ERWorkplane(const ERVector3D& x, const ERVector3D& y, const ERPoint3D& o);
     /// Third axis z normalised, the others from GetOrthogonalDirections.
     _ERWorkplane(const ERVector3D& z, const ERPoint3D& o);
-    _ERWorkplane(const ERMatrix<double>& m, const ERPoint3D& o) : matrix(m), origin(o) {}
+    _ERWorkplane(const ERMatrix<double>& m, const ERPoint3D& o) : matrix_(m), origin_(o) {}
     /// The rotation, then the translation.
     _ERWorkplane(const _ERRotation3D& rotation, const _ERTranslation3D& translation);
     explicit _ERWorkplane(const ERAnyIsometrie3D& isometry);
 
     const ERTr3DRevRep* getInverse() const override;
-    ERMatrix<double> getMatrix() const override { return matrix; }
-    ERPoint3D getTrans() const override { return origin; }
+    ERMatrix<double> getMatrix() const override { return matrix_; }
+    ERPoint3D getTrans() const override { return origin_; }
     void saveGuts(ERFile& file) const override;
     void restoreGuts(ERFile& file) override;
     ERULong binaryStoreSize() const override;
 
 private:
-    ERMatrix<double> matrix;
-    ERPoint3D origin;
+    ERMatrix<double> matrix_;
+    ERPoint3D origin_;
 };
 
 /// k p. A factor of 0 is legal; TransTo then gives infinities.
@@ -148,20 +148,20 @@ class KERF_EXPORT _ERScaling3D : public ERAnySimilitude3D {
 
 public:
     _ERScaling3D() = default;
-    explicit _ERScaling3D(double k) : factor(k) {}
+    explicit _ERScaling3D(double k) : factor_(k) {}
 
     const ERTr3DRevRep* getInverse() const override;
     /// k times the unit matrix, beside getFactHomo() = k: callers rely on it (see unscaledMatrix).
     ERMatrix<double> getMatrix() const override;
     ERPoint3D getTrans() const override;
-    double getFactHomo() const override { return factor; }
+    double getFactHomo() const override { return factor_; }
     int isDirect() const override;  ///< 1, whatever the sign of the factor
     void saveGuts(ERFile& file) const override;
     void restoreGuts(ERFile& file) override;
     ERULong binaryStoreSize() const override;
 
 private:
-    double factor = 1.0;
+    double factor_ = 1.0;
 };
 
 /// M p with an orthonormal M of determinant -1 that is its own inverse: a mirror through the
@@ -172,10 +172,10 @@ class KERF_EXPORT _ERSymetrie3D : public ERAnySimilitude3D {
 
 public:
     _ERSymetrie3D();  ///< the mirror z = 0
-    explicit _ERSymetrie3D(const ERMatrix<double>& m) : matrix(m) {}
+    explicit _ERSymetrie3D(const ERMatrix<double>& m) : matrix_(m) {}
 
     const ERTr3DRevRep* getInverse() const override { return this; }
-    ERMatrix<double> getMatrix() const override { return matrix; }
+    ERMatrix<double> getMatrix() const override { return matrix_; }
     ERPoint3D getTrans() const override;
     double getFactHomo() const override;
     int isDirect() const override;
@@ -184,7 +184,7 @@ public:
     ERULong binaryStoreSize() const override;
 
 private:
-    ERMatrix<double> matrix;
+    ERMatrix<double> matrix_;
 };
 
 /// M (k p) + t: the general case.
@@ -194,15 +194,15 @@ class KERF_EXPORT _ERSimilitude3D : public ERAnySimilitude3D {
 
 public:
     _ERSimilitude3D();  ///< leaves everything where it is
-    explicit _ERSimilitude3D(const ERMatrix<double>& m) : matrix(m) {}
+    explicit _ERSimilitude3D(const ERMatrix<double>& m) : matrix_(m) {}
     _ERSimilitude3D(const ERMatrix<double>& m, const ERPoint3D& t, double k)
-        : matrix(m), translation(t), factor(k) {}
+        : matrix_(m), translation_(t), factor_(k) {}
     explicit _ERSimilitude3D(const ERAnySimilitude3D& any);
 
     const ERTr3DRevRep* getInverse() const override;
-    ERMatrix<double> getMatrix() const override { return matrix; }
-    ERPoint3D getTrans() const override { return translation; }
-    double getFactHomo() const override { return factor; }
+    ERMatrix<double> getMatrix() const override { return matrix_; }
+    ERPoint3D getTrans() const override { return translation_; }
+    double getFactHomo() const override { return factor_; }
     int isDirect() const override;
 
     /// 1 for a 3 by 3 matrix whose determinant is 1 or -1 within 1e-11 and a finite factor other
@@ -213,9 +213,9 @@ public:
     ERULong binaryStoreSize() const override;
 
 private:
-    ERMatrix<double> matrix;
-    ERPoint3D translation;
-    double factor = 1.0;
+    ERMatrix<double> matrix_;
+    ERPoint3D translation_;
+    double factor_ = 1.0;
 };
 
 #undef ER_REPRESENTATION_OPERATIONS

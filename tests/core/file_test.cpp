@@ -45,7 +45,7 @@ TYPED_TEST_SUITE(ERFileArray, Elements);
 TYPED_TEST(ERFileArray, ComesBackWithOneCallEachWay) {
     std::vector<TypeParam> values(1000), read(1000);
     for (int i = 0; i < 1000; ++i)
-        values[static_cast<unsigned>(i)] = static_cast<TypeParam>(i - 500);
+        values[static_cast<unsigned int>(i)] = static_cast<TypeParam>(i - 500);
     EXPECT_EQ(this->file.Write(values.data(), 1000u), 1);
     this->file.SeekTo(0);
     this->backend.resetCounts();

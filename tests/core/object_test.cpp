@@ -13,8 +13,8 @@ namespace {
 class Node : public ERObject {
     ER_OBJECT_CLASS(Node);
     explicit Node(int number = 0) : value(number) { ++alive; }
-    Node(Node const& other) : ERObject(other), value(other.value) { ++alive; }
-    Node& operator=(Node const&) = default;
+    Node(const Node& other) : ERObject(other), value(other.value) { ++alive; }
+    Node& operator=(const Node&) = default;
     ~Node() override { --alive; }
     ERObject* getCopy() const override { return new Node(*this); }
     void printOn(std::ostream&) const override {}

@@ -17,8 +17,8 @@ ERDoubleCube numbered() {
 TEST(Cube, SticksAndPlanesAddressTheirOwnOrder) {
     const ERDoubleCube cube = numbered();
     const Matrix plane = ExtractMatFromX(cube, 1);
-    for (unsigned y = 0; y < 3; ++y) {
-        for (unsigned z = 0; z < 4; ++z) {
+    for (unsigned int y = 0; y < 3; ++y) {
+        for (unsigned int z = 0; z < 4; ++z) {
             const double atStart = (4 * y + z) * 2.0;
             EXPECT_EQ(listOf(cube.stickX(y, z)), (Values{atStart, atStart + 1}));
             EXPECT_EQ(cube.stickY(1, z)[y], atStart + 1);

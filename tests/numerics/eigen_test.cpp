@@ -14,7 +14,7 @@ using Mgc::Eigen;
 
 void fill(Eigen& eigen, const Matrix& m) {
     std::vector<const double*> rows;
-    for (unsigned r = 0; r < m.rows(); ++r) rows.push_back(m.data() + r * m.cols());
+    for (unsigned int r = 0; r < m.rows(); ++r) rows.push_back(m.data() + r * m.cols());
     eigen.SetMatrix(rows.data());
 }
 
@@ -32,7 +32,8 @@ void expectEigensystem(const Matrix& m, const Eigen& eigen) {
         for (int i = 0; i < n; ++i) {
             double product = 0.0, dot = 0.0;
             for (int j = 0; j < n; ++j) {
-                product += m(unsigned(i), unsigned(j)) * eigen.GetEigenvector(j, col);
+                product += m(static_cast<unsigned int>(i), static_cast<unsigned int>(j)) *
+                           eigen.GetEigenvector(j, col);
                 dot += eigen.GetEigenvector(j, col) * eigen.GetEigenvector(j, i);
             }
             EXPECT_NEAR(product, eigen.GetEigenvalue(col) * eigen.GetEigenvector(i, col),
@@ -47,7 +48,7 @@ INSTANTIATE_TEST_SUITE_P(Sizes, EigenOfSize, ::testing::Values(1, 2, 3, 4, 5, 17
 
 TEST_P(EigenOfSize, VectorsAndValuesSatisfyTheirDefinition) {
     const int size = GetParam();
-    const auto n = static_cast<unsigned>(size);
+    const auto n = static_cast<unsigned int>(size);
     std::mt19937 random(23);
     std::uniform_real_distribution<double> exponent(-6.0, 6.0);
     for (int trial = 0; trial < 60; ++trial) {
@@ -56,8 +57,8 @@ TEST_P(EigenOfSize, VectorsAndValuesSatisfyTheirDefinition) {
         // values; the last near the ends of the doubles' range.
         const double scale = trial < 50 ? 1.0 : trial % 2 == 0 ? 1e305 : 1e-306;
         Matrix m = randomMatrix(random, n, n);
-        for (unsigned i = 0; i < n; ++i) {
-            for (unsigned j = 0; j <= i; ++j) {
+        for (unsigned int i = 0; i < n; ++i) {
+            for (unsigned int j = 0; j <= i; ++j) {
                 double& element = m(i, j);
                 if (trial % 4 == 1) element *= std::pow(10.0, exponent(random));
                 if (trial % 4 == 2 && element < 0.3) element = 0.0;
@@ -82,7 +83,7 @@ TEST_P(EigenOfSize, VectorsAndValuesSatisfyTheirDefinition) {
 }
 
 TEST_P(EigenOfSize, NoInputKeepsItFromReturning) {
-    const auto n = static_cast<unsigned>(GetParam());
+    const auto n = static_cast<unsigned int>(GetParam());
     for (const double element : {std::nan(""), HUGE_VAL, 1e300, 1e-320, 0.0}) {
         Eigen eigen(GetParam());
         fill(eigen, Matrix(n, n, element));
@@ -103,7 +104,7 @@ TEST(Eigen, FindsTheEigenvaluesOfRossersMatrix) {
     Eigen eigen(8);
     fill(eigen, Matrix(elements.data(), 8, 8));
     ASSERT_TRUE(eigen.IncrSortEigenStuff());
-    for (unsigned i = 0; i < 8; ++i)
+    for (unsigned int i = 0; i < 8; ++i)
         EXPECT_NEAR(eigen.GetEigenvalue()[i], ascending[i], 1e-14 * 911);
 }
 

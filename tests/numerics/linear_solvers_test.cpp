@@ -19,9 +19,9 @@ auto near(const Matrix& expected, double tolerance) {
 
 Matrix productOf(const Matrix& a, const Matrix& b) {
     Matrix product(a.rows(), b.cols());
-    for (unsigned i = 0; i < a.rows(); ++i)
-        for (unsigned j = 0; j < b.cols(); ++j)
-            for (unsigned k = 0; k < a.cols(); ++k) product(i, j) += a(i, k) * b(k, j);
+    for (unsigned int i = 0; i < a.rows(); ++i)
+        for (unsigned int j = 0; j < b.cols(); ++j)
+            for (unsigned int k = 0; k < a.cols(); ++k) product(i, j) += a(i, k) * b(k, j);
     return product;
 }
 
@@ -29,7 +29,7 @@ Matrix productOf(const Matrix& a, const Matrix& b) {
 double determinantOf(const Matrix& m) {
     if (m.rows() == 1) return m(0, 0);
     double sum = 0.0;
-    for (unsigned c = 0; c < m.cols(); ++c) {
+    for (unsigned int c = 0; c < m.cols(); ++c) {
         Matrix minor(m);
         minor.deleteRow(0);
         minor.deleteCol(c);
@@ -42,7 +42,7 @@ class LUOfSize : public ::testing::TestWithParam<unsigned int> {};
 INSTANTIATE_TEST_SUITE_P(Sizes, LUOfSize, ::testing::Values(1u, 2u, 3u, 4u, 6u));
 
 TEST_P(LUOfSize, FactorsAndReadingsSatisfyTheirDefinitions) {
-    const unsigned n = GetParam();
+    const unsigned int n = GetParam();
     std::mt19937 random(n);
     ERLUDecomp lu{Matrix()};
     for (int trial = 0; trial < 20; ++trial) {
@@ -53,9 +53,9 @@ TEST_P(LUOfSize, FactorsAndReadingsSatisfyTheirDefinitions) {
         EXPECT_TRUE(lu.original() == a);
         const Matrix l = lu.L(), u = lu.U();
         EXPECT_THAT(listOf(productOf(l, u)), near(productOf(lu.P(), a), 1e-14));
-        for (unsigned i = 0; i < n; ++i) {
+        for (unsigned int i = 0; i < n; ++i) {
             EXPECT_EQ(l(i, i), 1.0);
-            for (unsigned j = i + 1; j < n; ++j) {
+            for (unsigned int j = i + 1; j < n; ++j) {
                 EXPECT_EQ(l(i, j), 0.0);
                 EXPECT_EQ(u(j, i), 0.0);
                 EXPECT_LE(std::fabs(l(j, i)), 1.0);  // what pivoting is for
@@ -98,7 +98,7 @@ TEST(GaussPivot, ColumnsBeyondTheSquareAreSolvedInPlace) {
 
 TEST(LU, ShapesThatHaveNoSquareSolutionAreDefined) {
     const struct {
-        unsigned rows, cols;
+        unsigned int rows, cols;
         int singular;
     } shapes[] = {{0, 0, 0}, {0, 3, 0}, {3, 0, 1}, {3, 1, 1}, {4, 2, 1}, {1, 3, 0}};
     std::mt19937 random(3);
@@ -119,7 +119,7 @@ TEST(LU, ShapesThatHaveNoSquareSolutionAreDefined) {
 void expectParallel(const ERVec<double>& x, const Values& direction, double tolerance) {
     ASSERT_EQ(x.length(), direction.size());
     double dot = 0.0, length2 = 0.0, square = 0.0;
-    for (unsigned c = 0; c < x.length(); ++c) {
+    for (unsigned int c = 0; c < x.length(); ++c) {
         dot += x[c] * direction[c];
         length2 += x[c] * x[c];
         square += direction[c] * direction[c];
@@ -132,21 +132,21 @@ void expectParallel(const ERVec<double>& x, const Values& direction, double tole
 TEST(HyperPlane, HoldsAllRows) {
     std::mt19937 random(9);
     for (int trial = 0; trial < 80; ++trial) {
-        const auto n = static_cast<unsigned>(2 + trial % 5);
+        const auto n = static_cast<unsigned int>(2 + trial % 5);
         const Matrix normal = randomMatrix(random, n, 1);
         Matrix rows = randomMatrix(random, n - 1, n);
         const Matrix dots = productOf(rows, normal);
         double square = 0.0;
         for (const double element : normal) square += element * element;
-        for (unsigned r = 0; r + 1 < n; ++r)
-            for (unsigned c = 0; c < n; ++c) rows(r, c) -= dots(r, 0) / square * normal(c, 0);
+        for (unsigned int r = 0; r + 1 < n; ++r)
+            for (unsigned int c = 0; c < n; ++c) rows(r, c) -= dots(r, 0) / square * normal(c, 0);
         expectParallel(ResolveHyperPlan(rows), listOf(normal), 1e-9);
     }
 }
 
 TEST(HyperPlane, NullLeadingElementsStillGiveANonNullSolution) {
     const struct {
-        unsigned rows;
+        unsigned int rows;
         Values elements, direction;
     } cases[] = {
         {2, {0, 0, 0, 5}, {1, 0}},  // points on a line x = constant
@@ -158,7 +158,7 @@ TEST(HyperPlane, NullLeadingElementsStillGiveANonNullSolution) {
         {2, {0, 0, 0, 0}, {1, 0}},
     };
     for (const auto& known : cases) {
-        const auto cols = static_cast<unsigned>(known.direction.size());
+        const auto cols = static_cast<unsigned int>(known.direction.size());
         const Matrix m(known.elements.data(), known.rows, cols);
         expectParallel(ResolveHyperPlan(m), known.direction, 1e-15);
     }

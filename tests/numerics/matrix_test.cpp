@@ -14,7 +14,7 @@ using Lines = std::vector<Values>;
 
 Lines rowsOf(const Matrix& m) {
     Lines rows;
-    for (unsigned r = 0; r < m.rows(); ++r) rows.push_back(listOf(m[r]));
+    for (unsigned int r = 0; r < m.rows(); ++r) rows.push_back(listOf(m[r]));
     return rows;
 }
 
@@ -26,10 +26,10 @@ Lines transposed(const Lines& lines) {
 }
 
 // (r, c) holds 10 r + c.
-Matrix numbered(unsigned rows, unsigned cols) {
+Matrix numbered(unsigned int rows, unsigned int cols) {
     Matrix m(rows, cols);
-    for (unsigned r = 0; r < rows; ++r)
-        for (unsigned c = 0; c < cols; ++c) m(r, c) = 10 * r + c;
+    for (unsigned int r = 0; r < rows; ++r)
+        for (unsigned int c = 0; c < cols; ++c) m(r, c) = 10 * r + c;
     return m;
 }
 
@@ -44,7 +44,7 @@ TEST(Matrix, DiagonalIsAsLongAsThereAreRows) {
 // a list of rows, or of columns.
 TEST(Matrix, RandomEditsEqualThoseOfAListOfLines) {
     std::mt19937 random(20240503);
-    const auto upTo = [&](std::size_t n) { return static_cast<unsigned>(random() % (n + 1)); };
+    const auto upTo = [&](std::size_t n) { return static_cast<unsigned int>(random() % (n + 1)); };
     Matrix m;
     for (int step = 0; step < 8000; ++step) {
         if (m.length() == 0 || m.length() > 400) m = numbered(3, 3);
@@ -54,13 +54,14 @@ TEST(Matrix, RandomEditsEqualThoseOfAListOfLines) {
         const bool byRows = upTo(1) == 0;
         const Lines before = byRows ? rows : transposed(rows);
         Lines lines = before;
-        const unsigned height = byRows ? m.rows() : m.cols(), width = byRows ? m.cols() : m.rows();
-        const unsigned at = upTo(height), one = upTo(height - 1), n = upTo(2);
+        const unsigned int height = byRows ? m.rows() : m.cols(),
+                           width = byRows ? m.cols() : m.rows();
+        const unsigned int at = upTo(height), one = upTo(height - 1), n = upTo(2);
         const ERVec<double> fresh(width, 1.0 * step);
         const double& value = std::as_const(m)(0, 0);
         const Values filled(width, value);
 
-        const auto put = [&](unsigned removed, const Lines& inserted) {
+        const auto put = [&](unsigned int removed, const Lines& inserted) {
             const auto from = lines.begin() + at;
             const auto behind = lines.erase(from, from + std::min(removed, height - at));
             lines.insert(behind, inserted.begin(), inserted.end());
@@ -93,7 +94,7 @@ TEST(Matrix, RandomEditsEqualThoseOfAListOfLines) {
             {[&] { m.insertRow(0, m.splitAtRow(at)); }, [&] { m.insertCol(0, m.splitAtCol(at)); },
              [&] { std::rotate(lines.begin(), lines.begin() + at, lines.end()); }},
         };
-        const unsigned edit = upTo(std::size(edits) - 1);
+        const unsigned int edit = upTo(std::size(edits) - 1);
         SCOPED_TRACE(testing::Message() << "edit " << edit << " in step " << step);
         byRows ? edits[edit].ofRows() : edits[edit].ofColumns();
         edits[edit].ofLines();

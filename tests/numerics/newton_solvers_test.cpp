@@ -33,8 +33,8 @@ struct Problem : ERCNewtonH {
     }
     Matrix fprime(const ERVec<double>& x) override {
         const Values j = jacobian(listOf(x));
-        const unsigned cols = x.length();
-        return {j.data(), cols == 0 ? 0 : static_cast<unsigned>(j.size()) / cols, cols};
+        const unsigned int cols = x.length();
+        return {j.data(), cols == 0 ? 0 : static_cast<unsigned int>(j.size()) / cols, cols};
     }
     double H(const ERVec<double>& x) override {
         heightPath.push_back(x[0]);

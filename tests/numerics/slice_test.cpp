@@ -24,8 +24,8 @@ TEST(Slice, ViewsOfViewsAddressTheSameElementsAsAWalk) {
             for (int i = start; i >= 0 && i < n && picked.size() < 20; i += stride)
                 picked.push_back(expected[static_cast<std::size_t>(i)]);
             expected = picked;
-            const auto from = static_cast<unsigned>(start),
-                       count = static_cast<unsigned>(picked.size());
+            const auto from = static_cast<unsigned int>(start),
+                       count = static_cast<unsigned int>(picked.size());
             // These take the last two in different order.
             if (depth % 2)
                 views.push_back(std::as_const(views.back()).slice(from, stride, count));
@@ -34,7 +34,7 @@ TEST(Slice, ViewsOfViewsAddressTheSameElementsAsAWalk) {
         }
         const ERSlice<double>& view = views.back();
         ASSERT_EQ(listOf(view), expected);
-        for (unsigned i = 0; i < view.length(); ++i) ASSERT_EQ(view(i), expected[i]);
+        for (unsigned int i = 0; i < view.length(); ++i) ASSERT_EQ(view(i), expected[i]);
     }
 }
 

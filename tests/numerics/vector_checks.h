@@ -24,16 +24,16 @@ Values listOf(const Range& range) {
 }
 
 inline ERVec<double> vecOf(const Values& values) {
-    return {values.data(), static_cast<unsigned>(values.size())};
+    return {values.data(), static_cast<unsigned int>(values.size())};
 }
 
-inline ERVec<double> counting(unsigned n) {
+inline ERVec<double> counting(unsigned int n) {
     ERVec<double> vec(n);
     std::iota(vec.begin(), vec.end(), 0.0);
     return vec;
 }
 
-inline Matrix randomMatrix(std::mt19937& random, unsigned rows, unsigned cols) {
+inline Matrix randomMatrix(std::mt19937& random, unsigned int rows, unsigned int cols) {
     std::uniform_real_distribution<double> element(-1.0, 1.0);
     Matrix m(rows, cols);
     for (double& e : m) e = element(random);
@@ -48,9 +48,9 @@ std::string printed(const T& value) {
 }
 
 /// As files hold them.
-inline std::string words(std::initializer_list<unsigned> values) {
+inline std::string words(std::initializer_list<unsigned int> values) {
     std::string bytes;
-    for (const unsigned value : values)
+    for (const unsigned int value : values)
         for (int shift = 0; shift < 32; shift += 8) bytes += static_cast<char>(value >> shift);
     return bytes;
 }

@@ -68,29 +68,29 @@ TEST(Vec, OutlivesTheDataOfItsThread) {
 // others or of themselves. Oracle: lists that never share.
 TEST(Vec, RandomEditsOfSharedVectorsStayApart) {
     std::mt19937 random(20240502);
-    const auto upTo = [&](std::size_t n) { return static_cast<unsigned>(random() % (n + 1)); };
+    const auto upTo = [&](std::size_t n) { return static_cast<unsigned int>(random() % (n + 1)); };
     std::vector<ERVec<double>> vecs(5);
     std::vector<Values> lists(5);
     for (int step = 0; step < 8000; ++step) {
-        const unsigned k = upTo(4);
+        const unsigned int k = upTo(4);
         ERVec<double>& vec = vecs[k];
         Values& list = lists[k];
-        const unsigned n = vec.length(), pos = upTo(n), size = upTo(40);
-        const unsigned count = upTo(std::min(n - pos, 12u));
+        const unsigned int n = vec.length(), pos = upTo(n), size = upTo(40);
+        const unsigned int count = upTo(std::min(n - pos, 12u));
 
         ERVec<double>& other = vecs[upTo(4)];
         const Values all = listOf(std::as_const(other)), backwards(all.rbegin(), all.rend());
-        const unsigned from = upTo(all.size()), taken = upTo(all.size() - from);
+        const unsigned int from = upTo(all.size()), taken = upTo(all.size() - from);
         const Values part(all.begin() + from, all.begin() + from + taken);
         const double fresh = step;
         const double& value = from < all.size() ? std::as_const(other)[from] : fresh;
         const double copy = value;
 
-        const auto put = [&](unsigned at, unsigned removed, const Values& inserted) {
+        const auto put = [&](unsigned int at, unsigned int removed, const Values& inserted) {
             const auto behind = list.erase(list.begin() + at, list.begin() + at + removed);
             list.insert(behind, inserted.begin(), inserted.end());
         };
-        const unsigned one = pos < n ? 1 : 0;
+        const unsigned int one = pos < n ? 1 : 0;
         const struct {
             std::function<void()> ofVector, ofList;
         } edits[] = {
@@ -115,7 +115,7 @@ TEST(Vec, RandomEditsOfSharedVectorsStayApart) {
         const std::size_t edit = n > 200 ? last : upTo(last);
         edits[edit].ofVector();
         edits[edit].ofList();
-        for (unsigned i = 0; i < vecs.size(); ++i)
+        for (unsigned int i = 0; i < vecs.size(); ++i)
             ASSERT_EQ(listOf(std::as_const(vecs[i])), lists[i])
                 << "vector " << i << " after edit " << edit << " in step " << step;
     }

@@ -32,7 +32,7 @@ template <class Call>
 int answerOf(Call call) {
     try {
         return call();
-    } catch (CFileException const&) {
+    } catch (const CFileException&) {
         return 0;
     }
 }
@@ -43,11 +43,11 @@ struct Session {
     std::map<ERLong, std::string> stored;  // names by ID
     std::set<ERLong> uncertain;            // IDs of calls that failed
 
-    void run(char const* path) {
+    void run(const char* path) {
         ERObjectDataBase base;
         if (!base.Open(path, 0)) return;
         std::vector<t_SmartPtr<ERDBObject>> objects;
-        for (unsigned i = 0; i < 60; ++i) {
+        for (unsigned int i = 0; i < 60; ++i) {
             const std::string name(10 + i, static_cast<char>('0' + i));
             objects.push_back(i % 7 == 3 ? newNamed(name, newNamed("part")) : newNamed(name));
             save(*objects.back(), base);
@@ -94,11 +94,11 @@ struct Session {
 
     // Every object whose last call succeeded is there with its name; one whose call failed holds
     // its former or its new name, or nothing.
-    void check(char const* path) const {
+    void check(const char* path) const {
         ERObjectDataBase base;
         if (stored.empty()) return;
         ASSERT_EQ(base.Open(path, 1), 1);
-        for (auto const& [id, name] : stored) {
+        for (const auto& [id, name] : stored) {
             const t_SmartPtr<ERObject> object = base.RetrieveAndCreate(id);
             if (uncertain.count(id) == 0) {
                 ASSERT_EQ(nameOf(object), name) << id;
@@ -110,7 +110,7 @@ struct Session {
 class DatabaseFaults : public DatabaseTest {
 protected:
     // For n = 1, 2, ... as far as the session gets: run with the n-th call disturbed, then checked.
-    void sessionAtEachCall(std::function<void(std::uint64_t)> const& disturb) {
+    void sessionAtEachCall(const std::function<void(std::uint64_t)>& disturb) {
         bool reached = true;
         for (std::uint64_t n = 1; reached && !HasFailure(); ++n) {
             SCOPED_TRACE(testing::Message() << "call " << n);
@@ -150,7 +150,7 @@ protected:
 };
 
 // Reads everything there is, then changes what can be changed.
-void useEverything(char const* path, int readOnly) {
+void useEverything(const char* path, int readOnly) {
     ERDataBase base;
     if (!base.Open(path, readOnly)) return;
     std::ostringstream text;
@@ -175,7 +175,7 @@ void useEverything(char const* path, int readOnly) {
 }
 
 TEST_F(DatabaseFaults, DamageAndTruncationAreSurvived) {
-    forEachDamage(smallDatabase(), [&](std::string const& damaged) {
+    forEachDamage(smallDatabase(), [&](const std::string& damaged) {
         place.setBytes(damaged);
         EXPECT_NO_THROW(useEverything(place.path(), 1));
         EXPECT_EQ(place.bytes(), damaged);

@@ -36,7 +36,7 @@ TEST(Property, ConvertsBetweenItsTypesAndPrints) {
         {ERDBObjProperty(4000000000ul), "4\n GV (unsigned long) 4000000000", 4e9, -294967296,
          4000000000u},
     };
-    for (auto const& c : cases) {
+    for (const auto& c : cases) {
         std::ostringstream printed;
         c.property.printOn(printed);
         EXPECT_EQ(printed.str(), "ERDBObjProperty type = " + c.printed);

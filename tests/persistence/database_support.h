@@ -12,19 +12,19 @@
 namespace kerf::test {
 
 struct OpenedBase : ERObjectDataBase {
-    explicit OpenedBase(TemporaryFile const& onDisk, int readOnly = 0) {
+    explicit OpenedBase(const TemporaryFile& onDisk, int readOnly = 0) {
         EXPECT_EQ(Open(onDisk.path(), readOnly), 1);
     }
 };
 
 /// A clean object, as copies are.
-inline t_SmartPtr<ERDBObject> newNamed(std::string const& name,
-                                       t_SmartPtr<ERObject> const& referred = {}) {
+inline t_SmartPtr<ERDBObject> newNamed(const std::string& name,
+                                       const t_SmartPtr<ERObject>& referred = {}) {
     ERDBObject object(referred);
     return new ERDBObject(object.name(name.c_str()));
 }
 
-inline std::string nameOf(t_SmartPtr<ERObject> const& object) {
+inline std::string nameOf(const t_SmartPtr<ERObject>& object) {
     ERDBObject* const named = ERDBObject::castdown(object.getObject());
     return named == nullptr ? "(none)" : named->name();
 }
@@ -33,7 +33,7 @@ inline std::string nameOf(t_SmartPtr<ERObject> const& object) {
 class DatabaseTest : public ::testing::Test {
 protected:
     DatabaseTest() {
-        setMessageSink([this](char const* title, char const* text) {
+        setMessageSink([this](const char* title, const char* text) {
             messages.push_back(std::string(title) + ": " + text);
         });
     }

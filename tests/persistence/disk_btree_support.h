@@ -72,15 +72,15 @@ inline Content contentOf(ERBTreeOnDisk& tree) {
 /// Reads a tree from the bytes of a file, by the layout alone, and checks what must hold of it.
 class RawTree {
 public:
-    explicit RawTree(const std::string& fileBytes) : bytes(fileBytes) {
-        EXPECT_EQ(wordAt(bytes, 284 + 8), 1365);
-        root = wordAt(bytes, 284);
-        keyLength = static_cast<std::size_t>(wordAt(bytes, 284 + 16));
-        capacity = static_cast<std::size_t>(2 * wordAt(bytes, 284 + 20));
-        if (root != -1) visit(root, 0);
-        EXPECT_EQ(static_cast<std::size_t>(wordAt(bytes, 284 + 12)), keys.size());
+    explicit RawTree(const std::string& fileBytes) : bytes_(fileBytes) {
+        EXPECT_EQ(wordAt(bytes_, 284 + 8), 1365);
+        root_ = wordAt(bytes_, 284);
+        keyLength_ = static_cast<std::size_t>(wordAt(bytes_, 284 + 16));
+        capacity_ = static_cast<std::size_t>(2 * wordAt(bytes_, 284 + 20));
+        if (root_ != -1) visit(root_, 0);
+        EXPECT_EQ(static_cast<std::size_t>(wordAt(bytes_, 284 + 12)), keys.size());
         EXPECT_TRUE(std::is_sorted(keys.begin(), keys.end(), std::less_equal<>()));
-        expectSoundHeap(bytes, nodes);
+        expectSoundHeap(bytes_, nodes);
     }
 
     std::vector<std::string> keys;
@@ -91,27 +91,28 @@ private:
     void visit(ERLong location, int depth) {
         nodes.push_back(location);
         const auto start = static_cast<std::size_t>(location);
-        const auto count = static_cast<std::size_t>(wordAt(bytes, start));
-        ASSERT_LE(count, capacity);
-        ASSERT_GE(wordAt(bytes, start), location == root ? 1 : wordAt(bytes, 284 + 24));
-        const bool isLeaf = wordAt(bytes, start + 4) == -1;
+        const auto count = static_cast<std::size_t>(wordAt(bytes_, start));
+        ASSERT_LE(count, capacity_);
+        ASSERT_GE(wordAt(bytes_, start), location == root_ ? 1 : wordAt(bytes_, 284 + 24));
+        const bool isLeaf = wordAt(bytes_, start + 4) == -1;
         if (isLeaf) {
             ASSERT_TRUE(leafDepth == -1 || leafDepth == depth);
             leafDepth = depth;
         }
-        for (std::size_t i = 0; i <= capacity; ++i) {
-            const ERLong son = wordAt(bytes, start + 4 + 4 * i);
+        for (std::size_t i = 0; i <= capacity_; ++i) {
+            const ERLong son = wordAt(bytes_, start + 4 + 4 * i);
             ASSERT_EQ(son == -1, isLeaf || i > count);
             if (son != -1) visit(son, depth + 1);
             if (i < count)
-                keys.push_back(bytes.substr(start + 8 * capacity + 8 + i * keyLength, keyLength));
+                keys.push_back(
+                    bytes_.substr(start + 8 * capacity_ + 8 + i * keyLength_, keyLength_));
         }
     }
 
-    const std::string& bytes;
-    ERLong root;
-    std::size_t keyLength;
-    std::size_t capacity;
+    const std::string& bytes_;
+    ERLong root_;
+    std::size_t keyLength_;
+    std::size_t capacity_;
 };
 
 }  // namespace kerf::test

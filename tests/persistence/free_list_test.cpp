@@ -32,16 +32,16 @@ private:
     using Entries = std::vector<std::pair<ERLong, ERLong>>;
 
     bool goOn(std::size_t begun) {
-        const std::size_t next = (current + 1) % ring.size();
+        const std::size_t next = (current_ + 1) % ring.size();
         if (next == begun) return false;
-        current = next;
+        current_ = next;
         return true;
     }
 
     ERLong take(ERLong wanted) {
-        const std::size_t begun = current;
+        const std::size_t begun = current_;
         do {
-            Entries& entries = ring[current].entries;
+            Entries& entries = ring[current_].entries;
             for (auto entry = entries.begin(); entry != entries.end(); ++entry)
                 if (entry->second >= wanted) return takeFrom(entries, entry, wanted);
         } while (goOn(begun));
@@ -63,11 +63,11 @@ private:
 
     // The first node never goes: it takes over what the second one has.
     void removeNode() {
-        if (current == 0) ring[0].entries = ring[1].entries;
-        const std::size_t removed = std::max<std::size_t>(current, 1);
+        if (current_ == 0) ring[0].entries = ring[1].entries;
+        const std::size_t removed = std::max<std::size_t>(current_, 1);
         const auto location = static_cast<ERLong>(ring[removed].location);
         ring.erase(ring.begin() + static_cast<std::ptrdiff_t>(removed));
-        current = removed - 1;
+        current_ = removed - 1;
         free(location, 268);
     }
 
@@ -76,13 +76,13 @@ private:
             end = start;
             return;
         }
-        const std::size_t begun = current;
+        const std::size_t begun = current_;
         do {
-            if (add(ring[current].entries, start, size)) return;
+            if (add(ring[current_].entries, start, size)) return;
         } while (goOn(begun));
         // The new node is for the blocks after this one.
         const FreeNode added{static_cast<std::size_t>(take(268)), {}};
-        ring.insert(ring.begin() + static_cast<std::ptrdiff_t>(++current), added);
+        ring.insert(ring.begin() + static_cast<std::ptrdiff_t>(++current_), added);
     }
 
     static bool add(Entries& entries, ERLong start, ERLong size) {
@@ -102,7 +102,7 @@ private:
         return true;
     }
 
-    std::size_t current = 0;
+    std::size_t current_ = 0;
 };
 
 /// The manager and the walked heap, given the same work.

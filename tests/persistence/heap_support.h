@@ -17,14 +17,14 @@ namespace kerf::test {
 /// Repeatable draws.
 class Draws {
 public:
-    explicit Draws(unsigned int seed) : engine(seed) {}
+    explicit Draws(unsigned int seed) : engine_(seed) {}
     /// 0 to below - 1.
     unsigned int operator()(std::size_t below) {
-        return static_cast<unsigned int>(engine() % below);
+        return static_cast<unsigned int>(engine_() % below);
     }
 
 private:
-    std::mt19937 engine;
+    std::mt19937 engine_;
 };
 
 inline ERLong wordAt(const std::string& bytes, std::size_t offset) {

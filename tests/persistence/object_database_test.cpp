@@ -157,7 +157,7 @@ TEST_F(ObjectDataBase, WhatIsNoDatabaseIsRefusedAndLeftAlone) {
     EXPECT_FALSE(std::filesystem::exists(place.path()));
     EXPECT_EQ(base.Open("/no/such/folder/file", 0), 0);
     EXPECT_EQ(messages.size(), 1u);
-    for (std::string const& bytes :
+    for (const std::string& bytes :
          {std::string(), std::string(5000, 'x'), std::string(5000, '\0')}) {
         place.setBytes(bytes);
         for (int readOnly : {0, 1}) EXPECT_EQ(base.Open(place.path(), readOnly), 0);
@@ -232,7 +232,7 @@ TEST_F(ObjectDataBase, RandomWorkKeepsEveryObject) {
             ASSERT_EQ(base->ReadSpecial(id), number);
             ASSERT_EQ(base->SetSpecial(id, number += 4), 1);
         }
-        for (auto const& [id, record] : objects) {
+        for (const auto& [id, record] : objects) {
             ERDBObject back;
             ASSERT_EQ(base->Retrieve(id, back), 1);
             ASSERT_EQ(back.name(), record.name);

@@ -18,7 +18,7 @@ protected:
     std::string read(ERLong location, std::size_t count) {
         std::string bytes(count, '?');
         base->SeekTo(location);
-        const int whole = base->Read(bytes.data(), static_cast<unsigned>(count));
+        const int whole = base->Read(bytes.data(), static_cast<unsigned int>(count));
         EXPECT_EQ(whole != 0, static_cast<std::size_t>(base->CurOffset() - location) == count);
         bytes.resize(static_cast<std::size_t>(base->CurOffset() - location));
         return bytes;
@@ -59,8 +59,8 @@ TEST_F(DatabaseBytes, AreThoseOfTheFileWhateverIsWrittenAndFails) {
             base->SeekTo(location);
             if (upTo(4) == 0) files.fillDeviceAfter(static_cast<std::uint64_t>(upTo(count)));
             try {
-                base->Write(bytes.data(), static_cast<unsigned>(count));
-            } catch (CFileException const&) {
+                base->Write(bytes.data(), static_cast<unsigned int>(count));
+            } catch (const CFileException&) {
                 EXPECT_EQ(base->CurOffset(), location);
             }
             files.clear();

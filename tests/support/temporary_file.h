@@ -14,30 +14,30 @@ public:
     TemporaryFile() {
         static const unsigned int run = std::random_device{}();
         static std::atomic<int> last{0};
-        name = (std::filesystem::temp_directory_path() /
-                ("kerf_test_" + std::to_string(run) + "_" + std::to_string(++last)))
-                   .string();
+        name_ = (std::filesystem::temp_directory_path() /
+                 ("kerf_test_" + std::to_string(run) + "_" + std::to_string(++last)))
+                    .string();
     }
     TemporaryFile(const TemporaryFile&) = delete;
     TemporaryFile& operator=(const TemporaryFile&) = delete;
     ~TemporaryFile() {
         std::error_code ignored;
-        std::filesystem::remove_all(name, ignored);
+        std::filesystem::remove_all(name_, ignored);
     }
 
-    const char* path() const { return name.c_str(); }
+    const char* path() const { return name_.c_str(); }
 
     /// The file's bytes, read by other means than those under test; empty when there is none.
     std::string bytes() const {
-        std::ifstream stream(name, std::ios::binary);
+        std::ifstream stream(name_, std::ios::binary);
         return {std::istreambuf_iterator<char>(stream), {}};
     }
     void setBytes(const std::string& bytes) const {
-        std::ofstream(name, std::ios::binary | std::ios::trunc) << bytes;
+        std::ofstream(name_, std::ios::binary | std::ios::trunc) << bytes;
     }
 
 private:
-    std::string name;
+    std::string name_;
 };
 
 }  // namespace kerf::test
