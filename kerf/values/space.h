@@ -1,0 +1,57 @@
+#pragma once
+#include <array>
+
+#include "kerf/values/point.h"
+#include "kerf/values/pole.h"
+
+// The plane and space as template arguments. What is the same in both is written once, over a Space;
+// the public twins are thin classes on top of it. Types that are only named here are included by
+// whoever uses them.
+namespace kerf {
+
+class EREntity2D;
+class EREntity2DWF;
+class EREntity3D;
+class EREntity3DWF;
+class ERInfoPoint2D;
+class ERInfoPoint3DWF;
+class ERMinimax2D;
+class ERMinimax3D;
+class ERPoint12List;
+class ERPoint13List;
+
+/// The plane.
+struct Space2D {
+    static constexpr unsigned int dimension = 2;
+
+    using Point = ERPoint2D;
+    using Vector = ERVector2D;
+    using Pole = ERPole2DH;
+    using Box = ERMinimax2D;
+    using InfoPoint = ERInfoPoint2D;
+    using PointList = ERPoint12List;
+    using Entity = EREntity2D;
+    using WireEntity = EREntity2DWF;
+
+    static std::array<double, 2> coordinates(const ERPoint2D& p) { return {p.x(), p.y()}; }
+    static ERPoint2D point(const double* c) { return ERPoint2D(c[0], c[1]); }
+};
+
+/// Space.
+struct Space3D {
+    static constexpr unsigned int dimension = 3;
+
+    using Point = ERPoint3D;
+    using Vector = ERVector3D;
+    using Pole = ERPole3DH;
+    using Box = ERMinimax3D;
+    using InfoPoint = ERInfoPoint3DWF;
+    using PointList = ERPoint13List;
+    using Entity = EREntity3D;
+    using WireEntity = EREntity3DWF;
+
+    static std::array<double, 3> coordinates(const ERPoint3D& p) { return {p.x(), p.y(), p.z()}; }
+    static ERPoint3D point(const double* c) { return ERPoint3D(c[0], c[1], c[2]); }
+};
+
+}  // namespace kerf
