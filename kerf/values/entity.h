@@ -44,7 +44,7 @@ class KERF_EXPORT EREntity2D : public EREntity {
 public:
     /// The distance of p, with the sign of its side where the entity has sides. Here NoFootPoint,
     /// with the distance not written.
-    virtual EREntity::DISTMINRES SignedMinimalDistance(const ERPoint2D& p, double& distance);
+    virtual EREntity::DISTMINRES SignedMinimalDistance(const ERPoint2D& p, double& distance) const;
     virtual void translate(const ERPoint2D& t) = 0;
     virtual void transformFrom(const ERTransfo2D& transformation) = 0;
     virtual void transformTo(const ERTransfo2D& transformation) = 0;
@@ -60,7 +60,7 @@ class KERF_EXPORT EREntity3D : public EREntity {
     ER_OBJECT_CLASS(EREntity3D);
 
 public:
-    virtual EREntity::DISTMINRES SignedMinimalDistance(const ERPoint3D& p, double& distance);
+    virtual EREntity::DISTMINRES SignedMinimalDistance(const ERPoint3D& p, double& distance) const;
     virtual void translate(const ERPoint3D& t) = 0;
     virtual void transformFrom(const ERPmSimilitude3D& transformation) = 0;
     virtual void transformFrom(const ERPmIsometrie3D& transformation) = 0;

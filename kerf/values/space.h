@@ -9,16 +9,28 @@
 // whoever uses them.
 namespace kerf {
 
+class ERCpoleNURBS2D;
+class ERCpoleNURBS3D;
+class ERCpoleRep2D;
+class ERCpoleRep3D;
 class EREntity2D;
 class EREntity2DWF;
 class EREntity3D;
 class EREntity3DWF;
+class ERFiniteEntity2DWF;
+class ERFiniteEntity2DWFBoundedWithAngle;
+class ERFiniteEntity3DWF;
+class ERFiniteEntity3DWFBoundedWithAngle;
 class ERInfoPoint2D;
 class ERInfoPoint3DWF;
+class ERLimitedEntity2DWF;
+class ERLimitedEntity3DWF;
 class ERMinimax2D;
 class ERMinimax3D;
 class ERPoint12List;
 class ERPoint13List;
+class ERTrimmedEntity2DWF;
+class ERTrimmedEntity3DWF;
 
 /// The plane.
 struct Space2D {
@@ -32,6 +44,12 @@ struct Space2D {
     using PointList = ERPoint12List;
     using Entity = EREntity2D;
     using WireEntity = EREntity2DWF;
+    using Curve = ERFiniteEntity2DWF;
+    using AngleBoundedCurve = ERFiniteEntity2DWFBoundedWithAngle;
+    using LimitedCurve = ERLimitedEntity2DWF;
+    using TrimmedCurve = ERTrimmedEntity2DWF;
+    using PoleCurve = ERCpoleRep2D;
+    using Nurbs = ERCpoleNURBS2D;
 
     static std::array<double, 2> coordinates(const ERPoint2D& p) { return {p.x(), p.y()}; }
     static ERPoint2D point(const double* c) { return ERPoint2D(c[0], c[1]); }
@@ -49,6 +67,12 @@ struct Space3D {
     using PointList = ERPoint13List;
     using Entity = EREntity3D;
     using WireEntity = EREntity3DWF;
+    using Curve = ERFiniteEntity3DWF;
+    using AngleBoundedCurve = ERFiniteEntity3DWFBoundedWithAngle;
+    using LimitedCurve = ERLimitedEntity3DWF;
+    using TrimmedCurve = ERTrimmedEntity3DWF;
+    using PoleCurve = ERCpoleRep3D;
+    using Nurbs = ERCpoleNURBS3D;
 
     static std::array<double, 3> coordinates(const ERPoint3D& p) { return {p.x(), p.y(), p.z()}; }
     static ERPoint3D point(const double* c) { return ERPoint3D(c[0], c[1], c[2]); }
