@@ -287,16 +287,6 @@ using QuickAlgebra::ERSimpleVec2;
 using QuickAlgebra::ERVec;
 }  // namespace kerf
 
-// The export mark belongs to the first declaration of an instance; one compiler wants it, while it
-// builds the library, at the definition instead.
-#if defined(_MSC_VER) && defined(KERF_BUILDING)
-#define KERF_DECLARED_INSTANCE
-#define KERF_DEFINED_INSTANCE KERF_EXPORT
-#else
-#define KERF_DECLARED_INSTANCE KERF_EXPORT
-#define KERF_DEFINED_INSTANCE
-#endif
-
 // clang-format off
 #define KERF_DECLARE_SIMPLE_VECTOR(T) \
     extern template class KERF_DECLARED_INSTANCE ::kerf::QuickAlgebra::ERSimpleVec<T>;

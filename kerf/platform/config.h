@@ -17,6 +17,16 @@
 #define KERF_EXPORT __attribute__((visibility("default")))
 #endif
 
+// The export mark of a template instance belongs to its first declaration; MSVC wants it, while it
+// builds the library, at the definition instead.
+#if defined(_MSC_VER) && defined(KERF_BUILDING)
+#define KERF_DECLARED_INSTANCE
+#define KERF_DEFINED_INSTANCE KERF_EXPORT
+#else
+#define KERF_DECLARED_INSTANCE KERF_EXPORT
+#define KERF_DEFINED_INSTANCE
+#endif
+
 /// Asserts what is the caller's duty (an index, a shape). Costs nothing unless the option
 /// KERF_CHECKED is on; then a broken duty stops the program.
 #if defined(KERF_CHECKED)
