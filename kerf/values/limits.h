@@ -8,8 +8,9 @@
 // The interval of a parameter, and the angle.
 namespace kerf {
 
-/// A closed interval [start, end] of a parameter. It is never put in order: with start > end the
-/// amplitude is negative and nothing is in bounds.
+/// A closed interval [start, end] of a parameter.
+/// Kept: it is never put in order. With start > end the amplitude is negative and nothing is in
+///       bounds.
 class KERF_EXPORT ERLimites {
 public:
     ERLimites() : start_(0.0), end_(0.0) {}
@@ -27,7 +28,8 @@ public:
     ERLimites operator()(const ERLimites& ratios) const {
         return ERLimites((*this)(ratios.start_), (*this)(ratios.end_));
     }
-    /// The inverse: the ratio of value v. An empty interval divides by zero.
+    /// The inverse: the ratio of value v.
+    /// Degenerate: an empty interval divides by zero.
     double ratio(double v) const { return (v - start_) / (end_ - start_); }
     ERLimites ratio(const ERLimites& values) const {
         return ERLimites(ratio(values.start_), ratio(values.end_));
@@ -38,17 +40,17 @@ public:
     int strictlyInBound(double v) const { return start_ < v && v < end_; }
     int isEmpty(double tol) const { return std::fabs(start_ - end_) <= tol; }
 
-    ERLimites& operator+=(double shift) {
-        start_ += shift;
-        end_ += shift;
+    ERLimites& operator+=(double offset) {
+        start_ += offset;
+        end_ += offset;
         return *this;
     }
-    ERLimites& operator-=(double shift) {
-        start_ -= shift;
-        end_ -= shift;
+    ERLimites& operator-=(double offset) {
+        start_ -= offset;
+        end_ -= offset;
         return *this;
     }
-    /// A negative factor reverses the interval; the ends are not exchanged, and callers rely on it.
+    /// Kept: a negative factor reverses the interval; the ends are not exchanged.
     ERLimites& operator*=(double f) {
         start_ *= f;
         end_ *= f;
@@ -95,7 +97,6 @@ private:
     double radians_;
 };
 
-KERF_PLAIN_VALUE(ERLimites, 2);
-KERF_PLAIN_VALUE(ERRadian, 1);
+static_assert(isPlainValue<ERLimites, 2> && isPlainValue<ERRadian, 1>);
 
 }  // namespace kerf

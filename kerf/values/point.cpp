@@ -46,12 +46,20 @@ void restore(ERFile& file, double* values, unsigned int count) {
     file.Read(values, count);
 }
 
+void overwrite(ERFile& file, double* values, unsigned int count) { file.Read(values, count); }
+
 void store(CArchive& archive, const double* values, unsigned int count) {
     for (unsigned int i = 0; i < count; ++i) archive << values[i];
 }
 
 void load(CArchive& archive, double* values, unsigned int count) {
     for (unsigned int i = 0; i < count; ++i) archive >> values[i];
+}
+
+double divisorOfExtreme(const double* values, unsigned int count) {
+    const double length =
+        count == 2 ? std::hypot(values[0], values[1]) : std::hypot(values[0], values[1], values[2]);
+    return length != 0.0 ? length : 1.0;
 }
 
 }  // namespace coordinates
@@ -116,17 +124,6 @@ void ERVector2D::printOn(std::ostream& os) const {
 
 void ERVector3D::printOn(std::ostream& os) const {
     coordinates::print(os, coordinates_, 3, "<", ">");
-}
-
-// The length without squaring. The null vector is divided by 1 and so stays as it is.
-double ERVector2D::divisorOfExtreme() const {
-    const double length = std::hypot(i(), j());
-    return length != 0.0 ? length : 1.0;
-}
-
-double ERVector3D::divisorOfExtreme() const {
-    const double length = std::hypot(i(), j(), k());
-    return length != 0.0 ? length : 1.0;
 }
 
 enum Coord3D ERVector3D::axeOptimum() const {

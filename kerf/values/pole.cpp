@@ -5,36 +5,20 @@
 
 namespace kerf {
 
-namespace {
+namespace coordinates {
 
-template <class Point>
-void printPole(std::ostream& os, const Point& weighted, double w) {
+void printPole(std::ostream& os, const double* fields, unsigned int count) {
     const std::streamsize width = os.width();
-    weighted.printOn(os);
+    print(os, fields, count - 1, "[", "]");
     os.width(width);
-    coordinates::print(os, &w, 1, "(", ")");
+    print(os, fields + count - 1, 1, "(", ")");
 }
 
-template <class Pole, class Point>
-std::istream& scanPole(std::istream& is, Pole& pole, Point weighted) {
-    double w;
-    if (is >> weighted >> w) pole = Pole(weighted, w);
-    return is;
+bool scanPole(std::istream& is, double* fields, unsigned int count) {
+    return scan(is, fields, count - 1) && is >> fields[count - 1];
 }
 
-}  // namespace
-
-void ERPole2DH::printOn(std::ostream& os) const { printPole(os, weighted_, w_); }
-
-void ERPole3DH::printOn(std::ostream& os) const { printPole(os, weighted_, w_); }
-
-std::istream& operator>>(std::istream& is, ERPole2DH& pole) {
-    return scanPole(is, pole, ERPoint2D());
-}
-
-std::istream& operator>>(std::istream& is, ERPole3DH& pole) {
-    return scanPole(is, pole, ERPoint3D());
-}
+}  // namespace coordinates
 
 ERPole3DH ERPole2DH::castToPole3D(enum Coord3D axis, double v) const {
     switch (axis) {

@@ -2,7 +2,6 @@
 #include <array>
 
 #include "kerf/values/point.h"
-#include "kerf/values/pole.h"
 
 // The plane and space as template arguments. What is the same in both is written once, over a Space;
 // the public twins are thin classes on top of it. Types that are only named here are included by
@@ -27,20 +26,29 @@ class ERLimitedEntity2DWF;
 class ERLimitedEntity3DWF;
 class ERMinimax2D;
 class ERMinimax3D;
+class ERPmIsometrie3D;
 class ERPoint12List;
 class ERPoint13List;
+class ERPole2DH;
+class ERPole3DH;
+class ERTransfo2D;
 class ERTrimmedEntity2DWF;
 class ERTrimmedEntity3DWF;
+struct ERPoint12;
+struct ERPoint13;
 
 /// The plane.
 struct Space2D {
     static constexpr unsigned int dimension = 2;
 
+    using Axis = Coord2D;
+    using PoleAxis = Coord2DH;
     using Point = ERPoint2D;
     using Vector = ERVector2D;
     using Pole = ERPole2DH;
     using Box = ERMinimax2D;
     using InfoPoint = ERInfoPoint2D;
+    using PointNode = ERPoint12;
     using PointList = ERPoint12List;
     using Entity = EREntity2D;
     using WireEntity = EREntity2DWF;
@@ -50,8 +58,10 @@ struct Space2D {
     using TrimmedCurve = ERTrimmedEntity2DWF;
     using PoleCurve = ERCpoleRep2D;
     using Nurbs = ERCpoleNURBS2D;
+    using Transformation = ERTransfo2D;
 
     static std::array<double, 2> coordinates(const ERPoint2D& p) { return {p.x(), p.y()}; }
+    static std::array<double, 2> coordinates(const ERVector2D& v) { return {v.i(), v.j()}; }
     static ERPoint2D point(const double* c) { return ERPoint2D(c[0], c[1]); }
 };
 
@@ -59,11 +69,14 @@ struct Space2D {
 struct Space3D {
     static constexpr unsigned int dimension = 3;
 
+    using Axis = Coord3D;
+    using PoleAxis = Coord3DH;
     using Point = ERPoint3D;
     using Vector = ERVector3D;
     using Pole = ERPole3DH;
     using Box = ERMinimax3D;
     using InfoPoint = ERInfoPoint3DWF;
+    using PointNode = ERPoint13;
     using PointList = ERPoint13List;
     using Entity = EREntity3D;
     using WireEntity = EREntity3DWF;
@@ -73,8 +86,10 @@ struct Space3D {
     using TrimmedCurve = ERTrimmedEntity3DWF;
     using PoleCurve = ERCpoleRep3D;
     using Nurbs = ERCpoleNURBS3D;
+    using Transformation = ERPmIsometrie3D;
 
     static std::array<double, 3> coordinates(const ERPoint3D& p) { return {p.x(), p.y(), p.z()}; }
+    static std::array<double, 3> coordinates(const ERVector3D& v) { return {v.i(), v.j(), v.k()}; }
     static ERPoint3D point(const double* c) { return ERPoint3D(c[0], c[1], c[2]); }
 };
 

@@ -9,10 +9,10 @@ namespace kerf {
 
 namespace {
 
-bool isNull(const ERVector3D& v) { return isEqual(v, ERVector3D(), equalityTolerance) != 0; }
+bool isZero(const ERVector3D& v) { return isEqual(v, ERVector3D(), equalityTolerance) != 0; }
 
 // The real roots of a x^2 + b x + c. False, with the results untouched, when there is none. The
-// zero tests are exact; without a leading term the one root, or 0, comes twice.
+// zero tests are exact; without a leading term the one root, or zero, comes twice.
 bool solveQuadratic(double a, double b, double c, double& first, double& second) {
     if (a == 0.0) {
         first = second = b == 0.0 ? 0.0 : -c / b;
@@ -72,10 +72,10 @@ ERVector3D ERInfoPoint3DSurf::tangenteV() const { return derivative(0, 1); }
 
 ERVector3D ERInfoPoint3DSurf::normale() const {
     const ERVector3D su = tangenteU(), sv = tangenteV();
-    const bool nullU = isNull(su), nullV = isNull(sv);
-    if (nullU && nullV) return ERVector3D();
-    if (nullU) return derivative(0, 2).getnormalized();
-    if (nullV) return derivative(2, 0).getnormalized();
+    const bool zeroU = isZero(su), zeroV = isZero(sv);
+    if (zeroU && zeroV) return ERVector3D();
+    if (zeroU) return derivative(0, 2).getnormalized();
+    if (zeroV) return derivative(2, 0).getnormalized();
     return (su ^ sv).getnormalized();
 }
 

@@ -4,7 +4,7 @@
 #include "kerf/platform/config.h"
 #include "kerf/values/vector_instances.h"
 
-// What the evaluation of a surface answers: the point with its partial derivatives.
+// What the evaluation of a surface returns: the point with its partial derivatives.
 namespace kerf {
 
 class ERPmIsometrie3D;
@@ -28,9 +28,10 @@ public:
     ERVector3D tangenteU() const;  ///< S_u, not normalised
     ERVector3D tangenteV() const;  ///< S_v, not normalised
 
-    /// S_u ^ S_v, normalised. Where the parametrisation degenerates, with 1e-11 as zero for each
-    /// component: the null vector when both tangents are null, else S_vv normalised for a null S_u
-    /// and S_uu for a null S_v, which stand in at a pole; no limit is taken.
+    /// S_u ^ S_v, normalised.
+    /// Degenerate: a tangent counts as zero when each component is within 1e-11. For a zero S_u the
+    ///             result is S_vv, for a zero S_v it is S_uu, normalised: they stand in at a pole of
+    ///             the parametrisation, and no limit is taken. Both zero: the zero vector.
     ERVector3D normale() const;
 
     /// The curvature of the normal section in the direction du S_u + dv S_v, positive towards
@@ -38,14 +39,14 @@ public:
     double courbureNormale(double du, double dv) const;
     double courbureGaussienne() const;
     double courbureMoyenne() const;
-    /// The principal curvatures, the smaller first. Where rounding makes their quadratic
-    /// unsolvable, as may happen at an umbilic, k1 and k2 keep what they held: callers give them a
-    /// value first.
+    /// The principal curvatures, the smaller first.
+    /// Kept: where rounding makes their quadratic unsolvable, as may happen at an umbilic, k1 and k2
+    ///       keep what they held. Callers give them a value first.
     void courburesExtremes(double& k1, double& k2) const;
-    /// The principal directions, of length 1. They keep what they held where the quadratic in the
-    /// ratio of dv to du has no real root. Where S_v is itself a principal direction the quadratic
-    /// loses its leading term and both answers are the other direction; callers rely on it.
-    /// Everywhere on a plane or a sphere both are that of S_u.
+    /// The principal directions, of length 1.
+    /// Kept: they keep what they held where the quadratic in the ratio of dv to du has no real root.
+    ///       Where S_v is itself a principal direction both are the other one, for the quadratic
+    ///       loses its leading term. Everywhere on a plane or a sphere both are that of S_u.
     void directionPrincipale(ERVector3D& d1, ERVector3D& d2) const;
 
     // In place: the point as a point, all other entries as vectors.
