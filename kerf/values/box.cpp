@@ -2,10 +2,8 @@
 
 #include <algorithm>
 
-#include "kerf/core/file.h"
 #include "kerf/numerics/vector_impl.h"
 #include "kerf/platform/archive.h"
-#include "kerf/values/pole.h"
 
 namespace kerf {
 
@@ -25,18 +23,19 @@ void widenByAll(Box& box, const ERVec<Point>& points) {
 }
 
 // Where the line crosses the plane of a face, the other coordinates must lie within the box.
-template <unsigned int axes>
-int lineMeetsBox(const std::array<double, axes>& p, const std::array<double, axes>& direction,
-                 const std::array<double, axes>& low, const std::array<double, axes>& high) {
-    for (unsigned int axis = 0; axis < axes; ++axis) {
+template <class Space>
+int lineMeetsBox(const typename Space::Point& through, const typename Space::Vector& along,
+                 const AxisAlignedBox<Space>& box) {
+    const auto p = Space::coordinates(through), direction = Space::coordinates(along);
+    for (unsigned int axis = 0; axis < Space::dimension; ++axis) {
         if (direction[axis] == 0.0) continue;
-        for (const double face : {low[axis], high[axis]}) {
+        for (const double face : {box.lower(axis), box.upper(axis)}) {
             const double t = (p[axis] - face) / direction[axis];
             bool hit = true;
-            for (unsigned int other = 0; other < axes && hit; ++other) {
+            for (unsigned int other = 0; other < Space::dimension && hit; ++other) {
                 if (other == axis) continue;
                 const double c = p[other] - direction[other] * t;
-                hit = low[other] <= c && c <= high[other];
+                hit = box.lower(other) <= c && c <= box.upper(other);
             }
             if (hit) return 1;
         }
@@ -79,39 +78,11 @@ int ERMinimax2D::onBorder(const ERPoint2D& p) const {
 }
 
 int ERMinimax2D::intersect(const ERPoint2D& p, const ERVector2D& direction) const {
-    return lineMeetsBox<2>({p.x(), p.y()}, {direction.i(), direction.j()}, {xmin(), ymin()},
-                           {xmax(), ymax()});
+    return lineMeetsBox<Space2D>(p, direction, *this);
 }
 
 int ERMinimax3D::intersect(const ERPoint3D& p, const ERVector3D& direction) const {
-    if (invalid()) return 0;
-    return lineMeetsBox<3>({p.x(), p.y(), p.z()}, {direction.i(), direction.j(), direction.k()},
-                           {xmin(), ymin(), zmin()}, {xmax(), ymax(), zmax()});
-}
-
-void ERMinimax2D::saveGuts(ERFile& file) const { file.Write(bounds_, 2 * axes); }
-void ERMinimax2D::restoreGuts(ERFile& file) { file.Read(bounds_, 2 * axes); }
-void ERMinimax3D::saveGuts(ERFile& file) const { file.Write(bounds_, 2 * axes); }
-void ERMinimax3D::restoreGuts(ERFile& file) { file.Read(bounds_, 2 * axes); }
-
-ERFile& operator<<(ERFile& file, const ERMinimax2D& box) {
-    box.saveGuts(file);
-    return file;
-}
-
-ERFile& operator>>(ERFile& file, ERMinimax2D& box) {
-    box.restoreGuts(file);
-    return file;
-}
-
-ERFile& operator<<(ERFile& file, const ERMinimax3D& box) {
-    box.saveGuts(file);
-    return file;
-}
-
-ERFile& operator>>(ERFile& file, ERMinimax3D& box) {
-    box.restoreGuts(file);
-    return file;
+    return invalid() ? 0 : lineMeetsBox<Space3D>(p, direction, *this);
 }
 
 CArchive& operator<<(CArchive& archive, ERMinimax3D box) {

@@ -1,10 +1,11 @@
 #pragma once
-#include <array>
 #include <cmath>
 #include <limits>
 
 #include "kerf/platform/config.h"
 #include "kerf/values/point.h"
+#include "kerf/values/pole.h"
+#include "kerf/values/space.h"
 #include "kerf/values/vector_instances.h"
 
 // Axis-aligned boxes in two and three dimensions, and where one stands relative to another. Every
@@ -13,10 +14,6 @@ namespace kerf {
 
 class CArchive;
 class ERFile;
-class ERMinimax2D;
-class ERMinimax3D;
-class ERPole2DH;
-class ERPole3DH;
 
 /// Where a first box stands relative to a second.
 enum RELATIVE_BOX_POSITION {
@@ -40,40 +37,20 @@ enum ER_MINMAX_POSITION_POLYGONE {
 /// The fields of ERMinimax2D by number.
 enum class MinMax2D { XMin = 0, YMin = 1, XMax = 2, YMax = 3 };
 
-/// What AxisAlignedBox needs to know of the space a box lives in.
-template <class Box>
-struct BoxSpace;
-
-template <>
-struct BoxSpace<ERMinimax2D> {
-    using Point = ERPoint2D;
-    static constexpr unsigned int axes = 2;
-    static std::array<double, 2> coordinates(const ERPoint2D& p) { return {p.x(), p.y()}; }
-    static ERPoint2D point(const double* c) { return ERPoint2D(c[0], c[1]); }
-};
-
-template <>
-struct BoxSpace<ERMinimax3D> {
-    using Point = ERPoint3D;
-    static constexpr unsigned int axes = 3;
-    static std::array<double, 3> coordinates(const ERPoint3D& p) { return {p.x(), p.y(), p.z()}; }
-    static ERPoint3D point(const double* c) { return ERPoint3D(c[0], c[1], c[2]); }
-};
-
 /// What the boxes of the plane and of space share; used through ERMinimax2D and ERMinimax3D.
-///
-/// Reset:   a box that holds nothing has all minima at the largest double and all maxima at its
-///          negative, so that the first Update lands on the point.
-/// Unsorted: a box built or filled with a minimum above its maximum is kept so.
-/// Failure: nothing is reported, and only invalid() tells a reset box: every other operation
-///          computes on its extreme values, unless it says otherwise.
-/// NaN:     a NaN coordinate never widens a box.
-template <class Box>
+/// A box that holds nothing is reset: all its minima are the largest double and all its maxima the
+/// negative of that, so that the first Update lands on the point.
+/// Degenerate: a box built or filled with a minimum above its maximum is kept so. A NaN coordinate
+///             never widens a box.
+/// Failure:    nothing is reported, and only invalid() tells a reset box: every other operation
+///             computes on its extreme values, unless it says otherwise.
+template <class S>
 class AxisAlignedBox {
 public:
-    using Space = BoxSpace<Box>;
+    using Space = S;
+    using Box = typename Space::Box;
     using Point = typename Space::Point;
-    static constexpr unsigned int axes = Space::axes;
+    static constexpr unsigned int axes = Space::dimension;
 
     void Reset() {
         for (unsigned int axis = 0; axis < axes; ++axis) {
@@ -82,7 +59,9 @@ public:
         }
     }
 
-    /// 1 for a reset box. Only the minimum in x is looked at; callers rely on it to mark a box.
+    /// 1 for a reset box.
+    /// Kept: only the minimum in x is looked at, so a box that holds the largest double there counts
+    ///       as reset whatever the rest.
     int invalid() const { return bounds_[0] == std::numeric_limits<double>::max(); }
 
     /// The minimum and the maximum on an axis: 0 is x, 1 y, 2 z.
@@ -117,7 +96,7 @@ public:
         return widened;
     }
 
-    /// Moves every face outwards by d, inwards when d is negative. A reset box is not looked for.
+    /// Moves every face outwards by d, inwards when d is negative. Reset boxes are not tested for.
     void Inflate(double d) {
         for (unsigned int axis = 0; axis < axes; ++axis) {
             bounds_[axis] -= d;
@@ -151,6 +130,19 @@ public:
         return 1;
     }
 
+    ERULong binaryStoreSize() const { return sizeof(bounds_); }
+    void saveGuts(ERFile& file) const { coordinates::save(file, bounds_, 2 * axes); }
+    void restoreGuts(ERFile& file) { coordinates::overwrite(file, bounds_, 2 * axes); }
+    /// The fields, raw. A file that ends too early leaves the fields that it did not hold.
+    friend ERFile& operator<<(ERFile& file, const Box& box) {
+        box.saveGuts(file);
+        return file;
+    }
+    friend ERFile& operator>>(ERFile& file, Box& box) {
+        box.restoreGuts(file);
+        return file;
+    }
+
 protected:
     AxisAlignedBox() { Reset(); }
 
@@ -175,12 +167,13 @@ private:
     Box& self() { return static_cast<Box&>(*this); }
     const Box& self() const { return static_cast<const Box&>(*this); }
 
-    template <class AnyBox>
-    friend AnyBox intersection(const AxisAlignedBox<AnyBox>& a, const AxisAlignedBox<AnyBox>& b);
+    template <class AnySpace>
+    friend typename AnySpace::Box intersection(const AxisAlignedBox<AnySpace>& a,
+                                               const AxisAlignedBox<AnySpace>& b);
 };
 
 /// A box in the plane. In memory and in files: xmin, ymin, xmax, ymax.
-class KERF_EXPORT ERMinimax2D : public AxisAlignedBox<ERMinimax2D> {
+class KERF_EXPORT ERMinimax2D : public AxisAlignedBox<Space2D> {
 public:
     ERMinimax2D() = default;  ///< reset
     /// Stored as given. The arguments come in pairs for each axis, unlike the fields.
@@ -207,15 +200,16 @@ public:
     /// The Euclidean length of the diagonal.
     double DiametreBoule() const { return diagonalLength(); }
 
-    /// The corners (xmin, ymin), (xmax, ymin), (xmin, ymax), (xmax, ymax): not a loop round the
-    /// box, and callers rely on this order.
+    /// The corners.
+    /// Kept: in the order (xmin, ymin), (xmax, ymin), (xmin, ymax), (xmax, ymax), which does not go
+    ///       round the box.
     ERVec<ERPoint2D> getVertice() const;
 
     /// 1 when p lies exactly on one of the four sides.
     int onBorder(const ERPoint2D& p) const;
 
     /// 1 when the infinite line through p meets the box, border included; directions may be of any
-    /// length, and a null one meets nothing. Reset boxes are not looked for.
+    /// length, and a zero one meets nothing. Reset boxes are not tested for.
     int intersect(const ERPoint2D& p, const ERVector2D& direction) const;
 
     /// 1 unless SutherCohen finds the segment outside.
@@ -226,14 +220,10 @@ public:
     /// A corner of the box on the polygon's border, as Inside tells it, does not count as inside.
     ER_MINMAX_POSITION_POLYGONE positionRelative(const ERPoint2D* polygon, unsigned int n) const;
     ER_MINMAX_POSITION_POLYGONE positionRelative(const ERVec<ERPoint2D>& polygon) const;
-
-    void saveGuts(ERFile& file) const;
-    void restoreGuts(ERFile& file);
-    ERULong binaryStoreSize() const { return 32; }
 };
 
 /// A box in space. In memory and in files: xmin, ymin, zmin, xmax, ymax, zmax.
-class KERF_EXPORT ERMinimax3D : public AxisAlignedBox<ERMinimax3D> {
+class KERF_EXPORT ERMinimax3D : public AxisAlignedBox<Space3D> {
 public:
     ERMinimax3D() = default;  ///< reset
     /// Stored as given. The arguments come in pairs for each axis, unlike the fields.
@@ -265,24 +255,20 @@ public:
     ERVec<ERPoint3D> getVertice() const;
 
     /// 1 when the infinite line through p meets the box, border included; directions may be of any
-    /// length, and a null one meets nothing. 0 for a reset box.
+    /// length, and a zero one meets nothing. 0 for a reset box.
     int intersect(const ERPoint3D& p, const ERVector3D& direction) const;
-
-    void saveGuts(ERFile& file) const;
-    void restoreGuts(ERFile& file);
-    ERULong binaryStoreSize() const { return 48; }
 };
 
-template <class Box>
-int operator==(const AxisAlignedBox<Box>& a, const AxisAlignedBox<Box>& b) {
-    for (unsigned int axis = 0; axis < Box::axes; ++axis) {
+template <class Space>
+int operator==(const AxisAlignedBox<Space>& a, const AxisAlignedBox<Space>& b) {
+    for (unsigned int axis = 0; axis < Space::dimension; ++axis) {
         if (!(a.lower(axis) == b.lower(axis) && a.upper(axis) == b.upper(axis))) return 0;
     }
     return 1;
 }
 
-template <class Box>
-int operator!=(const AxisAlignedBox<Box>& a, const AxisAlignedBox<Box>& b) {
+template <class Space>
+int operator!=(const AxisAlignedBox<Space>& a, const AxisAlignedBox<Space>& b) {
     return !(a == b);
 }
 
@@ -292,23 +278,26 @@ inline int intervalsApart(double aLow, double aHigh, double bLow, double bHigh) 
     return static_cast<int>(aHigh < bLow) | static_cast<int>(bHigh < aLow);
 }
 
-/// 1 when the boxes are apart on some axis. The operator tells separation, not contact, and callers
-/// rely on it; boxes that share a face, an edge or a corner are not apart.
-template <class Box>
-int operator|(const AxisAlignedBox<Box>& a, const AxisAlignedBox<Box>& b) {
-    for (unsigned int axis = 0; axis < Box::axes; ++axis) {
+/// 1 when the boxes are apart on some axis.
+/// Kept: the operator tells separation, not contact. Boxes that share a face, an edge or a corner
+///       are not apart.
+template <class Space>
+int operator|(const AxisAlignedBox<Space>& a, const AxisAlignedBox<Space>& b) {
+    for (unsigned int axis = 0; axis < Space::dimension; ++axis) {
         if (intervalsApart(a.lower(axis), a.upper(axis), b.lower(axis), b.upper(axis))) return 1;
     }
     return 0;
 }
 
-/// Where a stands relative to b. The two containments differ: a lies within b when borders touch or
-/// the boxes are equal, but it contains b only strictly on every axis.
-template <class Box>
-RELATIVE_BOX_POSITION RelativePosition(const AxisAlignedBox<Box>& a, const AxisAlignedBox<Box>& b) {
+/// Where a stands relative to b.
+/// Kept: the two containments differ. a lies within b when borders touch or the boxes are equal, but
+///       it contains b only strictly on every axis.
+template <class Space>
+RELATIVE_BOX_POSITION RelativePosition(const AxisAlignedBox<Space>& a,
+                                       const AxisAlignedBox<Space>& b) {
     bool within = true;
     bool containing = true;
-    for (unsigned int axis = 0; axis < Box::axes; ++axis) {
+    for (unsigned int axis = 0; axis < Space::dimension; ++axis) {
         const double aLow = a.lower(axis), aHigh = a.upper(axis);
         const double bLow = b.lower(axis), bHigh = b.upper(axis);
         if (intervalsApart(aLow, aHigh, bLow, bHigh)) return BoxDisjoint;
@@ -320,56 +309,56 @@ RELATIVE_BOX_POSITION RelativePosition(const AxisAlignedBox<Box>& a, const AxisA
 }
 
 /// 1 when a lies within b (BoxWithin), when a contains b (BoxContains).
-template <class Box>
-int operator<<(const AxisAlignedBox<Box>& a, const AxisAlignedBox<Box>& b) {
+template <class Space>
+int operator<<(const AxisAlignedBox<Space>& a, const AxisAlignedBox<Space>& b) {
     return RelativePosition(a, b) == BoxWithin;
 }
-template <class Box>
-int operator>>(const AxisAlignedBox<Box>& a, const AxisAlignedBox<Box>& b) {
+template <class Space>
+int operator>>(const AxisAlignedBox<Space>& a, const AxisAlignedBox<Space>& b) {
     return RelativePosition(a, b) == BoxContains;
 }
 
 /// As << and >>, 1 for overlapping boxes too.
-template <class Box>
-int operator<(const AxisAlignedBox<Box>& a, const AxisAlignedBox<Box>& b) {
+template <class Space>
+int operator<(const AxisAlignedBox<Space>& a, const AxisAlignedBox<Space>& b) {
     const RELATIVE_BOX_POSITION position = RelativePosition(a, b);
     return position == BoxWithin || position == BoxOverlap;
 }
-template <class Box>
-int operator>(const AxisAlignedBox<Box>& a, const AxisAlignedBox<Box>& b) {
+template <class Space>
+int operator>(const AxisAlignedBox<Space>& a, const AxisAlignedBox<Space>& b) {
     const RELATIVE_BOX_POSITION position = RelativePosition(a, b);
     return position == BoxContains || position == BoxOverlap;
 }
 
 /// The smallest box around both.
-template <class Box>
-Box Union(const AxisAlignedBox<Box>& a, const AxisAlignedBox<Box>& b) {
-    Box both;
-    both.Update(static_cast<const Box&>(a));
-    both.Update(static_cast<const Box&>(b));
+template <class Space>
+typename Space::Box Union(const AxisAlignedBox<Space>& a, const AxisAlignedBox<Space>& b) {
+    typename Space::Box both;
+    both.Update(static_cast<const typename Space::Box&>(a));
+    both.Update(static_cast<const typename Space::Box&>(b));
     return both;
 }
 
 /// What the boxes have in common: a reset box when they are apart, a flat one when they touch.
-template <class Box>
-Box intersection(const AxisAlignedBox<Box>& a, const AxisAlignedBox<Box>& b) {
-    Box common;
+template <class Space>
+typename Space::Box intersection(const AxisAlignedBox<Space>& a, const AxisAlignedBox<Space>& b) {
+    typename Space::Box common;
     if (a | b) return common;
-    AxisAlignedBox<Box>& bounds = common;
-    for (unsigned int axis = 0; axis < Box::axes; ++axis) {
+    AxisAlignedBox<Space>& bounds = common;
+    for (unsigned int axis = 0; axis < Space::dimension; ++axis) {
         bounds.set(axis, a.lower(axis) > b.lower(axis) ? a.lower(axis) : b.lower(axis),
                    a.upper(axis) < b.upper(axis) ? a.upper(axis) : b.upper(axis));
     }
     return common;
 }
 
-/// The squared length, from the origin, of p clamped to the box. p is not subtracted, so this is
-/// the distance from p for p at the origin alone; callers rely on the figure.
-template <class Box>
-double minimumSquaredDistance(const AxisAlignedBox<Box>& box, const typename Box::Point& p) {
-    const auto c = Box::Space::coordinates(p);
+/// The squared length, from the origin, of p clamped to the box.
+/// Kept: p is not subtracted, so this is the distance from p for p at the origin alone.
+template <class Space>
+double minimumSquaredDistance(const AxisAlignedBox<Space>& box, const typename Space::Point& p) {
+    const auto c = Space::coordinates(p);
     double sum = 0.0;
-    for (unsigned int axis = 0; axis < Box::axes; ++axis) {
+    for (unsigned int axis = 0; axis < Space::dimension; ++axis) {
         double clamped = c[axis];
         if (clamped < box.lower(axis)) clamped = box.lower(axis);
         if (clamped > box.upper(axis)) clamped = box.upper(axis);
@@ -379,12 +368,13 @@ double minimumSquaredDistance(const AxisAlignedBox<Box>& box, const typename Box
 }
 
 /// The squared length, from the origin, of the corner farthest from p, the maximum of an axis when
-/// both ends are as far. p is not subtracted; callers rely on the figure.
-template <class Box>
-double maximumSquaredDistance(const AxisAlignedBox<Box>& box, const typename Box::Point& p) {
-    const auto c = Box::Space::coordinates(p);
+/// both ends are as far.
+/// Kept: p is not subtracted.
+template <class Space>
+double maximumSquaredDistance(const AxisAlignedBox<Space>& box, const typename Space::Point& p) {
+    const auto c = Space::coordinates(p);
     double sum = 0.0;
-    for (unsigned int axis = 0; axis < Box::axes; ++axis) {
+    for (unsigned int axis = 0; axis < Space::dimension; ++axis) {
         const double low = box.lower(axis), high = box.upper(axis);
         const double farther = low + high >= 2.0 * c[axis] ? high : low;
         sum += farther * farther;
@@ -392,11 +382,8 @@ double maximumSquaredDistance(const AxisAlignedBox<Box>& box, const typename Box
     return sum;
 }
 
-/// The fields, raw. A file that ends too early leaves the fields that it did not hold.
-KERF_EXPORT ERFile& operator<<(ERFile& file, const ERMinimax2D& box);
-KERF_EXPORT ERFile& operator>>(ERFile& file, ERMinimax2D& box);
-KERF_EXPORT ERFile& operator<<(ERFile& file, const ERMinimax3D& box);
-KERF_EXPORT ERFile& operator>>(ERFile& file, ERMinimax3D& box);
+/// The fields, raw. Loading past the end throws the archive's exception and leaves the box as it
+/// was.
 KERF_EXPORT CArchive& operator<<(CArchive& archive, ERMinimax3D box);
 KERF_EXPORT CArchive& operator>>(CArchive& archive, ERMinimax3D& box);
 

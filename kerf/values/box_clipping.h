@@ -7,21 +7,19 @@
 namespace kerf {
 
 /// Clips the segment from a to b against the box, by outcodes after Cohen and Sutherland. The
-/// points may be the same objects.
-///
-/// SegmentInside:   both ends lie in the box, border included; out1 = a, out2 = b.
-/// SegmentCrossing: out1 to out2 is the part in the box, in the direction from a to b. The two are
-///                  equal when the segment only touches a corner.
-/// SegmentOutside:  nothing lies in the box; the outputs hold no result.
-///
-/// A crossing counts only where its computed coordinate lies in the box exactly: a segment that
-/// rounding carries past the corner it meets is outside.
+/// points may be the same objects. A crossing counts only where its computed coordinate lies in the
+/// box exactly: a segment that rounding carries past the corner it meets is outside.
+/// Returns: SegmentInside when both ends lie in the box, border included; out1 = a, out2 = b.
+///          SegmentCrossing when out1 to out2 is the part in the box, in the direction from a to b.
+///          The two are equal when the segment only touches a corner.
+///          SegmentOutside when nothing lies in the box; the outputs hold no result.
 KERF_EXPORT ER_MINMAX_POSITION_SEGMENT SutherCohen(const ERPoint2D& a, const ERPoint2D& b,
                                                    const ERMinimax2D& box, ERPoint2D& out1,
                                                    ERPoint2D& out2);
 
 /// Completes dir to a right-handed orthonormal frame: first ^ second is dir normalised. The choice
-/// of first is fixed, but jumps where the largest component of dir changes. A null dir gives NaNs.
+/// of first is fixed, but jumps where the largest component of dir changes.
+/// Degenerate: a zero dir gives NaNs.
 KERF_EXPORT void GetOrthogonalDirections(const ERVector3D& dir, ERVector3D& first,
                                          ERVector3D& second);
 
