@@ -37,11 +37,9 @@ void ERInfoPoint2D::printOn(std::ostream& os) const {
 
 ERInfoPoint3DWF::ERInfoPoint3DWF(const ERInfoPoint2D& planar, const ERTr3DRev& transformation,
                                  enum Coord3D axis, double value)
-    : parameter_(planar.parameter()),
-      sense_(planar.sense()),
-      point_(planar.point().castToPoint3D(axis, value)),
-      first_(planar.tangente().castToVector3D(axis, value)),
-      second_(planar.secondDerivative().castToVector3D(axis, value)) {
+    : CurveInfoPoint(planar.parameter(), planar.sense(), planar.point().castToPoint3D(axis, value),
+                     planar.tangente().castToVector3D(axis, value),
+                     planar.secondDerivative().castToVector3D(axis, value)) {
     transformation.TransFrom(point_);
     transformation.TransFrom(first_);
     transformation.TransFrom(second_);

@@ -1,45 +1,51 @@
 #pragma once
 #include <cmath>
-#include <type_traits>
 
 #include "kerf/core/memory_pool.h"
 #include "kerf/core/object.h"
 #include "kerf/platform/config.h"
 #include "kerf/values/limits.h"
+#include "kerf/values/space.h"
 #include "kerf/values/vector_instances.h"
 
 // The point lists that approximations grow: a coarse sampling, divided until its chords are close
 // enough.
 namespace kerf {
 
-// The nodes: a point and its parameter, which is the pair (u, v) on a surface. Their alignment makes
-// the elements of a list's pool 36, 44 and 52 bytes whatever the pointer.
-struct alignas(8) ERPoint12 : ERMemoryPool {
-    ERPoint12(const ERPoint2D& p, double u) : point(p), parameter(u) {}
-    ERPoint2D point;
-    double parameter;
-    ERPoint12* next = nullptr;
-};
-struct alignas(8) ERPoint13 : ERMemoryPool {
-    ERPoint13(const ERPoint3D& p, double u) : point(p), parameter(u) {}
-    ERPoint3D point;
-    double parameter;
-    ERPoint13* next = nullptr;
-};
-struct alignas(8) ERPoint23 : ERMemoryPool {
-    ERPoint23(const ERPoint3D& p, const ERPoint2D& uv) : point(p), parameter(uv) {}
-    ERPoint3D point;
-    ERPoint2D parameter;
-    ERPoint23* next = nullptr;
+/// A point and its parameter, which is the pair (u, v) on a surface. The alignment makes the
+/// elements of a list's pool 36, 44 and 52 bytes whatever the pointer.
+template <class Node, class Space, class ParameterType>
+struct alignas(8) ListedPoint : ERMemoryPool {
+    using Point = typename Space::Point;
+    using Vector = typename Space::Vector;
+    using Parameter = ParameterType;
+
+    ListedPoint(const Point& p, const Parameter& u) : point(p), parameter(u) {}
+
+    Point point;
+    Parameter parameter;
+    Node* next = nullptr;
 };
 
+struct ERPoint12 : ListedPoint<ERPoint12, Space2D, double> {
+    using ListedPoint::ListedPoint;
+};
+struct ERPoint13 : ListedPoint<ERPoint13, Space3D, double> {
+    using ListedPoint::ListedPoint;
+};
+struct ERPoint23 : ListedPoint<ERPoint23, Space3D, ERPoint2D> {
+    using ListedPoint::ListedPoint;
+};
+static_assert(sizeof(ERPoint12) == 32 && sizeof(ERPoint13) == 40 && sizeof(ERPoint23) == 48);
+
 /// What the three lists share. The nodes come from the pool that the list is, and go with it all at
-/// once. One thread at a time uses a list.
+/// once.
+/// Threads: one at a time uses a list.
 template <class Node>
 class RefinablePointList : public ERMemPool {
 public:
-    using Point = decltype(Node::point);
-    using Parameter = decltype(Node::parameter);
+    using Point = typename Node::Point;
+    using Parameter = typename Node::Parameter;
 
     RefinablePointList() : ERMemPool(sizeof(Node), 1024) {}
 
@@ -49,14 +55,14 @@ public:
 
     /// At the tail, in constant time.
     void append(const Point& point, const Parameter& parameter) {
-        Node* const node = new (static_cast<ERMemPool&>(*this)) Node(point, parameter);
+        Node* const node = newNode(point, parameter);
         (tail_ == nullptr ? head_ : tail_->next) = node;
         tail_ = node;
         ++entries_;
     }
 
     /// The points in list order.
-    ERVec<Point> toVec() const { return collect(&Node::point); }
+    ERVec<Point> toVec() const { return collect<Point>(&Node::point); }
 
     /// Empties the list.
     void purge() {
@@ -66,14 +72,16 @@ public:
     }
 
 protected:
-    /// Walks the list once. A span whose point at the mean parameter lies too far from the line
-    /// through its ends (from its start, when the ends coincide) is divided there and its left half
-    /// looked at next; a span whose ends are tooClose in the parameter is left alone. This one
-    /// point is the only probe: a span that crosses its chord there is accepted, however far it
-    /// strays elsewhere. evaluate(parameter) gives the point; isTooFar takes the squared distance.
+    /// Walks the list once. Of each span it evaluates the point at the mean parameter, and no point
+    /// is evaluated twice. Where that point lies too far from the line through the span's ends (from
+    /// its start, when the ends coincide) it goes into the list, and the left half is looked at
+    /// next. A span whose ends are tooClose in the parameter is left alone. evaluate(parameter)
+    /// gives the point; isTooFar takes the squared distance.
+    /// Kept: the point at the mean is the only probe. A span that crosses its chord there is
+    ///       accepted, however far it strays elsewhere.
     template <class Evaluate, class TooClose, class TooFar>
     void refine(Evaluate&& evaluate, TooClose tooClose, TooFar isTooFar) {
-        using Vector = std::conditional_t<std::is_same_v<Point, ERPoint2D>, ERVector2D, ERVector3D>;
+        using Vector = typename Node::Vector;
         Node* a = head_;
         while (a != nullptr && a->next != nullptr) {
             Node* const b = a->next;
@@ -89,7 +97,7 @@ protected:
             direction.normalize();
             const Point foot = a->point + direction * (Vector(a->point, m) * direction);
             if (isTooFar(distance2(m, foot))) {
-                Node* const middle = new (static_cast<ERMemPool&>(*this)) Node(m, mean);
+                Node* const middle = newNode(m, mean);
                 middle->next = b;
                 a->next = middle;
                 ++entries_;
@@ -108,14 +116,18 @@ protected:
     }
 
 private:
+    Node* newNode(const Point& point, const Parameter& parameter) {
+        return new (static_cast<ERMemPool&>(*this)) Node(point, parameter);
+    }
+
     Node* head_ = nullptr;
     Node* tail_ = nullptr;
     unsigned int entries_ = 0;
 };
 
 /// What the lists of curves share: one parameter.
-template <class Node>
-class CurvePointList : public RefinablePointList<Node> {
+template <class Space>
+class CurvePointList : public RefinablePointList<typename Space::PointNode> {
 public:
     /// Divides until the chord deviation at the middle of each span is within tol; spans of the
     /// parameter of 1e-7 and less are never divided. evaluate(u) gives the point of the curve.
@@ -128,10 +140,10 @@ public:
 };
 
 /// Points of a plane curve with their parameters.
-class ERPoint12List : public CurvePointList<ERPoint12> {};
+class ERPoint12List : public CurvePointList<Space2D> {};
 
 /// Points of a curve in space with their parameters.
-class ERPoint13List : public CurvePointList<ERPoint13> {};
+class ERPoint13List : public CurvePointList<Space3D> {};
 
 /// Points of a surface with their pairs (u, v).
 class ERPoint23List : public RefinablePointList<ERPoint23> {
@@ -150,13 +162,13 @@ public:
     }
 
     /// The pairs (u, v) in list order.
-    ERVec<ERPoint2D> toVec2D() const { return collect(&ERPoint23::parameter); }
+    ERVec<ERPoint2D> toVec2D() const { return collect<ERPoint2D>(&ERPoint23::parameter); }
 };
 
 /// Points of a surface and their pairs (u, v), of equal number, as an object that can be stored.
-/// Storage: the points, then the pairs. Where a damaged file gives different lengths, both are
-///          cut to the shorter.
-/// Text:    none.
+/// It prints nothing.
+/// Storage: the points, then the pairs.
+/// Damage:  where the file gives different lengths, both are cut to the shorter.
 class KERF_EXPORT ERVecPoint23 : public ERObject {
     ER_OBJECT_CLASS(ERVecPoint23);
 
