@@ -12,47 +12,76 @@ ER_DEFINE_CLASS(ERPersistentPoint2D, EREntity2D)
 ER_DEFINE_CLASS(ERPersistentPoint3D, EREntity3D)
 ER_DEFINE_CLASS(ERPersistentVector3D, ERObject)
 
-namespace {
-
 // The caller's field width is for the coordinates, so it steps over the mark.
-template <class Value>
-void printMarked(std::ostream& os, const Value& value) {
+template <class Base, class Value>
+void PersistentValue<Base, Value>::printOn(std::ostream& os) const {
     const std::streamsize width = os.width(0);
     os << "(P) ";
     os.width(width);
-    value.printOn(os);
+    Value::printOn(os);
 }
 
-}  // namespace
+template <class Base, class Value>
+void PersistentValue<Base, Value>::saveGuts(ERFile& file) const {
+    Base::saveGuts(file);
+    Value::saveGuts(file);
+}
 
-// What a wrapper of `Value` under the object class `Base` does, whatever the value.
-#define ER_DEFINE_PERSISTENT_VALUE(Class, Base, Value)                             \
-    Class& Class::operator=(const Value& value) {                                  \
-        Value::operator=(value);                                                   \
-        setDirty();                                                                \
-        return *this;                                                              \
-    }                                                                              \
-    Class* Class::getCopy() const { return new Class(*this); }                     \
-    void Class::printOn(std::ostream& os) const { printMarked<Value>(os, *this); } \
-    void Class::saveGuts(ERFile& file) const {                                     \
-        Base::saveGuts(file);                                                      \
-        Value::saveGuts(file);                                                     \
-    }                                                                              \
-    void Class::restoreGuts(ERFile& file) {                                        \
-        Base::restoreGuts(file);                                                   \
-        Value::restoreGuts(file);                                                  \
-    }                                                                              \
-    ERULong Class::binaryStoreSize() const {                                       \
-        return Base::binaryStoreSize() + Value::binaryStoreSize();                 \
-    }
+template <class Base, class Value>
+void PersistentValue<Base, Value>::restoreGuts(ERFile& file) {
+    Base::restoreGuts(file);
+    Value::restoreGuts(file);
+}
 
-ER_DEFINE_PERSISTENT_VALUE(ERPersistentPoint2D, EREntity2D, ERPoint2D)
-ER_DEFINE_PERSISTENT_VALUE(ERPersistentPoint3D, EREntity3D, ERPoint3D)
-ER_DEFINE_PERSISTENT_VALUE(ERPersistentVector3D, ERObject, ERVector3D)
+template <class Base, class Value>
+ERULong PersistentValue<Base, Value>::binaryStoreSize() const {
+    return Base::binaryStoreSize() + Value::binaryStoreSize();
+}
 
-void ERPersistentPoint2D::scale(double factor) { *this = *this * factor; }
+template <class Base, class Value>
+void PersistentValue<Base, Value>::assign(const Value& value) {
+    Value::operator=(value);
+    this->setDirty();
+}
 
-void ERPersistentPoint2D::translate(const ERPoint2D& t) { *this = thePoint() + t; }
+template <class Space>
+void PersistentPoint<Space>::scale(double factor) {
+    this->assign(*this * factor);
+}
+
+template <class Space>
+void PersistentPoint<Space>::translate(const typename Space::Point& t) {
+    this->assign(this->thePoint() + t);
+}
+
+template class KERF_DEFINED_INSTANCE PersistentValue<EREntity2D, ERPoint2D>;
+template class KERF_DEFINED_INSTANCE PersistentValue<EREntity3D, ERPoint3D>;
+template class KERF_DEFINED_INSTANCE PersistentValue<ERObject, ERVector3D>;
+template class KERF_DEFINED_INSTANCE PersistentPoint<Space2D>;
+template class KERF_DEFINED_INSTANCE PersistentPoint<Space3D>;
+
+ERPersistentPoint2D& ERPersistentPoint2D::operator=(const ERPoint2D& p) {
+    assign(p);
+    return *this;
+}
+
+ERPersistentPoint3D& ERPersistentPoint3D::operator=(const ERPoint3D& p) {
+    assign(p);
+    return *this;
+}
+
+ERPersistentVector3D& ERPersistentVector3D::operator=(const ERVector3D& v) {
+    assign(v);
+    return *this;
+}
+
+ERPersistentPoint2D* ERPersistentPoint2D::getCopy() const { return new ERPersistentPoint2D(*this); }
+
+ERPersistentPoint3D* ERPersistentPoint3D::getCopy() const { return new ERPersistentPoint3D(*this); }
+
+ERPersistentVector3D* ERPersistentVector3D::getCopy() const {
+    return new ERPersistentVector3D(*this);
+}
 
 void ERPersistentPoint2D::transformFrom(const ERTransfo2D& transformation) {
     *this = transformation.TransFrom(thePoint());
@@ -61,10 +90,6 @@ void ERPersistentPoint2D::transformFrom(const ERTransfo2D& transformation) {
 void ERPersistentPoint2D::transformTo(const ERTransfo2D& transformation) {
     *this = transformation.TransTo(thePoint());
 }
-
-void ERPersistentPoint3D::scale(double factor) { *this = *this * factor; }
-
-void ERPersistentPoint3D::translate(const ERPoint3D& t) { *this = thePoint() + t; }
 
 void ERPersistentPoint3D::transformFrom(const ERPmSimilitude3D& transformation) {
     *this = transformation >> thePoint();
