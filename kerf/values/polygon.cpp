@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstddef>
 #include <limits>
 #include <utility>
 #include <vector>
@@ -11,9 +10,10 @@ namespace kerf {
 
 namespace {
 
-const double edgeTolerance = 1e-10;  // an area
-const double rayEndX = 1e12;
-const double samePointTolerance = 1e-12;
+constexpr double edgeTolerance = 1e-10;  // an area
+constexpr double rayEndX = 1e12;
+constexpr double samePointTolerance = 1e-12;
+constexpr unsigned int fewPoints = 32;  // whose hull is found on the stack
 
 inline int orientation(double p0x, double p0y, double p1x, double p1y, double p2x, double p2y,
                        double eps) {
@@ -79,10 +79,22 @@ inline double pseudoAngle(double dx, double dy, double reach) {
     return t * 90.0;
 }
 
+// Without constructors, so that an array on the stack costs nothing.
 struct HullPoint {
     double theta;
     double reach;  // |dx| + |dy| from the pivot: on one ray it orders as the distance does
-    ERPoint2D point;
+    double x, y;
+};
+
+// Room for n of them, on the stack when they are few.
+class Fan {
+public:
+    explicit Fan(unsigned int n) : many_(n > fewPoints ? n : 0) {}
+    HullPoint* data() { return many_.empty() ? few_ : many_.data(); }
+
+private:
+    std::vector<HullPoint> many_;
+    HullPoint few_[fewPoints];
 };
 
 // What is not a number comes last, so that sorting has an order on all.
@@ -90,9 +102,50 @@ inline double orderable(double value) {
     return std::isnan(value) ? std::numeric_limits<double>::infinity() : value;
 }
 
-inline bool samePoint(const ERPoint2D& a, const ERPoint2D& b) {
-    return std::fabs(a.x() - b.x()) <= samePointTolerance &&
-           std::fabs(a.y() - b.y()) <= samePointTolerance;
+inline bool comesFirst(const HullPoint& a, const HullPoint& b) {
+    return a.theta < b.theta || (a.theta == b.theta && a.reach < b.reach);
+}
+
+inline bool samePoint(const HullPoint& a, const HullPoint& b) {
+    return std::fabs(a.x - b.x) <= samePointTolerance && std::fabs(a.y - b.y) <= samePointTolerance;
+}
+
+// The hull of n points, left at the front of `fan`, which has room for n. Returns the number of
+// corners.
+unsigned int grahamScan(const ERPoint2D* points, unsigned int n, HullPoint* fan) {
+    if (n < 3) return 0;
+    const ERPoint2D* pivot = points;
+    for (const ERPoint2D* p = points + 1; p != points + n; ++p) {
+        if (p->y() < pivot->y() || (p->y() == pivot->y() && p->x() > pivot->x())) pivot = p;
+    }
+
+    HullPoint* end = fan;
+    *end++ = {0.0, 0.0, pivot->x(), pivot->y()};
+    for (const ERPoint2D* p = points; p != points + n; ++p) {
+        if (p == pivot) continue;
+        const double dx = p->x() - pivot->x(), dy = p->y() - pivot->y();
+        const double reach = std::fabs(dx) + std::fabs(dy);
+        *end++ = {orderable(pseudoAngle(dx, dy, reach)), orderable(reach), p->x(), p->y()};
+    }
+    std::sort(fan + 1, end, comesFirst);
+    end = std::unique(fan, end, samePoint);
+    if (end - fan < 3) return 0;
+
+    // The stack grows over the front of the fan, never past the point in hand.
+    HullPoint* top = fan + 1;
+    for (const HullPoint* next = fan + 2; next != end; ++next) {
+        const HullPoint p = *next;
+        while (top > fan + 1 &&
+               orientation(top->x, top->y, (top - 1)->x, (top - 1)->y, p.x, p.y, 0.0) >= 0) {
+            --top;
+        }
+        *++top = p;
+    }
+    return static_cast<unsigned int>(top - fan) + 1;
+}
+
+void writeCorners(const HullPoint* fan, unsigned int size, ERPoint2D* corners) {
+    for (unsigned int i = 0; i < size; ++i) corners[i] = ERPoint2D(fan[i].x, fan[i].y);
 }
 
 }  // namespace
@@ -140,48 +193,19 @@ double PseudoTheta(const ERPoint2D& a, const ERPoint2D& b) {
     return pseudoAngle(dx, dy, std::fabs(dx) + std::fabs(dy));
 }
 
+unsigned int convexHull(const ERPoint2D* points, unsigned int n, ERPoint2D* hull) {
+    Fan fan(n);
+    const unsigned int size = grahamScan(points, n, fan.data());
+    writeCorners(fan.data(), size, hull);
+    return size;
+}
+
 ERVec<ERPoint2D> CalculateConvexeHull(ERVec<ERPoint2D> points) {
     const unsigned int n = points.length();
-    if (n < 3) return ERVec<ERPoint2D>();
-    const ERPoint2D* const given = std::as_const(points).data();
-
-    const ERPoint2D* pivot = given;
-    for (const ERPoint2D* p = given + 1; p != given + n; ++p) {
-        if (p->y() < pivot->y() || (p->y() == pivot->y() && p->x() > pivot->x())) pivot = p;
-    }
-
-    std::vector<HullPoint> fan;
-    fan.reserve(n);
-    fan.push_back({0.0, 0.0, *pivot});
-    for (const ERPoint2D* p = given; p != given + n; ++p) {
-        if (p == pivot) continue;
-        const double dx = p->x() - pivot->x(), dy = p->y() - pivot->y();
-        const double reach = std::fabs(dx) + std::fabs(dy);
-        fan.push_back({orderable(pseudoAngle(dx, dy, reach)), orderable(reach), *p});
-    }
-    std::sort(fan.begin() + 1, fan.end(), [](const HullPoint& a, const HullPoint& b) {
-        return a.theta < b.theta || (a.theta == b.theta && a.reach < b.reach);
-    });
-    fan.erase(std::unique(fan.begin(), fan.end(),
-                          [](const HullPoint& kept, const HullPoint& next) {
-                              return samePoint(kept.point, next.point);
-                          }),
-              fan.end());
-
-    // The stack grows over the front of the fan, never past the point in hand.
-    std::size_t size = std::min<std::size_t>(fan.size(), 2);
-    for (std::size_t i = 2; i < fan.size(); ++i) {
-        const ERPoint2D p = fan[i].point;
-        while (size > 2 && orientation(fan[size - 1].point, fan[size - 2].point, p, 0.0) >= 0) {
-            --size;
-        }
-        fan[size++].point = p;
-    }
-    if (size < 3) return ERVec<ERPoint2D>();
-
-    ERVec<ERPoint2D> hull(static_cast<unsigned int>(size));
-    ERPoint2D* const corner = hull.data();
-    for (std::size_t i = 0; i < size; ++i) corner[i] = fan[i].point;
+    Fan fan(n);
+    const unsigned int size = grahamScan(std::as_const(points).data(), n, fan.data());
+    ERVec<ERPoint2D> hull(size);
+    if (size > 0) writeCorners(fan.data(), size, hull.data());
     return hull;
 }
 
