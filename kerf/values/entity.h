@@ -17,12 +17,15 @@ class KERF_EXPORT EREntity : public ERObject {
     ER_OBJECT_CLASS(EREntity);
 
 public:
-    /// What a search for the nearest point found. Some entities answer further numbers, which their
-    /// operations tell.
+    /// What a search for the nearest point found.
     enum DISTMINRES : int {
-        NoFootPoint = 0,           ///< none; the distance is not set
-        SingleNearestPoint = 1,    ///< the distance is that of the one nearest point
-        NearestPointNotUnique = 2  ///< a whole continuum is equally near, as from a circle's centre
+        NoFootPoint = 0,         ///< none; the distance is not set
+        SingleNearestPoint = 1,  ///< the distance is that of the one nearest point
+        NearestPointNotUnique =
+            2,  ///< a whole continuum is equally near, as from a circle's centre
+        /// Kept: what an infinite line in space returns, and nothing else does: one nearest point,
+        ///       at a distance without a sign.
+        NearestPointUnsigned = 4
     };
 
     /// A copy on the heap (getCopy), owned by the caller.
