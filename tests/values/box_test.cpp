@@ -58,14 +58,20 @@ TYPED_TEST(Boxes, HoldPointsAndRelateAsIntervalsOnEveryAxis) {
                               : contains ? BoxContains
                               : within   ? BoxWithin
                                          : BoxOverlap;
-        ASSERT_EQ(RelativePosition(a, b), expected) << i;
-        ASSERT_TRUE((a | b) == apart && (a << b) == within && (a >> b) == contains);
-        ASSERT_TRUE((a < b) == (!apart && !contains) && (a > b) == (!apart && !within));
-        ASSERT_TRUE(Union(a, b) == this->boxOf({low1, high1, low2, high2}));
-        ASSERT_TRUE(apart ? common.invalid() : isCommon);
-        ASSERT_TRUE(a.contains(p) == isIn && a.stricklyContains(p) == isInner);
+        const auto drawn = [i] { return drawnFrom(17, i); };
+        const bool overlap = expected == BoxOverlap, isOnBorder = isIn && !isInner;
+        ASSERT_EQ(RelativePosition(a, b), expected) << drawn();
+        ASSERT_EQ(a | b, apart) << drawn();
+        ASSERT_EQ(a << b, within) << drawn();
+        ASSERT_EQ(a >> b, contains) << drawn();
+        ASSERT_EQ(a < b, within || overlap) << drawn();
+        ASSERT_EQ(a > b, contains || overlap) << drawn();
+        ASSERT_EQ(Union(a, b), this->boxOf({low1, high1, low2, high2})) << drawn();
+        ASSERT_TRUE(apart ? common.invalid() : isCommon) << drawn();
+        ASSERT_EQ(a.contains(p), isIn) << drawn();
+        ASSERT_EQ(a.stricklyContains(p), isInner) << drawn();
         if constexpr (TypeParam::axes == 2) {
-            ASSERT_EQ(a.onBorder(p), isIn && !isInner);
+            ASSERT_EQ(a.onBorder(p), isOnBorder) << drawn();
         }
         ++seen[expected];
     }
@@ -75,17 +81,19 @@ TYPED_TEST(Boxes, HoldPointsAndRelateAsIntervalsOnEveryAxis) {
 TYPED_TEST(Boxes, AResetBoxLandsOnTheFirstPointAndNotANumberNeverWidens) {
     TypeParam box;
     box.Inflate(1e280);  // lost against the largest double
-    EXPECT_TRUE(box.invalid() && Union(box, box).invalid());
+    EXPECT_TRUE(box.invalid());
+    EXPECT_TRUE(Union(box, box).invalid());
     const auto p = this->all(7.0);
     box += p;
     box.Update(TypeParam());
     box += this->all(nan);
-    EXPECT_TRUE(box.MinPoint() == p && box.MaxPoint() == p);
+    EXPECT_EQ(box.MinPoint(), p);
+    EXPECT_EQ(box.MaxPoint(), p);
 }
 
 // Directions are powers of two, so that every figure is exact; some boxes are flat.
 TYPED_TEST(Boxes, LinesMeetTheBoxWhereTheSlabsMeet) {
-    using Vector = std::conditional_t<TypeParam::axes == 2, ERVector2D, ERVector3D>;
+    using Vector = typename TypeParam::Space::Vector;
     const double steps[] = {0.0, 0.0, 1.0, -1.0, 2.0, -4.0, 0.5};
     for (int i = 0; i < 40000; ++i) {
         auto high = this->all(i % 3);
@@ -94,32 +102,39 @@ TYPED_TEST(Boxes, LinesMeetTheBoxWhereTheSlabsMeet) {
         const auto p = this->draw(11) - this->all(4);
         const auto d = drawn<Vector>([&] { return steps[this->random() % 7]; });
         const auto [first, last] = partInBox(p, d, box, -largest, largest);
-        ASSERT_EQ(box.intersect(p, d), first <= last && d != Vector()) << i;
+        const bool meets = first <= last && d != Vector();
+        ASSERT_EQ(box.intersect(p, d), meets) << drawnFrom(17, i);
     }
 }
 
-// The figures are lengths from the origin, whatever the point: callers rely on them.
+// Kept: the figures are lengths from the origin, whatever the point.
 TEST(Box, SquaredDistancesAreTakenFromTheOrigin) {
     const ERMinimax2D box(1, 2, 1, 2);
     EXPECT_EQ(minimumSquaredDistance(box, ERPoint2D(9, 1)), 5.0);
     EXPECT_EQ(maximumSquaredDistance(box, ERPoint2D(1.5, 1.5)), 8.0);  // as far: the maximum
 }
 
-TEST(Box, ArgumentsComeInPairsFieldsMinimaFirstAndCornersInTheirOrder) {
+TEST(Box, ArgumentsComeInPairsAndFieldsMinimaFirst) {
+    EXPECT_EQ(raw(ERMinimax2D(1, 3, 2, 5)), (Raw<ERMinimax2D>{1, 2, 3, 5}));
+    EXPECT_EQ(raw(ERMinimax3D(1, 3, 2, 5, 7, 13)), (Raw<ERMinimax3D>{1, 2, 7, 3, 5, 13}));
+    EXPECT_TRUE(ERMinimax3D(largest, largest, 0, 1, 0, 1).invalid());  // the minimum in x tells
+}
+
+TEST(Box, CornersComeInRowsInThePlaneAndInLoopsInSpace) {
     const ERMinimax2D box(1, 3, 2, 5);
-    EXPECT_EQ(raw(box), (Raw<ERMinimax2D>{1, 2, 3, 5}));
     const ERMinimax3D solid(1, 3, 2, 5, 7, 13);
     EXPECT_EQ(printed(box.getVertice()), printed(vectorOf({{1, 2}, {3, 2}, {1, 5}, {3, 5}})));
     const ERVec<ERPoint3D> corners = solid.getVertice();
     const ERPoint2D loop[] = {{1, 2}, {3, 2}, {3, 5}, {1, 5}};
     for (unsigned int i = 0; i < 8; ++i)
         EXPECT_EQ(corners[i], loop[i % 4].castToPoint3D(Coord3D::CoordZ, i < 4 ? 7 : 13));
+}
 
+TEST(Box, OfPolesIsThatOfTheirCartesianPoints) {
     // The weighted coordinates of (1, 2, 4) and (3, -1, 1).
     const ERPole3DH poles[] = {{2, 4, 8, 2}, {1.5, -0.5, 0.5, 0.5}};
-    EXPECT_TRUE(ERMinimax3D(ERVec<ERPole3DH>(poles, 2)) == ERMinimax3D(1, 3, -1, 2, 1, 4));
+    EXPECT_EQ(ERMinimax3D(ERVec<ERPole3DH>(poles, 2)), ERMinimax3D(1, 3, -1, 2, 1, 4));
     EXPECT_TRUE(ERMinimax2D(ERVec<ERPoint2D>()).invalid());
-    EXPECT_TRUE(ERMinimax3D(largest, largest, 0, 1, 0, 1).invalid());  // the minimum in x tells
 }
 
 }  // namespace

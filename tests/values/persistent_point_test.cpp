@@ -11,34 +11,78 @@ namespace {
 
 using namespace test;
 
-// A copy is the value alone, without the identity.
-TEST(PersistentPoint, IsItsValueAndCopiesNoIdentity) {
-    const ERPoint3D value(1, 2, 3);
-    ERPersistentPoint3D p(value), assigned;
+TEST(PersistentPoint, ACopyIsTheValueWithoutTheIdentity) {
+    ERPersistentPoint3D p(ERPoint3D(1, 2, 3));
     p.setDirty();
     const std::unique_ptr<ERPersistentPoint3D> clone(p.getCopy());
-    EXPECT_TRUE(*clone == p && !clone->isDirty() && !ERPersistentPoint3D(p).isDirty());
-    assigned.setDirty();
-    assigned.addReference();
-    assigned = p;
-    EXPECT_TRUE(assigned == p && !assigned.isDirty());
-    EXPECT_EQ(assigned.references(), 1u);
-    assigned = value * 3.0;
-    EXPECT_TRUE(assigned == value * 3.0 && assigned.isDirty());
-    assigned.removeReference();
+    for (const ERPersistentPoint3D& copy : {*clone, ERPersistentPoint3D(p)}) {
+        EXPECT_EQ(copy, p);
+        EXPECT_FALSE(copy.isDirty());
+    }
 }
 
-TEST(PersistentPoint, MovesInPlaceAndBecomesDirty) {
-    ERPersistentPoint2D plane(ERPoint2D(1, 2));  // into the frame with x along the old y axis
-    plane.transformFrom(ERTransfo2D(ERVector2D(0, 2), ERPoint2D(5, 6)));
-    EXPECT_TRUE(isEqual(plane, ERPoint2D(3, 7), 1e-15) && plane.isDirty());
-    ERPersistentPoint3D space(ERPoint3D(1, 2, 3));
-    EREntity3D& entity = space;
-    entity.scale(2);
-    entity.translate(ERPoint3D(0, 0, 1));
-    entity.transformFrom(ERTranslation3D(ERPoint3D(10, 20, 30)));
-    entity.transformTo(ERScaling3D(2.0));
-    EXPECT_TRUE(space == ERPoint3D(6, 12, 18.5) && space.isDirty());
+TEST(PersistentPoint, AssignmentKeepsTheCountAndTakesTheIdentityOfNoOther) {
+    const ERPersistentPoint3D other(ERPoint3D(1, 2, 3));
+    ERPersistentPoint3D p;
+    p.setDirty();
+    p.addReference();
+    p = other;
+    EXPECT_EQ(p, other);
+    EXPECT_FALSE(p.isDirty());
+    EXPECT_EQ(p.references(), 1u);
+    p.removeReference();
+}
+
+// Each starts at a value, is changed once, and holds the expected value.
+template <class Wrapper, class Value, class Change>
+void expectChanged(const Value& from, const Value& to, Change change) {
+    Wrapper wrapper(from);
+    change(wrapper);
+    expectNear(wrapper.thePoint(), to, 1e-15);
+    EXPECT_TRUE(wrapper.isDirty());
+}
+
+TEST(PersistentPoint, EveryChangeInPlaneMakesDirty) {
+    const auto expect = [](const ERPoint2D& to, auto change) {
+        expectChanged<ERPersistentPoint2D>(ERPoint2D(1, 2), to, change);
+    };
+    const ERTransfo2D t(ERVector2D(0, 2),
+                        ERPoint2D(5, 6));  // the frame with x along the old y axis
+    expect({3, 7}, [&t](EREntity2D& e) { e.transformFrom(t); });
+    expect({-4, 4}, [&t](EREntity2D& e) { e.transformTo(t); });
+    expect({3, 6}, [](EREntity2D& e) { e.scale(3); });
+    expect({8, 1}, [](EREntity2D& e) { e.translate({7, -1}); });
+    expect({8, 9}, [](ERPersistentPoint2D& p) { p = ERPoint2D(8, 9); });
+    const ERPersistentPoint2D p(ERPoint2D(1, 2));
+    expectNear((t >> p).thePoint(), {3, 7}, 1e-15);
+    expectNear((t << p).thePoint(), {-4, 4}, 1e-15);
+}
+
+TEST(PersistentPoint, EveryChangeInSpaceMakesDirty) {
+    const auto expect = [](const ERPoint3D& to, auto change) {
+        expectChanged<ERPersistentPoint3D>(ERPoint3D(1, 2, 3), to, change);
+    };
+    const ERPmIsometrie3D moved = ERTranslation3D(ERPoint3D(10, 20, 30));
+    const ERPmSimilitude3D doubled = ERScaling3D(2.0);
+    expect({11, 22, 33}, [&](EREntity3D& e) { e.transformFrom(moved); });
+    expect({-9, -18, -27}, [&](EREntity3D& e) { e.transformTo(moved); });
+    expect({2, 4, 6}, [&](EREntity3D& e) { e.transformFrom(doubled); });
+    expect({0.5, 1, 1.5}, [&](EREntity3D& e) { e.transformTo(doubled); });
+    expect({3, 6, 9}, [](EREntity3D& e) { e.scale(3); });
+    expect({1, 2, 4}, [](EREntity3D& e) { e.translate({0, 0, 1}); });
+    expect({7, 8, 9}, [](ERPersistentPoint3D& p) { p = ERPoint3D(7, 8, 9); });
+    const ERPersistentPoint3D p(ERPoint3D(1, 2, 3));
+    EXPECT_EQ(moved >> p, ERPoint3D(11, 22, 33));
+    EXPECT_EQ(moved << p, ERPoint3D(-9, -18, -27));
+}
+
+TEST(Entity, TheRootsFindNoFootPointAndLeaveTheDistance) {
+    double distance = 7;
+    const ERPersistentPoint2D plane;
+    const ERPersistentPoint3D space;
+    EXPECT_EQ(plane.SignedMinimalDistance(ERPoint2D(3, 4), distance), EREntity::NoFootPoint);
+    EXPECT_EQ(space.SignedMinimalDistance(ERPoint3D(3, 4, 5), distance), EREntity::NoFootPoint);
+    EXPECT_EQ(distance, 7);
 }
 
 }  // namespace

@@ -9,7 +9,7 @@ using namespace test;
 
 ERPoint2D circle(double u) { return ERPoint2D(10 * std::cos(u), 10 * std::sin(u)); }
 
-// Turns so fast that no middle lies on its chord.
+// So fast that no middle lies on its chord.
 ERPoint2D whirl(double u) { return circle(1e9 * u); }
 
 // A list seeded with the parameters, the spans between them divided.
@@ -24,12 +24,6 @@ struct Divided : List {
 template <class Evaluate>
 Divided<ERPoint12List> curve(double from, double to, double tol, Evaluate evaluate) {
     return {{from, to}, evaluate, tol};
-}
-
-TEST(PointList, HasNodesOfOneSizeOnEverySystem) {
-    EXPECT_EQ(ERPoint12List().itemSize(), 36u);
-    EXPECT_EQ(ERPoint13List().itemSize(), 44u);
-    EXPECT_EQ(ERPoint23List().itemSize(), 52u);
 }
 
 // Oracle: the sagitta of a chord over the angle a is r (1 - cos(a / 2)).
@@ -49,10 +43,21 @@ TEST(PointList, DividesACircleUntilTheSagittaIsWithinTolerance) {
         EXPECT_EQ(count, list.entries());
         EXPECT_EQ(list.last()->parameter, 1.0);
     }
-    // The middle of a span is the only probe; a null chord measures from its end.
+}
+
+TEST(PointList, TheMiddleOfASpanIsTheOnlyProbeAndIsEvaluatedOnce) {
     const auto sine = [](double u) { return ERPoint2D(u, std::sin(u)); };
     EXPECT_EQ(curve(0.0, 2 * pi, 1e-3, sine).entries(), 2u);
+    // A chord of no length measures from its end.
     EXPECT_GT(curve(0.0, 2 * pi, 0.1, circle).entries(), 10u);
+    unsigned int evaluations = 0;
+    const auto counted = [&evaluations](double u) {
+        ++evaluations;
+        return ERPoint3D(std::cos(u), std::sin(u), u);
+    };
+    const Divided<ERPoint13List> helix({0.0, 1.0}, counted, 1e-3);
+    // The points of the list, and one probe in each of the spans between them.
+    EXPECT_EQ(evaluations, 2 * helix.entries() - 1);
 }
 
 TEST(PointList, NarrowSpansAndHostileParametersAreNotDivided) {
@@ -98,12 +103,15 @@ TEST(VecPoint23, HoldsCopiesOfTheListThatDamageNeverMakesUnequal) {
     };
     EXPECT_TRUE(restored(whole) == v);
     for (std::size_t length = 0; length < whole.size(); ++length) restored(whole.substr(0, length));
-    for (std::size_t at : {0, 76}) {  // the two lengths
+    for (const unsigned int at : {0u, 76u}) {  // the two lengths
         for (const char* claimed : {"\xFF\xFF\xFF\xFF", "\1\0\0", "\x21\0\0", "\0\0\0\x7F"}) {
             const std::string damaged = std::string(whole).replace(at, 4, claimed, 4);
             EXPECT_LE(restored(damaged).points().length(), 3u);
         }
     }
+    // One point and three pairs.
+    const std::string fewer = std::string("\x18\0\0\0", 4) + whole.substr(4, 24) + whole.substr(76);
+    EXPECT_EQ(restored(fewer).points().length(), 1u);
 }
 
 }  // namespace

@@ -110,7 +110,7 @@ TEST(StoredObjects, ComeBackThroughTheirRegisteredCreators) {
 }
 
 TEST(PrintedValues, KeepTheirTextsToTheByte) {
-    EXPECT_EQ(printed(ERPersistentPoint3D(ERPoint3D(1, 2, 3)), 2), "(P) [ 1, 2, 3]");
+    EXPECT_EQ(printed(ERPersistentPoint3D(ERPoint3D(1, 2, 3)), 6), "(P) [     1,     2,     3]");
     EXPECT_EQ(printed(ERPole2DH(5, 6, 7), 3), "[  5,  6](  7)");
     EXPECT_EQ(printed(ERLimites(1, 2.5), 4), "Limites(    1, 2.5 )\n");
     const double coefficients[] = {1, -2.5, 3};

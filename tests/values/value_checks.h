@@ -58,6 +58,11 @@ T drawn(Draw draw) {
     return std::bit_cast<T>(doubles);
 }
 
+// What the failure of a random test names, so that the case can be drawn again.
+inline std::string drawnFrom(unsigned int seed, int draw) {
+    return "seed " + std::to_string(seed) + ", draw " + std::to_string(draw);
+}
+
 // Oracles: coordinates that are small integers make these exact.
 
 // Twice the signed area: its sign is the orientation.
