@@ -127,7 +127,7 @@ public:
         return negated;
     }
 
-    /// Exact: no tolerance, and a NaN equals nothing.
+    /// Exact, without tolerance; a NaN equals nothing.
     friend bool operator==(const T& a, const T& b) {
         for (unsigned int i = 0; i < N; ++i)
             if (!(a.coordinates_[i] == b.coordinates_[i])) return false;

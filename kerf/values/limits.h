@@ -35,7 +35,7 @@ public:
         return ERLimites(ratio(values.start_), ratio(values.end_));
     }
 
-    // Exact: no tolerance and no reordering.
+    // Exact, without tolerance.
     int inBound(double v) const { return start_ <= v && v <= end_; }
     int strictlyInBound(double v) const { return start_ < v && v < end_; }
     int isEmpty(double tol) const { return std::fabs(start_ - end_) <= tol; }
@@ -87,7 +87,7 @@ private:
     double end_;
 };
 
-/// An angle in radians, kept as given: never reduced to one turn. Goes wherever a double goes.
+/// An angle in radians, kept as given: never reduced to [0, 2 pi). Goes wherever a double goes.
 class KERF_EXPORT ERRadian {
 public:
     ERRadian(double radians = 0.0) : radians_(radians) {}

@@ -58,7 +58,7 @@ extern template class KERF_DECLARED_INSTANCE PersistentPoint<Space3D>;
 /// A copy copies the value and never the identity; assigning another wrapper clears the identity of
 /// this one. scale, translate, the transformations, and assigning a plain value keep it and make the
 /// object dirty. The operators of the value (+= and the like, the references to coordinates) know
-/// nothing of the object: call setDirty() after them. Text: "(P) ", then the value.
+/// nothing of the object: call setDirty() after them. Printed as "(P) ", then the value.
 /// Storage: 16 bytes.
 class KERF_EXPORT ERPersistentPoint2D : public PersistentPoint<Space2D> {
     ER_OBJECT_CLASS(ERPersistentPoint2D);

@@ -29,7 +29,7 @@ extern KERF_EXPORT const double equalityTolerance;
 /// A point of the plane: two doubles and nothing else, copied as memory.
 /// With the operators of CoordinateTuple: + - += -= with a point, * *= / /= with a double, unary -,
 /// == and != (exact), << and >> for text, ERFile (16 bytes: x, y) and CArchive; those of PointTuple:
-/// + - += -= with a vector. Text: "[x,y]"; a field width set on the stream applies to the
+/// + - += -= with a vector. Printed as "[x,y]"; a field width set on the stream applies to the
 /// coordinates only.
 class KERF_EXPORT ERPoint2D : public PointTuple<ERPoint2D, ERVector2D, 2> {
 public:
@@ -73,7 +73,7 @@ public:
 };
 
 /// A free vector of the plane. Operators as ERPoint2D; u * v is the scalar product, u ^ v the
-/// determinant. Text: "{i,j}". A point converts to the vector from the origin.
+/// determinant. Printed as "{i,j}". A point converts to the vector from the origin.
 /// Kept: v / f is a point.
 class KERF_EXPORT ERVector2D : public VectorTuple<ERVector2D, 2> {
 public:
