@@ -1,5 +1,5 @@
 #pragma once
-#include "kerf/numerics/factorial.h"
+#include "kerf/curves/spline/binomials.h"
 #include "kerf/platform/config.h"
 #include "kerf/platform/module_state.h"
 

@@ -1,0 +1,111 @@
+#include "kerf/curves/spline/basis_functions.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "kerf/curves/spline/pole_type.h"
+
+namespace kerf::spline {
+
+namespace {
+
+// left[j] and right[j], j from 1, are the distances of u from the j-th knot below and above.
+inline void triangle(const double* knots, unsigned int span, double u, unsigned int degree,
+                     double* left, double* right, double* values) {
+    values[0] = 1.0;
+    for (unsigned int j = 1; j <= degree; ++j) {
+        left[j] = u - knots[span + 1 - j];
+        right[j] = knots[span + j] - u;
+        double carried = 0.0;
+        for (unsigned int r = 0; r < j; ++r) {
+            const double part = values[r] / (right[r + 1] + left[j - r]);
+            values[r] = carried + right[r + 1] * part;
+            carried = left[j - r] * part;
+        }
+        values[j] = carried;
+    }
+}
+
+template <unsigned int Degree>
+void fixedTriangle(const double* knots, unsigned int span, double u, double* values) {
+    double left[Degree + 1], right[Degree + 1];
+    triangle(knots, span, u, Degree, left, right, values);
+}
+
+}  // namespace
+
+void basisFunctions(const double* knots, unsigned int span, double u, unsigned int degree,
+                    double* values) {
+    switch (degree) {
+        case 1:
+            return fixedTriangle<1>(knots, span, u, values);
+        case 2:
+            return fixedTriangle<2>(knots, span, u, values);
+        case 3:
+            return fixedTriangle<3>(knots, span, u, values);
+        case 4:
+            return fixedTriangle<4>(knots, span, u, values);
+        default:
+            break;
+    }
+    Scratch<100> work(2 * (std::size_t{degree} + 1));
+    triangle(knots, span, u, degree, work.data(), work.data() + degree + 1, values);
+}
+
+void basisDerivatives(const double* knots, unsigned int span, double u, unsigned int degree,
+                      unsigned int order, double* table) {
+    const std::size_t size = std::size_t{degree} + 1;
+    std::fill_n(table, (std::size_t{order} + 1) * size, 0.0);
+
+    // Above the diagonal the functions of all degrees, column by column; below it the differences
+    // of knots by which they were divided.
+    constexpr std::size_t sizeOnStack = degreeOnStack + 1;
+    Scratch<sizeOnStack*(sizeOnStack + 4)> work(size * (size + 4));
+    double* const steps = work.data();
+    double* const left = steps + size * size;
+    double* const right = left + size;
+    steps[0] = 1.0;
+    for (unsigned int j = 1; j <= degree; ++j) {
+        left[j] = u - knots[span + 1 - j];
+        right[j] = knots[span + j] - u;
+        double carried = 0.0;
+        for (unsigned int r = 0; r < j; ++r) {
+            steps[j * size + r] = right[r + 1] + left[j - r];
+            const double part = steps[r * size + j - 1] / steps[j * size + r];
+            steps[r * size + j] = carried + right[r + 1] * part;
+            carried = left[j - r] * part;
+        }
+        steps[j * size + j] = carried;
+    }
+    for (unsigned int r = 0; r <= degree; ++r) table[r] = steps[r * size + degree];
+
+    const unsigned int highest = std::min(order, degree);
+    double* former = right + size;
+    double* current = former + size;
+    for (unsigned int r = 0; r <= degree; ++r) {
+        former[0] = 1.0;
+        for (unsigned int k = 1; k <= highest; ++k) {
+            // The functions of degree degree - k that the k-th derivative of function r is made of
+            // have the numbers r - k to r, cut to those there are.
+            const unsigned int lower = degree - k;
+            double sum = 0.0;
+            for (unsigned int j = r >= k ? 0 : k - r; j <= k && r + j <= degree; ++j) {
+                const unsigned int number = r + j - k;
+                double coefficient = j < k ? former[j] : 0.0;
+                if (j > 0) coefficient -= former[j - 1];
+                coefficient /= steps[(lower + 1) * size + number];
+                current[j] = coefficient;
+                sum += coefficient * steps[number * size + lower];
+            }
+            table[k * size + r] = sum;
+            std::swap(former, current);
+        }
+    }
+    double factor = degree;
+    for (unsigned int k = 1; k <= highest; ++k) {
+        for (unsigned int r = 0; r <= degree; ++r) table[k * size + r] *= factor;
+        factor *= degree - k;
+    }
+}
+
+}  // namespace kerf::spline
