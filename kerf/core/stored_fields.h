@@ -24,20 +24,11 @@
 // The record is that of each base, then the fields in the order of the list: numbers raw, anything
 // else by its own saveGuts. A class without fields has no `fields`. A class that must judge what a
 // damaged record gave has `bool fits() const`; where that returns false the fields are put back to
-// their default values.
+// their default values. A class that keeps something derived from its fields has `void restored()`,
+// which is called last.
 namespace kerf::stored {
 
 namespace detail {
-
-template <class T>
-concept HasFields = requires(T& object) {
-    T::fields(object);
-};
-
-template <class T>
-concept JudgesFields = requires(const T& object) {
-    { object.fits() } -> std::convertible_to<bool>;
-};
 
 template <class Field>
 void saveField(ERFile& file, const Field& field) {
@@ -89,6 +80,7 @@ struct Access {
                            T::fields(object));
             }
         }
+        if constexpr (requires { object.restored(); }) object.restored();
     }
 
     template <class... Bases, class T>

@@ -3,6 +3,9 @@
 // library, whatever they use themselves.
 #include "kerf/core/class_registry.h"
 #include "kerf/core/object.h"
+#include "kerf/curves/bezier_curve.h"
+#include "kerf/curves/nurbs_curve.h"
+#include "kerf/curves/planar_entity.h"
 #include "kerf/module/module.h"
 #include "kerf/persistence/database_object.h"
 #include "kerf/persistence/tree_objects.h"
@@ -46,6 +49,25 @@ const ERClassRegistration* const classes[] = {
     _ERRotation3D::desc(),
     _ERTranslation3D::desc(),
     _ERWorkplane::desc(),
+    EREntity2DWF::desc(),
+    EREntity3DWF::desc(),
+    ERFiniteEntity2DWF::desc(),
+    ERFiniteEntity3DWF::desc(),
+    ERFiniteEntity2DWFBoundedWithAngle::desc(),
+    ERFiniteEntity3DWFBoundedWithAngle::desc(),
+    ERLimitedEntity2DWF::desc(),
+    ERLimitedEntity3DWF::desc(),
+    ERTrimmedEntity2DWF::desc(),
+    ERTrimmedEntity3DWF::desc(),
+    ERPlanarEntity3DWF::desc(),
+    ERCpoleRep2D::desc(),
+    ERCpoleRep3D::desc(),
+    ERCpoleBezier2D::desc(),
+    ERCpoleBezier2DR::desc(),
+    ERCpoleBezier3D::desc(),
+    ERCpoleBezier3DR::desc(),
+    ERCpoleNURBS2D::desc(),
+    ERCpoleNURBS3D::desc(),
 };
 
 }  // namespace

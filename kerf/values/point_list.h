@@ -12,6 +12,9 @@
 // enough.
 namespace kerf {
 
+class ERFiniteEntity2DWF;
+class ERFiniteEntity3DWF;
+
 /// A point and its parameter, which is the pair (u, v) on a surface. The alignment makes the
 /// elements of a list's pool 36, 44 and 52 bytes whatever the pointer.
 template <class Node, class Space, class ParameterType>
@@ -140,10 +143,16 @@ public:
 };
 
 /// Points of a plane curve with their parameters.
-class ERPoint12List : public CurvePointList<Space2D> {};
+class KERF_EXPORT ERPoint12List : public CurvePointList<Space2D> {
+public:
+    void Smash(const ERFiniteEntity2DWF& curve, double tol);  ///< smash over the curve's points
+};
 
 /// Points of a curve in space with their parameters.
-class ERPoint13List : public CurvePointList<Space3D> {};
+class KERF_EXPORT ERPoint13List : public CurvePointList<Space3D> {
+public:
+    void Smash(const ERFiniteEntity3DWF& curve, double tol);  ///< smash over the curve's points
+};
 
 /// Points of a surface with their pairs (u, v).
 class ERPoint23List : public RefinablePointList<ERPoint23> {

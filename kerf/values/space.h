@@ -1,6 +1,7 @@
 #pragma once
 #include <array>
 
+#include "kerf/platform/config.h"
 #include "kerf/values/point.h"
 
 // The plane and space as template arguments. What is the same in both is written once, over a Space;
@@ -38,7 +39,7 @@ struct ERPoint12;
 struct ERPoint13;
 
 /// The plane.
-struct Space2D {
+struct KERF_EXPORT Space2D {
     static constexpr unsigned int dimension = 2;
 
     using Axis = Coord2D;
@@ -66,7 +67,7 @@ struct Space2D {
 };
 
 /// Space.
-struct Space3D {
+struct KERF_EXPORT Space3D {
     static constexpr unsigned int dimension = 3;
 
     using Axis = Coord3D;

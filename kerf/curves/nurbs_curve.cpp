@@ -1,0 +1,553 @@
+#include "kerf/curves/nurbs_curve.h"
+
+#include <algorithm>
+#include <cmath>
+#include <ostream>
+
+#include "kerf/curves/spline/bernstein.h"
+#include "kerf/curves/spline/degree_elevation.h"
+#include "kerf/curves/spline/knot_insertion.h"
+#include "kerf/curves/spline/power_form.h"
+#include "kerf/values/point_list.h"
+
+namespace kerf {
+
+ER_DEFINE_CLASS(ERCpoleNURBS2D, ERCpoleRep2D)
+ER_DEFINE_CLASS(ERCpoleNURBS3D, ERCpoleRep3D)
+ER_DEFINE_STORED_CLASS(ERCpoleNURBS2D, ERCpoleRep2D)
+ER_DEFINE_STORED_CLASS(ERCpoleNURBS3D, ERCpoleRep3D)
+
+namespace {
+
+// The value, and the first two derivatives by t, of a Bézier form with n poles of Dim doubles. In
+// the form (1 - t) a + t b, which is exact at both ends.
+template <unsigned int Dim>
+void evaluate(const double* poles, unsigned int n, double t, double* value, double* first,
+              double* second) {
+    spline::Scratch<(spline::degreeOnStack + 1) * Dim> level(std::size_t{n} * Dim);
+    double* const p = level.data();
+    std::copy_n(poles, std::size_t{n} * Dim, p);
+    const double s = 1.0 - t;
+    std::fill_n(first, Dim, 0.0);
+    std::fill_n(second, Dim, 0.0);
+    for (unsigned int count = n; count > 1; --count) {
+        if (count == 3) {
+            const double factor = static_cast<double>(n - 1) * (n - 2);
+            for (unsigned int k = 0; k < Dim; ++k) {
+                second[k] = factor * ((p[2 * Dim + k] - p[Dim + k]) - (p[Dim + k] - p[k]));
+            }
+        }
+        if (count == 2) {
+            for (unsigned int k = 0; k < Dim; ++k) first[k] = (n - 1) * (p[Dim + k] - p[k]);
+        }
+        for (unsigned int k = 0; k < (count - 1) * Dim; ++k) p[k] = s * p[k] + t * p[k + Dim];
+    }
+    std::copy_n(p, Dim, value);
+}
+
+// The same value with all loops of a fixed length.
+template <unsigned int Dim, unsigned int Count>
+inline void valueOf(const double* poles, double t, double* value) {
+    double p[Count * Dim];
+    std::copy_n(poles, Count * Dim, p);
+    const double s = 1.0 - t;
+    for (unsigned int count = Count; count > 1; --count)
+        for (unsigned int k = 0; k < (count - 1) * Dim; ++k) p[k] = s * p[k] + t * p[k + Dim];
+    std::copy_n(p, Dim, value);
+}
+
+template <unsigned int Dim>
+void valueOf(const double* poles, unsigned int n, double t, double* value) {
+    switch (n) {
+        case 2:
+            return valueOf<Dim, 2>(poles, t, value);
+        case 3:
+            return valueOf<Dim, 3>(poles, t, value);
+        case 4:
+            return valueOf<Dim, 4>(poles, t, value);
+        case 5:
+            return valueOf<Dim, 5>(poles, t, value);
+        default: {
+            double first[Dim], second[Dim];
+            evaluate<Dim>(poles, n, t, value, first, second);
+        }
+    }
+}
+
+// The same with derivatives for a fixed number of poles.
+template <unsigned int Dim, unsigned int Count>
+inline void evaluateFixed(const double* poles, double t, double* value, double* first,
+                          double* second) {
+    double p[Count * Dim];
+    std::copy_n(poles, Count * Dim, p);
+    const double s = 1.0 - t;
+    for (unsigned int count = Count; count > 3; --count)
+        for (unsigned int k = 0; k < (count - 1) * Dim; ++k) p[k] = s * p[k] + t * p[k + Dim];
+    constexpr double slope = Count - 1;
+    constexpr double bend = static_cast<double>(Count - 1) * (Count - 2);
+    for (unsigned int k = 0; k < Dim; ++k) {
+        double a = p[k], b = p[k + Dim];
+        if constexpr (Count > 2) {
+            const double c = p[k + 2 * Dim];
+            second[k] = bend * ((c - b) - (b - a));
+            a = s * a + t * b;
+            b = s * b + t * c;
+        } else {
+            second[k] = 0.0;
+        }
+        first[k] = slope * (b - a);
+        value[k] = s * a + t * b;
+    }
+}
+
+template <unsigned int Dim>
+void evaluateSpan(const double* poles, unsigned int n, double t, double* value, double* first,
+                  double* second) {
+    switch (n) {
+        case 2:
+            return evaluateFixed<Dim, 2>(poles, t, value, first, second);
+        case 3:
+            return evaluateFixed<Dim, 3>(poles, t, value, first, second);
+        case 4:
+            return evaluateFixed<Dim, 4>(poles, t, value, first, second);
+        case 5:
+            return evaluateFixed<Dim, 5>(poles, t, value, first, second);
+        default:
+            return evaluate<Dim>(poles, n, t, value, first, second);
+    }
+}
+
+ERPoint2D pointOf(const double* c, double inverseWeight, const ERPoint2D&) {
+    return ERPoint2D(c[0] * inverseWeight, c[1] * inverseWeight);
+}
+ERPoint3D pointOf(const double* c, double inverseWeight, const ERPoint3D&) {
+    return ERPoint3D(c[0] * inverseWeight, c[1] * inverseWeight, c[2] * inverseWeight);
+}
+
+}  // namespace
+
+template <class Space>
+NurbsCurve<Space>::NurbsCurve(const ERVec<Pole>& poles)
+    : poles_(poles),
+      knots_(poles.length() > 0 ? BezierKnotVector(poles.length() - 1, ERLimites(0.0, 1.0))
+                                : ERKnotVector()) {}
+
+template <class Space>
+NurbsCurve<Space>::NurbsCurve(const ERVec<Pole>& poles, const ERKnotVector& knots)
+    : poles_(poles), knots_(knots) {
+    dropUnfit();
+    if (poles_.length() == 0) return;
+    const ERLimites domain(knots_[degree()], knots_[knots_.length() - degree() - 1]);
+    this->setDomains(domain, domain);
+}
+
+template <class Space>
+NurbsCurve<Space>::NurbsCurve(const ERVec<Pole>& poles, const ERKnotVector& knots,
+                              const ERLimites& trim)
+    : NurbsCurve(poles, knots) {
+    this->trim_ = trim;
+}
+
+template <class Space>
+NurbsCurve<Space>::NurbsCurve(const ERVec<Pole>& poles, unsigned int degree)
+    : NurbsCurve(poles, poles.length() > degree
+                            ? ERKnotVector(degree, poles.length(), ERLimites(0.0, 1.0))
+                            : ERKnotVector()) {}
+
+template <class Space>
+bool NurbsCurve<Space>::knotsFit() const {
+    return poles_.length() == 0 ? knots_.length() == 0 : knots_.fits(poles_.length());
+}
+
+template <class Space>
+void NurbsCurve<Space>::dropUnfit() {
+    const unsigned int n = poles_.length();
+    if (n > 0 && knots_.degree() < n && knots_.length() - n == knots_.degree() + 1) return;
+    poles_.clear();
+    knots_ = ERKnotVector();
+}
+
+// The spans.
+
+template <class Space>
+unsigned int NurbsCurve<Space>::KeptSpans::find(double u) const {
+    const auto n = static_cast<unsigned int>(knots.size());
+    if (!(u >= starts[1])) return 0;
+    if (u >= starts[n - 1]) return n - 1;
+    const auto bucket = static_cast<unsigned int>((u - starts[0]) * bucketsPerUnit);
+    const auto bound = static_cast<unsigned int>(buckets.size()) - 2;
+    unsigned int low = buckets[std::min(bucket, bound)];
+    unsigned int high = buckets[std::min(bucket, bound) + 1];
+    // Rounding may have put u into the neighbour of its bucket.
+    while (low > 0 && u < starts[low]) --low;
+    while (high + 1 < n && u >= starts[high + 1]) ++high;
+    while (low < high) {
+        const unsigned int middle = (low + high + 1) / 2;
+        if (u >= starts[middle]) {
+            low = middle;
+        } else {
+            high = middle - 1;
+        }
+    }
+    return low;
+}
+
+template <class Space>
+typename NurbsCurve<Space>::KeptSpans& NurbsCurve<Space>::spans() const {
+    KeptSpans& kept = *keptSpans_;
+    if (!kept.starts.empty()) return kept;
+    const unsigned int p = degree();
+    const unsigned int end = knots_.length() - p - 1;
+    const double* const knots = knots_.data();
+    for (unsigned int i = p; i < end; ++i) {
+        if (!(knots[i] < knots[i + 1])) continue;
+        kept.knots.push_back(i);
+        kept.starts.push_back(knots[i]);
+        kept.inverses.push_back(1.0 / (knots[i + 1] - knots[i]));
+    }
+    kept.starts.push_back(knots[end]);
+    const auto n = static_cast<unsigned int>(kept.knots.size());
+    if (n == 0) return kept;
+    kept.made.assign(n, 0);
+    kept.poles.resize(std::size_t{n} * (p + 1) * KeptSpans::dimension);
+
+    const unsigned int count = 2 * n;
+    const double length = kept.starts[n] - kept.starts[0];
+    kept.bucketsPerUnit = std::isfinite(count / length) ? count / length : 0.0;
+    kept.buckets.resize(count + 1, n - 1);
+    unsigned int span = 0;
+    for (unsigned int i = 0; i < count; ++i) {
+        const double start = kept.starts[0] + length * i / count;
+        while (span + 1 < n && start >= kept.starts[span + 1]) ++span;
+        kept.buckets[i] = span;
+    }
+    return kept;
+}
+
+// The Bézier poles are the blossom of the span's polynomial at the span's ends: pole j takes the end
+// j times. De Boor's recursion with one argument a level.
+template <class Space>
+const double* NurbsCurve<Space>::makeSpan(KeptSpans& kept, unsigned int span) const {
+    constexpr unsigned int dim = KeptSpans::dimension;
+    const unsigned int p = degree();
+    const unsigned int knot = kept.knots[span];
+    double* const to = &kept.poles[std::size_t{span} * (p + 1) * dim];
+    if (kept.made[span]) return to;
+    const double* const k = knots_.data() + (knot - p);
+    const double ends[2] = {knots_[knot], knots_[knot + 1]};
+    const double* const from = spline::doubles(poles_.data()) + std::size_t{knot - p} * dim;
+    spline::Scratch<(spline::degreeOnStack + 1) * dim> scratch(std::size_t{p + 1} * dim);
+    double* const d = scratch.data();
+    for (unsigned int j = 0; j <= p; ++j) {
+        std::copy_n(from, std::size_t{p + 1} * dim, d);
+        for (unsigned int r = 1; r <= p; ++r) {
+            const double u = ends[r <= j ? 1 : 0];
+            for (unsigned int i = p; i >= r; --i) {
+                const double a = k[i];
+                const double b = k[i + p + 1 - r];
+                const double alpha = (u - a) / (b - a);
+                for (unsigned int c = 0; c < dim; ++c) {
+                    d[i * dim + c] = (1.0 - alpha) * d[(i - 1) * dim + c] + alpha * d[i * dim + c];
+                }
+            }
+        }
+        std::copy_n(d + p * dim, dim, to + j * dim);
+    }
+    kept.made[span] = 1;
+    return to;
+}
+
+template <class Space>
+const double* NurbsCurve<Space>::spanPolesAt(KeptSpans& kept, double u, double& t,
+                                             double& inverse) const {
+    unsigned int span = kept.last;
+    if (!(u >= kept.starts[span] && u < kept.starts[span + 1])) {
+        span = kept.find(u);
+        kept.last = span;
+    }
+    inverse = kept.inverses[span];
+    // The last parameter is exactly 1, whatever the product rounds to.
+    t = u == kept.starts[span + 1] ? 1.0 : (u - kept.starts[span]) * inverse;
+    return makeSpan(kept, span);
+}
+
+template <class Space>
+typename Space::Pole NurbsCurve<Space>::CalOnNurbs_H(double u) const {
+    if (poles_.length() == 0) return Pole();
+    KeptSpans& kept = spans();
+    if (kept.knots.empty()) return poles_.first();
+    double t, inverse;
+    const double* const poles = spanPolesAt(kept, u, t, inverse);
+    Pole value;
+    valueOf<KeptSpans::dimension>(poles, degree() + 1, t, spline::doubles(&value));
+    return value;
+}
+
+template <class Space>
+typename Space::Point NurbsCurve<Space>::CalOnNurbs(double u) const {
+    if (poles_.length() == 0) return Point();
+    const Pole value = CalOnNurbs_H(u);
+    return pointOf(spline::doubles(&value), 1.0 / value.weigth(), Point());
+}
+
+template <class Space>
+typename Space::Point NurbsCurve<Space>::operator()(double u) const {
+    return CalOnNurbs(u);
+}
+
+template <class Space>
+typename Space::InfoPoint NurbsCurve<Space>::PtCur(double u) const {
+    using Vector = typename Space::Vector;
+    constexpr unsigned int dim = KeptSpans::dimension;
+    typename Space::InfoPoint info;
+    info.parameter() = u;
+    if (poles_.length() == 0) return info;
+    KeptSpans& kept = spans();
+    if (kept.knots.empty()) {
+        info.point() = poles_.first().castToPoint();
+        return info;
+    }
+    double t, inverse;
+    const double* const poles = spanPolesAt(kept, u, t, inverse);
+    double value[dim], first[dim], second[dim];
+    evaluateSpan<dim>(poles, degree() + 1, t, value, first, second);
+    // C = A / w, C' = (A' - w' C) / w, C'' = (A'' - 2 w' C' - w'' C) / w.
+    constexpr unsigned int w = dim - 1;
+    const double inverseWeight = 1.0 / value[w];
+    const double secondScale = inverse * inverse;
+    const double slopeOfWeight = first[w] * inverse;
+    const double bendOfWeight = second[w] * secondScale;
+    double slope[dim], bend[dim];
+    for (unsigned int k = 0; k < w; ++k) {
+        const double c = value[k] * inverseWeight;
+        slope[k] = (first[k] * inverse - slopeOfWeight * c) * inverseWeight;
+        bend[k] = (second[k] * secondScale - 2.0 * slopeOfWeight * slope[k] - bendOfWeight * c) *
+                  inverseWeight;
+    }
+    info.point() = pointOf(value, inverseWeight, Point());
+    info.tangente() = Vector(Space::point(slope));
+    info.secondDerivative() = Vector(Space::point(bend));
+    return info;
+}
+
+template <class Space>
+unsigned int NurbsCurve<Space>::nbSpans() const {
+    return poles_.length() == 0 ? 0 : knots_.nbSpans();
+}
+
+template <class Space>
+ERLimites NurbsCurve<Space>::spanLimites(unsigned int span) const {
+    return knots_.getSpanLimites(static_cast<int>(span));
+}
+
+template <class Space>
+typename Space::Box NurbsCurve<Space>::spanBox(unsigned int span) const {
+    typename Space::Box box;
+    for (unsigned int i = span; i <= span + degree(); ++i) box.Update(poles_[i].castToPoint());
+    return box;
+}
+
+template <class Space>
+ERTValVector<ERPolynome> NurbsCurve<Space>::getSpanPower(int span) const {
+    const auto index = static_cast<unsigned int>(span);
+    if (this->getCachedSpan(index) == nullptr) {
+        auto polynomials = std::make_unique<ERTValVector<ERPolynome>>();
+        KeptSpans& kept = spans();
+        const auto place = std::find(kept.knots.begin(), kept.knots.end(), index + knots_.degree());
+        if (place != kept.knots.end()) {
+            const auto found = static_cast<unsigned int>(place - kept.knots.begin());
+            ERVec<Pole> poles(degree() + 1);
+            std::copy_n(makeSpan(kept, found), std::size_t{degree() + 1} * KeptSpans::dimension,
+                        spline::doubles(poles.data()));
+            Bezier2Poly(poles, *polynomials);
+        }
+        this->insertSpanInCache(index, polynomials.release());
+    }
+    return *this->getCachedSpan(index);
+}
+
+// Changes.
+
+template <class Space>
+void NurbsCurve<Space>::ResetCachedInfo() {
+    Space::PoleCurve::ResetCachedInfo();
+    *keptSpans_ = KeptSpans();
+}
+
+template <class Space>
+typename Space::Nurbs NurbsCurve<Space>::ConvertToNurbs() const {
+    return static_cast<const Curve&>(*this);
+}
+
+template <class Space>
+void NurbsCurve<Space>::reverse() {
+    this->change([&] {
+        poles_.reverse();
+        knots_.reverse();
+    });
+    Space::PoleCurve::reverse();
+}
+
+template <class Space>
+void NurbsCurve<Space>::reparametrize(const ERLimites& domain) {
+    this->change([&] { knots_.reparametrize(domain); });
+    Space::PoleCurve::reparametrize(domain);
+}
+
+template <class Space>
+void NurbsCurve<Space>::adjust() {
+    const double start = this->udeb();
+    const double end = this->ufin();
+    if (!(start <= end) || !std::isfinite(start) || !std::isfinite(end)) return;
+    this->change([&] {
+        if (poles_.length() == 0) return;
+        const unsigned int p = degree();
+        if (start == end) {
+            const Pole point = CalOnNurbs_H(start);
+            poles_ = ERVec<Pole>(p + 1, point);
+            knots_ = BezierKnotVector(p, this->getBound());
+            return;
+        }
+        if (start < this->Ndeb() || end > this->Nfin()) {
+            IncreaseDomain(poles_, knots_, p, std::min(start, this->Ndeb()),
+                           std::max(end, this->Nfin()));
+        }
+        ReduceDomain(poles_, knots_, p, start, end);
+    });
+    ResetCachedInfo();
+    Space::PoleCurve::adjust();
+}
+
+template <class Space>
+void NurbsCurve<Space>::insertKnot(double u, unsigned int times) {
+    this->change([&] {
+        if (poles_.length() > 0) Boehm(poles_, knots_, degree(), u, times);
+    });
+}
+
+template <class Space>
+void NurbsCurve<Space>::reduceKnotMultiplicity(double u, unsigned int times) {
+    this->change([&] {
+        for (unsigned int i = 0; i < times && knots_.quicklyFind(u) != 0xFFFFFFFF; ++i) {
+            ReduceMul(poles_, knots_, degree(), u);
+        }
+    });
+}
+
+template <class Space>
+void NurbsCurve<Space>::incrDegree(unsigned int k) {
+    this->change([&] {
+        for (unsigned int i = 0; i < k && poles_.length() > 0; ++i) {
+            Prautzsch(poles_, knots_, degree());
+        }
+    });
+}
+
+template <class Space>
+int NurbsCurve<Space>::decrDegree() {
+    ResetCachedInfo();
+    return 1;
+}
+
+template <class Space>
+int NurbsCurve<Space>::splitAt(Curve& left, Curve& right, double u) const {
+    if (!this->getBound().inBound(u)) return 0;
+    const auto part = [this](const ERLimites& limits) {
+        Curve curve(static_cast<const Curve&>(*this));
+        curve.setBound(limits);
+        curve.adjust();
+        return curve;
+    };
+    const Curve before = part(ERLimites(this->udeb(), u));
+    const Curve after = part(ERLimites(u, this->ufin()));
+    left = before;
+    right = after;
+    return 1;
+}
+
+template <class Space>
+int NurbsCurve<Space>::split(Curve& left, Curve& right) const {
+    return splitAt(left, right, (this->udeb() + this->ufin()) * 0.5);
+}
+
+template <class Space>
+int NurbsCurve<Space>::splitAt(Self*& left, Self*& right, double u) const {
+    Curve before, after;
+    if (!splitAt(before, after, u)) return 0;
+    left = new Curve(before);
+    right = new Curve(after);
+    return 1;
+}
+
+// Readings.
+
+template <class Space>
+int NurbsCurve<Space>::IsContinuous(int order) const {
+    return knots_.IsContinuous(order);
+}
+
+template <class Space>
+int NurbsCurve<Space>::GetDiscontinuities(int order, ERVec<double>& parameters) const {
+    return knots_.GetDiscontinuities(order, parameters);
+}
+
+template <class Space>
+typename Space::Point NurbsCurve<Space>::operator[](int i) const {
+    return poles_[static_cast<unsigned int>(i)].castToPoint();
+}
+
+template <class Space>
+double NurbsCurve<Space>::cordalHeight() const {
+    const unsigned int n = poles_.length();
+    ERVec<Point> points(n);
+    for (unsigned int i = 0; i < n; ++i) points[i] = poles_[i].castToPoint();
+    return this->cordalHeight(points);
+}
+
+template <class Space>
+void NurbsCurve<Space>::printOn(std::ostream& os) const {
+    Space::PoleCurve::printOn(os);
+    poles_.printOn(os);
+    os << knots_;
+}
+
+template <class Space>
+void NurbsCurve<Space>::prepareApprox(typename Space::PointList& list, const ERLimites& limits,
+                                      double) const {
+    const double start = limits.start();
+    const double end = limits.end();
+    list.append((*this)(start), start);
+    bool reachedEnd = false;
+    if (poles_.length() > 0 && start < end) {
+        const KeptSpans& kept = spans();
+        const std::size_t n = kept.knots.size();
+        for (std::size_t i = 0; i < n; ++i) {
+            // The first and the last span go on to whatever lies outside.
+            const double from = i == 0 ? start : std::max(start, kept.starts[i]);
+            const double to = i + 1 == n ? end : std::min(end, kept.starts[i + 1]);
+            if (!(from < to)) continue;
+            this->seedSpan(list, ERLimites(from, to));
+            reachedEnd = to == end && degree() > 0;
+        }
+    }
+    if (!reachedEnd) list.append((*this)(end), end);
+}
+
+template class NurbsCurve<Space2D>;
+template class NurbsCurve<Space3D>;
+
+t_SmartPtr<EREntity3DWF> ERCpoleNURBS2D::get3DEquiv(const ERPmIsometrie3D& t) const {
+    ERVec<ERPole3DH> images(poles_.length());
+    for (unsigned int i = 0; i < poles_.length(); ++i) {
+        images[i] = t >> poles_[i].castToPole3D(Coord3D::CoordZ, 0.0);
+    }
+    return new ERCpoleNURBS3D(images, knots_, getBound());
+}
+
+t_SmartPtr<EREntity2DWF> ERCpoleNURBS3D::get2DEntProjectedOn(const ERPmIsometrie3D& t) const {
+    ERVec<ERPole2DH> images(poles_.length());
+    for (unsigned int i = 0; i < poles_.length(); ++i) images[i] = t.Project(poles_[i]);
+    return new ERCpoleNURBS2D(images, knots_, getBound());
+}
+
+}  // namespace kerf
