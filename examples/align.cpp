@@ -31,11 +31,11 @@
 
 #include "examples/deviation_picture.h"
 #include "examples/points_file.h"
+#include "kerf/display/formatter.h"
 #include "kerf/persistence/database_object.h"
 #include "kerf/persistence/numbered_database.h"
 #include "kerf/platform/sinks.h"
 #include "kerf/processing/best_fit.h"
-#include "kerf/values/formatter.h"
 #include "kerf/values/persistent_point.h"
 #include "kerf/values/quaternion.h"
 #include "kerf/values/transformation_3d.h"

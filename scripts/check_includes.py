@@ -7,15 +7,20 @@ import pathlib
 import re
 import sys
 
-FLOORS = {"platform": 0, "core": 1, "numerics": 2, "values": 2, "curves": 3, "surfaces": 4,
-          "processing": 5, "persistence": 6, "module": 7}
+FLOORS = {"platform": 0, "core": 1, "numerics": 2, "values": 2, "display": 2, "curves": 3,
+          "surfaces": 4, "processing": 5, "persistence": 6, "module": 7}
+ABOVE = {("numerics", "display"), ("values", "display")}  # of one floor, the second on the first
 TOP = 7  # kerf/kerf.h and whatever else stands beside the folders
 INCLUDE = re.compile(r'^\s*#\s*include\s+"(kerf/[^"]+)"', re.MULTILINE)
 
 
-def floor(path):
+def folder(path):
     parts = path.split("/")
-    return FLOORS[parts[1]] if len(parts) > 2 else TOP
+    return parts[1] if len(parts) > 2 else ""
+
+
+def floor(path):
+    return FLOORS[folder(path)] if folder(path) else TOP
 
 
 def included_by(root, path):
@@ -57,8 +62,8 @@ def main():
         for target in targets:
             if target not in graph:
                 faults.append(f"{path}: includes {target}, which does not exist")
-            elif floor(target) > floor(path):
-                faults.append(f"{path}: includes {target} of a higher floor")
+            elif floor(target) > floor(path) or (folder(path), folder(target)) in ABOVE:
+                faults.append(f"{path}: includes {target} of a higher floor or folder")
     loop = find_loop(graph)
     if loop:
         faults.append("loop of includes: " + " -> ".join(loop))

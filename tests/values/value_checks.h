@@ -15,9 +15,9 @@
 #include <vector>
 
 #include "kerf/core/file.h"
+#include "kerf/display/coordinate.h"
 #include "kerf/numerics/vector.h"
 #include "kerf/platform/archive.h"
-#include "kerf/values/coordinate.h"
 #include "tests/support/temporary_file.h"
 
 // What the tests of several values ask alike.

@@ -1,8 +1,8 @@
-#include "kerf/values/coordinate.h"
+#include "kerf/display/coordinate.h"
 
+#include "kerf/display/formatter.h"
 #include "kerf/platform/exceptions.h"
 #include "kerf/platform/sinks.h"
-#include "kerf/values/formatter.h"
 #include "kerf/values/transformation_3d.h"
 #include "tests/values/value_checks.h"
 

@@ -1,4 +1,4 @@
-#include "kerf/values/formatter.h"
+#include "kerf/display/formatter.h"
 
 #include "kerf/platform/archive.h"
 #include "kerf/platform/exceptions.h"

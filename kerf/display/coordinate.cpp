@@ -1,4 +1,4 @@
-#include "kerf/values/coordinate.h"
+#include "kerf/display/coordinate.h"
 
 #include <cmath>
 

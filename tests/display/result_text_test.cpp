@@ -1,4 +1,4 @@
-#include "kerf/values/result_text.h"
+#include "kerf/display/result_text.h"
 
 #include <gtest/gtest.h>
 

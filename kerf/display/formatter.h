@@ -1,7 +1,7 @@
 #pragma once
+#include "kerf/display/coordinate.h"
 #include "kerf/platform/config.h"
 #include "kerf/platform/text.h"
-#include "kerf/values/coordinate.h"
 
 // Formatters: what a dialog needs to show a point, a displacement or a direction in the form that
 // the operator chose, and to read it back.
