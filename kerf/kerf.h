@@ -62,6 +62,7 @@
 #include "kerf/values/limits.h"
 #include "kerf/values/linear_map.h"
 #include "kerf/values/main_direction.h"
+#include "kerf/values/orthonormal_frame.h"
 #include "kerf/values/persistent_point.h"
 #include "kerf/values/point.h"
 #include "kerf/values/point_list.h"

@@ -7,6 +7,7 @@
 #include "kerf/numerics/newton_solvers.h"
 #include "kerf/processing/best_fit.h"
 #include "kerf/processing/point_pair_sums.h"
+#include "kerf/values/orthonormal_frame.h"
 #include "kerf/values/transformation_3d_representation.h"
 
 namespace kerf {
@@ -87,7 +88,7 @@ bool isNull(const ERVector3D& v) { return v.i() == 0.0 && v.j() == 0.0 && v.k() 
 
 // The matrix of ERChgRepere3D(x, y, ERPoint3D()).
 LinearMap cleanFrame(const ERVector3D& x, const ERVector3D& y) {
-    return LinearMap::frame(x, y).snapped(unitTolerance);
+    return orthonormalFrame(x, y).snapped(unitTolerance);
 }
 
 // Two difference vectors between four points, of which an orthonormal frame is made.

@@ -108,23 +108,4 @@ ER_MINMAX_POSITION_POLYGONE ERMinimax2D::positionRelative(const ERVec<ERPoint2D>
     return positionRelative(polygon.data(), polygon.length());
 }
 
-void GetOrthogonalDirections(const ERVector3D& dir, ERVector3D& first, ERVector3D& second) {
-    const ERVector3D u = dir.getnormalized();
-    const double i = std::fabs(u.i()), j = std::fabs(u.j()), k = std::fabs(u.k());
-    // The seed only has to be far from parallel to u.
-    ERVector3D seed;
-    if (i <= k && j <= k) {
-        seed = ERVector3D(1.0, 0.0, u.j() / u.k());
-    } else if (j >= i && j >= k) {
-        seed = ERVector3D(0.0, u.i() / u.j(), 1.0);
-    } else if (u.i() == 0.0) {
-        seed = ERVector3D(1.0, 1.0, 1.0);
-    } else {
-        seed = ERVector3D(u.k() / u.i(), 1.0, 0.0);
-    }
-    seed.normalize();
-    second = (u ^ seed).getnormalized();
-    first = second ^ u;
-}
-
 }  // namespace kerf

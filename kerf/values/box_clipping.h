@@ -3,7 +3,7 @@
 #include "kerf/values/box.h"
 #include "kerf/values/point.h"
 
-// Clipping of a segment against a box of the plane, and the frame that completes a direction.
+// Clipping of a segment against a box of the plane.
 namespace kerf {
 
 /// Clips the segment from a to b against the box, by outcodes after Cohen and Sutherland. The
@@ -16,11 +16,5 @@ namespace kerf {
 KERF_EXPORT ER_MINMAX_POSITION_SEGMENT SutherCohen(const ERPoint2D& a, const ERPoint2D& b,
                                                    const ERMinimax2D& box, ERPoint2D& out1,
                                                    ERPoint2D& out2);
-
-/// Completes dir to a right-handed orthonormal frame: first ^ second is dir normalised. The choice
-/// of first is fixed, but jumps where the largest component of dir changes.
-/// Degenerate: a zero dir gives NaNs.
-KERF_EXPORT void GetOrthogonalDirections(const ERVector3D& dir, ERVector3D& first,
-                                         ERVector3D& second);
 
 }  // namespace kerf

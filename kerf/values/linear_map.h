@@ -27,12 +27,6 @@ struct LinearMap {
     static LinearMap fromColumns(const ERVector3D& a, const ERVector3D& b, const ERVector3D& c) {
         return {a.i(), b.i(), c.i(), a.j(), b.j(), c.j(), a.k(), b.k(), c.k()};
     }
-    /// The right-handed frame with first axis x and third axis x ^ y, all normalised.
-    static LinearMap frame(const ERVector3D& x, const ERVector3D& y) {
-        const ERVector3D first = x.getnormalized();
-        const ERVector3D third = (x ^ y).getnormalized();
-        return fromColumns(first, third ^ first, third);
-    }
 
     static bool fits(const ERMatrix<double>& m) {
         return m.rows() == 3 && m.cols() == 3 && m.length() == 9;

@@ -2,8 +2,8 @@
 
 #include <cmath>
 
-#include "kerf/values/box_clipping.h"
 #include "kerf/values/linear_map.h"
+#include "kerf/values/orthonormal_frame.h"
 
 namespace kerf {
 
@@ -226,9 +226,7 @@ void find_lock_quaternion(ERVector3D from, ERVector3D to, ERQuaternion& result) 
     double cosine = from * to;
     ERQuaternion before;
     if (norme(axis) < nearlyParallel) {
-        ERVector3D perpendicular, other;
-        GetOrthogonalDirections(to, perpendicular, other);
-        before = ERQuaternion(perpendicular, 1.5707963267948966);
+        before = ERQuaternion(perpendicularTo(to), 1.5707963267948966);
         from = before * from;
         from.normalize();
         axis = from ^ to;
@@ -246,9 +244,7 @@ void find_lock_matrix(ERVector3D from, ERVector3D to, ERMatrix<double>& result) 
 
 void find_flip_matrix(ERVector3D axis, ERMatrix<double>& result) {
     axis.normalize();
-    ERVector3D perpendicular, other;
-    GetOrthogonalDirections(axis, perpendicular, other);
-    result = ERQuaternion(perpendicular, pi).GetMatrix();
+    result = ERQuaternion(perpendicularTo(axis), pi).GetMatrix();
 }
 
 }  // namespace kerf

@@ -2,6 +2,7 @@
 
 #include "kerf/numerics/linear_solvers.h"
 #include "kerf/values/linear_map.h"
+#include "kerf/values/orthonormal_frame.h"
 #include "kerf/values/quaternion.h"
 #include "kerf/values/transformation_3d.h"
 #include "kerf/values/transformation_3d_representation.h"
@@ -41,7 +42,7 @@ ERPmIsometrie3D ERSymetrie3D(enum Coord3D k) {
 }
 
 ERPmIsometrie3D ERSymetrie3D(const ERVector3D& normal) {
-    const LinearMap frame(_ERWorkplane(normal, ERPoint3D()).getMatrix());
+    const LinearMap frame = orthonormalFrame(normal);
     LinearMap mirror;
     mirror.zz = -1.0;
     return ERPmIsometrie3D(new _ERSymetrie3D((frame * mirror * frame.transposed()).asMatrix()));
@@ -59,11 +60,11 @@ ERPmSimilitude3D ERSimilitude3D(const ERMatrix<double>& matrix) {
 ERPmIsometrie3D ERRotation3D(enum Coord3D axis, ERRadian angle) {
     const double c = std::cos(static_cast<double>(angle));
     const double s = std::sin(static_cast<double>(angle));
-    LinearMap turn;
-    if (axis == Coord3D::CoordX) turn = {1.0, 0.0, 0.0, 0.0, c, -s, 0.0, s, c};
-    if (axis == Coord3D::CoordY) turn = {c, 0.0, s, 0.0, 1.0, 0.0, -s, 0.0, c};
-    if (axis == Coord3D::CoordZ) turn = {c, -s, 0.0, s, c, 0.0, 0.0, 0.0, 1.0};
-    return ERPmIsometrie3D(new _ERRotation3D(turn.asMatrix()));
+    LinearMap rotation;
+    if (axis == Coord3D::CoordX) rotation = {1.0, 0.0, 0.0, 0.0, c, -s, 0.0, s, c};
+    if (axis == Coord3D::CoordY) rotation = {c, 0.0, s, 0.0, 1.0, 0.0, -s, 0.0, c};
+    if (axis == Coord3D::CoordZ) rotation = {c, -s, 0.0, s, c, 0.0, 0.0, 0.0, 1.0};
+    return ERPmIsometrie3D(new _ERRotation3D(rotation.asMatrix()));
 }
 
 ERPmIsometrie3D ERRotation3D(const ERVector3D& axis, ERRadian angle) {

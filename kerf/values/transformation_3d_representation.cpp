@@ -6,8 +6,8 @@
 #include "kerf/core/file.h"
 #include "kerf/numerics/linear_solvers.h"
 #include "kerf/platform/thread_storage.h"
-#include "kerf/values/box_clipping.h"
 #include "kerf/values/linear_map.h"
+#include "kerf/values/orthonormal_frame.h"
 
 namespace kerf {
 
@@ -155,12 +155,6 @@ void restoreMatrix(ERMatrix<double>& matrix, ERFile& file) {
     if (!LinearMap::fits(matrix)) matrix = IdentityMatrix(3);
 }
 
-LinearMap frame(const ERVector3D& z) {
-    ERVector3D first, second;
-    GetOrthogonalDirections(z, first, second);
-    return LinearMap::fromColumns(first, second, z.getnormalized());
-}
-
 }  // namespace
 
 const ERTr3DRevRep* ERTr3DRevRep::GetIdentity() { return threadIdentity.GetData()->identity; }
@@ -267,9 +261,9 @@ const ERTr3DRevRep* _ERRotation3D::getReduced() const {
 
 _ERWorkplane::_ERWorkplane() : matrix_(IdentityMatrix(3)) {}
 _ERWorkplane::_ERWorkplane(const ERVector3D& x, const ERVector3D& y, const ERPoint3D& o)
-    : matrix_(LinearMap::frame(x, y).asMatrix()), origin_(o) {}
+    : matrix_(orthonormalFrame(x, y).asMatrix()), origin_(o) {}
 _ERWorkplane::_ERWorkplane(const ERVector3D& z, const ERPoint3D& o)
-    : matrix_(frame(z).asMatrix()), origin_(o) {}
+    : matrix_(orthonormalFrame(z).asMatrix()), origin_(o) {}
 _ERWorkplane::_ERWorkplane(const _ERRotation3D& rotation, const _ERTranslation3D& translation)
     : matrix_(rotation.getMatrix()), origin_(translation.getTrans()) {}
 _ERWorkplane::_ERWorkplane(const ERAnyIsometrie3D& isometry)
