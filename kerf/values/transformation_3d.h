@@ -1,4 +1,6 @@
 #pragma once
+#include <concepts>
+
 #include "kerf/core/object.h"
 #include "kerf/numerics/matrix.h"
 #include "kerf/platform/config.h"
@@ -29,7 +31,8 @@ class KERF_EXPORT ERTr3D : public ERObject {
     ER_OBJECT_CLASS(ERTr3D);
 
 public:
-    /// Maps the Cartesian point of each pole and weights it again with its unchanged w.
+    /// Maps the Cartesian point of each pole and leaves its w. The image is linear in the stored
+    /// coordinates and w, so that a pole of weight 0 has one too.
     virtual void TransTo(ERVec<ERPole3DH>& poles) const;
     virtual void TransTo(ERPoint3D* points, unsigned int n) const;
     virtual void TransTo(ERVec<ERPoint3D>& points) const;
@@ -58,7 +61,7 @@ class KERF_EXPORT ERTr3DRev : public ERTr3D {
     ER_OBJECT_CLASS(ERTr3DRev);
 
 public:
-    /// A new object on the heap, owned by the caller; the identity answers the shared identity and
+    /// A new object on the heap, owned by the caller; the identity returns the shared identity and
     /// a symmetry itself.
     virtual const ERTr3DRevRep* getInverse() const = 0;
     virtual void TransFrom(ERVec<ERPole3DH>& poles) const;
@@ -68,7 +71,8 @@ public:
     virtual void TransFrom(ERPoint3D& p) const = 0;
 
     /// The 3 by 3 linear part without the factor; element (r, c) multiplies coordinate c in result
-    /// r. A scaling alone answers factor times the unit matrix: callers rely on it.
+    /// r.
+    /// Kept: a scaling alone returns factor times the unit matrix, so that its factor is read twice.
     virtual ERMatrix<double> getMatrix() const = 0;
     virtual ERPoint3D getTrans() const = 0;
     virtual double getFactHomo() const = 0;
@@ -91,7 +95,7 @@ protected:
 
 /// A representation: the immutable object that handles share, whose class says what kind of
 /// transformation it is. It may live anywhere; its count of owners is used only when it is on the
-/// heap. Operations that answer a representation answer this object, the argument, the shared
+/// heap. Operations that return a representation return this object, the argument, the shared
 /// identity, or a new heap object that belongs to the caller (a handle takes it over).
 /// Threads: the count is not atomic, so handles that share a representation belong to one thread.
 class KERF_EXPORT ERTr3DRevRep : public ERTr3DRev {
@@ -107,7 +111,7 @@ public:
     /// this * right: right acts first. Goes to right's multiplyWith_ for the class of this.
     virtual const ERTr3DRevRep* operator*(const ERTr3DRevRep* right) const;
     /// left * this, in the cheapest class that can hold it. Every class of the library overrides
-    /// these; here they report to ER_assert, where a debugger can stop, and answer null.
+    /// these; here they report to ER_assert, where a debugger can stop, and return null.
     virtual const ERTr3DRevRep* multiplyWith_ERTranslation3D(const _ERTranslation3D* left) const;
     virtual const ERTr3DRevRep* multiplyWith_ERRotation3D(const _ERRotation3D* left) const;
     virtual const ERTr3DRevRep* multiplyWith_ERWorkplane(const _ERWorkplane* left) const;
@@ -259,37 +263,37 @@ KERF_EXPORT ERVec<ERPoint3D> operator<<(const ERPmSimilitude3D& t, const ERVec<E
 KERF_EXPORT ERVec<ERPoint3D> operator>>(const ERPmSimilitude3D& t, const ERVec<ERPoint3D>& points);
 KERF_EXPORT ERVec<ERPole3DH> operator<<(const ERPmSimilitude3D& t, const ERVec<ERPole3DH>& poles);
 KERF_EXPORT ERVec<ERPole3DH> operator>>(const ERPmSimilitude3D& t, const ERVec<ERPole3DH>& poles);
-/// The box of the eight transformed corners, which for a turned object is larger than the object's
+/// The box of the eight transformed corners, which for a rotated object is larger than the object's
 /// own; a reset box stays as it is.
 KERF_EXPORT ERMinimax3D operator<<(const ERPmSimilitude3D& t, const ERMinimax3D& box);
 KERF_EXPORT ERMinimax3D operator>>(const ERPmSimilitude3D& t, const ERMinimax3D& box);
 
-// The same for an isometry, so that entities that overload these operators for it never make a call
-// with a plain value ambiguous.
-#define ER_ISOMETRY_ON_VALUE(Value)                                         \
-    inline Value operator<<(const ERPmIsometrie3D& t, const Value& value) { \
-        return static_cast<const ERPmSimilitude3D&>(t) << value;            \
-    }                                                                       \
-    inline Value operator>>(const ERPmIsometrie3D& t, const Value& value) { \
-        return static_cast<const ERPmSimilitude3D&>(t) >> value;            \
-    }
-ER_ISOMETRY_ON_VALUE(ERPoint3D)
-ER_ISOMETRY_ON_VALUE(ERVector3D)
-ER_ISOMETRY_ON_VALUE(ERPole3DH)
-ER_ISOMETRY_ON_VALUE(ERVec<ERPoint3D>)
-ER_ISOMETRY_ON_VALUE(ERVec<ERPole3DH>)
-ER_ISOMETRY_ON_VALUE(ERMinimax3D)
-#undef ER_ISOMETRY_ON_VALUE
+/// The values that a transformation applies to.
+template <class T>
+concept TransformableValue = std::same_as<T, ERPoint3D> || std::same_as<T, ERVector3D> ||
+    std::same_as<T, ERPole3DH> || std::same_as<T, ERVec<ERPoint3D>> ||
+    std::same_as<T, ERVec<ERPole3DH>> || std::same_as<T, ERMinimax3D>;
 
-// The factories. Angles are in radians, turning right-handed about the axis; axes and directions
-// need not have length 1.
+/// The same for an isometry, so that a class that can be made of a value and overloads these
+/// operators for an isometry never makes a call with the plain value ambiguous.
+template <TransformableValue Value>
+Value operator<<(const ERPmIsometrie3D& t, const Value& value) {
+    return static_cast<const ERPmSimilitude3D&>(t) << value;
+}
+template <TransformableValue Value>
+Value operator>>(const ERPmIsometrie3D& t, const Value& value) {
+    return static_cast<const ERPmSimilitude3D&>(t) >> value;
+}
+
+// The factories. Angles are in radians, right-handed about the axis; axes and directions need not
+// have length 1.
 
 KERF_EXPORT ERPmIsometrie3D ERIdentity3D();
 KERF_EXPORT ERPmIsometrie3D ERTranslation3D(const ERPoint3D& t);
 KERF_EXPORT ERPmIsometrie3D ERTranslation3D(const ERVector3D& t);
 KERF_EXPORT ERPmSimilitude3D ERScaling3D(double factor);
-/// Negates coordinate k: the mirror is the plane normal to axis k. (ERTransfo2D(Coord2D) names the
-/// axis that is kept instead; callers rely on the difference.)
+/// Negates coordinate k: the mirror is the plane normal to axis k.
+/// Kept: the axis named is the one mirrored; ERTransfo2D(Coord2D) names the one that stays.
 KERF_EXPORT ERPmIsometrie3D ERSymetrie3D(enum Coord3D k);
 /// The mirror through the origin normal to the vector.
 KERF_EXPORT ERPmIsometrie3D ERSymetrie3D(const ERVector3D& normal);
@@ -302,12 +306,12 @@ KERF_EXPORT ERPmIsometrie3D ERRotation3D(enum Coord3D axis, ERRadian angle);
 /// identity.
 KERF_EXPORT ERPmIsometrie3D ERRotation3D(const ERVector3D& axis, ERRadian angle);
 KERF_EXPORT ERPmIsometrie3D ERRotation3D(const ERQuaternion& quaternion);
-/// Turns the direction `from` onto `to` (find_lock_quaternion).
+/// Rotates the direction `from` onto `to` (find_lock_quaternion).
 KERF_EXPORT ERPmIsometrie3D ERRotation3D(const ERVector3D& from, const ERVector3D& to);
 /// About the axis through centre.
 KERF_EXPORT ERPmIsometrie3D ERRotation3D(const ERVector3D& axis, const ERPoint3D& centre,
                                          ERRadian angle);
-/// Turns `from` onto `to` about a point that stays where it is.
+/// Rotates `from` onto `to` about a point that stays where it is.
 KERF_EXPORT ERPmIsometrie3D ERRotationAtFixPoint(const ERVector3D& from, const ERVector3D& to,
                                                  const ERPoint3D& centre);
 /// The frame at o with third axis z; the other two are those of GetOrthogonalDirections.

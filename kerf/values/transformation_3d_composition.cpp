@@ -3,8 +3,9 @@
 #include "kerf/values/linear_map.h"
 #include "kerf/values/transformation_3d_representation.h"
 
-// Composition by double dispatch: `left * right` goes to right's multiplyWith_ for the class of
-// left, where both classes are known. In those, `left` is applied after this object.
+// Composition by double dispatch: `left * right` goes to the multiplyWith_ of right for the class of
+// left, where both classes are known. In those, `left` is applied after this object. What a class
+// does not override is the general product.
 namespace kerf {
 
 namespace {
@@ -28,52 +29,46 @@ const ERTr3DRevRep* workplane(const LinearMap& m, const ERPoint3D& o) {
     return make<_ERWorkplane>(m.asMatrix(), o);
 }
 
-ERPoint3D sum(const ERPoint3D& a, const ERPoint3D& b) {
-    return ERPoint3D(a.x() + b.x(), a.y() + b.y(), a.z() + b.z());
+const ERTr3DRevRep* generalProduct(const ERTr3DRevRep& left, const ERTr3DRevRep& right) {
+    const LinearMap a(left.unscaledMatrix());
+    const LinearMap b(right.unscaledMatrix());
+    const double k = left.getFactHomo();
+    return make<_ERSimilitude3D>((a * b).asMatrix(), k * a(right.getTrans()) + left.getTrans(),
+                                 k * right.getFactHomo());
 }
 
-const ERTr3DRevRep* generalProduct(const ERTr3DRevRep* left, const ERTr3DRevRep* right) {
-    const LinearMap a(left->unscaledMatrix());
-    const LinearMap b(right->unscaledMatrix());
-    const double k = left->getFactHomo();
-    const ERPoint3D moved = a(right->getTrans());
-    const ERPoint3D scaled(k * moved.x(), k * moved.y(), k * moved.z());
-    return make<_ERSimilitude3D>((a * b).asMatrix(), sum(scaled, left->getTrans()),
-                                 k * right->getFactHomo());
+const ERTr3DRevRep* productMissing(const ERTr3DRevRep& right) {
+    ER_assert(right.className(), "transformation_3d_composition.cpp", __LINE__);
+    return nullptr;
 }
 
 }  // namespace
 
-// Never reached through the library's classes, which override them all.
+// Never reached through the classes of the library.
 
 const ERTr3DRevRep* ERTr3DRevRep::operator*(const ERTr3DRevRep*) const {
-    ER_assert(className(), "transformation_3d_composition.cpp", __LINE__);
-    return nullptr;
+    return productMissing(*this);
 }
 const ERTr3DRevRep* ERTr3DRevRep::multiplyWith_ERTranslation3D(const _ERTranslation3D*) const {
-    ER_assert(className(), "transformation_3d_composition.cpp", __LINE__);
-    return nullptr;
+    return productMissing(*this);
 }
 const ERTr3DRevRep* ERTr3DRevRep::multiplyWith_ERRotation3D(const _ERRotation3D*) const {
-    ER_assert(className(), "transformation_3d_composition.cpp", __LINE__);
-    return nullptr;
+    return productMissing(*this);
 }
 const ERTr3DRevRep* ERTr3DRevRep::multiplyWith_ERWorkplane(const _ERWorkplane*) const {
-    ER_assert(className(), "transformation_3d_composition.cpp", __LINE__);
-    return nullptr;
+    return productMissing(*this);
 }
 const ERTr3DRevRep* ERTr3DRevRep::multiplyWith_ERScaling3D(const _ERScaling3D*) const {
-    ER_assert(className(), "transformation_3d_composition.cpp", __LINE__);
-    return nullptr;
+    return productMissing(*this);
 }
 const ERTr3DRevRep* ERTr3DRevRep::multiplyWith_ERSimilitude3D(const _ERSimilitude3D*) const {
-    ER_assert(className(), "transformation_3d_composition.cpp", __LINE__);
-    return nullptr;
+    return productMissing(*this);
 }
 const ERTr3DRevRep* ERTr3DRevRep::multiplyWith_ERSymetrie3D(const _ERSymetrie3D*) const {
-    ER_assert(className(), "transformation_3d_composition.cpp", __LINE__);
-    return nullptr;
+    return productMissing(*this);
 }
+
+// Each class sends its own name to the right operand.
 
 const ERTr3DRevRep* _ERIdentity3D::operator*(const ERTr3DRevRep* right) const {
     return right->multiplyWith_ERIdentity3D(this);
@@ -95,6 +90,29 @@ const ERTr3DRevRep* _ERSimilitude3D::operator*(const ERTr3DRevRep* right) const 
 }
 const ERTr3DRevRep* _ERSymetrie3D::operator*(const ERTr3DRevRep* right) const {
     return right->multiplyWith_ERSymetrie3D(this);
+}
+
+// The general product.
+
+const ERTr3DRevRep* ERAnySimilitude3D::multiplyWith_ERTranslation3D(
+    const _ERTranslation3D* left) const {
+    return generalProduct(*left, *this);
+}
+const ERTr3DRevRep* ERAnySimilitude3D::multiplyWith_ERRotation3D(const _ERRotation3D* left) const {
+    return generalProduct(*left, *this);
+}
+const ERTr3DRevRep* ERAnySimilitude3D::multiplyWith_ERWorkplane(const _ERWorkplane* left) const {
+    return generalProduct(*left, *this);
+}
+const ERTr3DRevRep* ERAnySimilitude3D::multiplyWith_ERScaling3D(const _ERScaling3D* left) const {
+    return generalProduct(*left, *this);
+}
+const ERTr3DRevRep* ERAnySimilitude3D::multiplyWith_ERSimilitude3D(
+    const _ERSimilitude3D* left) const {
+    return generalProduct(*left, *this);
+}
+const ERTr3DRevRep* ERAnySimilitude3D::multiplyWith_ERSymetrie3D(const _ERSymetrie3D* left) const {
+    return generalProduct(*left, *this);
 }
 
 // Anything after the identity.
@@ -119,12 +137,12 @@ const ERTr3DRevRep* _ERIdentity3D::multiplyWith_ERSymetrie3D(const _ERSymetrie3D
     return shareable(left);
 }
 
-// After a translation.
+// An isometry after a translation.
 
-// No tolerance here: only an exact null is the identity.
+// No tolerance here: only an exact zero is the identity.
 const ERTr3DRevRep* _ERTranslation3D::multiplyWith_ERTranslation3D(
     const _ERTranslation3D* left) const {
-    const ERPoint3D t = sum(translation_, left->translation_);
+    const ERPoint3D t = translation_ + left->translation_;
     if (t.x() == 0.0 && t.y() == 0.0 && t.z() == 0.0) return GetIdentity();
     return make<_ERTranslation3D>(t);
 }
@@ -134,20 +152,10 @@ const ERTr3DRevRep* _ERTranslation3D::multiplyWith_ERRotation3D(const _ERRotatio
 }
 const ERTr3DRevRep* _ERTranslation3D::multiplyWith_ERWorkplane(const _ERWorkplane* left) const {
     const ERMatrix<double> m = left->getMatrix();
-    return make<_ERWorkplane>(m, sum(m * translation_, left->getTrans()));
-}
-const ERTr3DRevRep* _ERTranslation3D::multiplyWith_ERScaling3D(const _ERScaling3D* left) const {
-    return generalProduct(left, this);
-}
-const ERTr3DRevRep* _ERTranslation3D::multiplyWith_ERSimilitude3D(
-    const _ERSimilitude3D* left) const {
-    return generalProduct(left, this);
-}
-const ERTr3DRevRep* _ERTranslation3D::multiplyWith_ERSymetrie3D(const _ERSymetrie3D* left) const {
-    return generalProduct(left, this);
+    return make<_ERWorkplane>(m, m * translation_ + left->getTrans());
 }
 
-// After a rotation.
+// An isometry after a rotation.
 
 const ERTr3DRevRep* _ERRotation3D::multiplyWith_ERTranslation3D(
     const _ERTranslation3D* left) const {
@@ -159,20 +167,11 @@ const ERTr3DRevRep* _ERRotation3D::multiplyWith_ERRotation3D(const _ERRotation3D
 const ERTr3DRevRep* _ERRotation3D::multiplyWith_ERWorkplane(const _ERWorkplane* left) const {
     return workplane(LinearMap(left->getMatrix()) * LinearMap(matrix_), left->getTrans());
 }
-const ERTr3DRevRep* _ERRotation3D::multiplyWith_ERScaling3D(const _ERScaling3D* left) const {
-    return generalProduct(left, this);
-}
-const ERTr3DRevRep* _ERRotation3D::multiplyWith_ERSimilitude3D(const _ERSimilitude3D* left) const {
-    return generalProduct(left, this);
-}
-const ERTr3DRevRep* _ERRotation3D::multiplyWith_ERSymetrie3D(const _ERSymetrie3D* left) const {
-    return generalProduct(left, this);
-}
 
-// After a workplane.
+// An isometry after a workplane.
 
 const ERTr3DRevRep* _ERWorkplane::multiplyWith_ERTranslation3D(const _ERTranslation3D* left) const {
-    return make<_ERWorkplane>(matrix_, sum(origin_, left->getTrans()));
+    return make<_ERWorkplane>(matrix_, origin_ + left->getTrans());
 }
 const ERTr3DRevRep* _ERWorkplane::multiplyWith_ERRotation3D(const _ERRotation3D* left) const {
     const LinearMap a(left->getMatrix());
@@ -180,82 +179,14 @@ const ERTr3DRevRep* _ERWorkplane::multiplyWith_ERRotation3D(const _ERRotation3D*
 }
 const ERTr3DRevRep* _ERWorkplane::multiplyWith_ERWorkplane(const _ERWorkplane* left) const {
     const LinearMap a(left->matrix_);
-    return workplane(a * LinearMap(matrix_), sum(a(origin_), left->origin_));
-}
-const ERTr3DRevRep* _ERWorkplane::multiplyWith_ERScaling3D(const _ERScaling3D* left) const {
-    return generalProduct(left, this);
-}
-const ERTr3DRevRep* _ERWorkplane::multiplyWith_ERSimilitude3D(const _ERSimilitude3D* left) const {
-    return generalProduct(left, this);
-}
-const ERTr3DRevRep* _ERWorkplane::multiplyWith_ERSymetrie3D(const _ERSymetrie3D* left) const {
-    return generalProduct(left, this);
+    return workplane(a * LinearMap(matrix_), a(origin_) + left->origin_);
 }
 
-// After a scaling.
+// A scaling after a scaling, without tolerance, unlike the reduction.
 
-const ERTr3DRevRep* _ERScaling3D::multiplyWith_ERTranslation3D(const _ERTranslation3D* left) const {
-    return generalProduct(left, this);
-}
-const ERTr3DRevRep* _ERScaling3D::multiplyWith_ERRotation3D(const _ERRotation3D* left) const {
-    return generalProduct(left, this);
-}
-const ERTr3DRevRep* _ERScaling3D::multiplyWith_ERWorkplane(const _ERWorkplane* left) const {
-    return generalProduct(left, this);
-}
-// Without tolerance, unlike the reduction.
 const ERTr3DRevRep* _ERScaling3D::multiplyWith_ERScaling3D(const _ERScaling3D* left) const {
     const double k = left->factor_ * factor_;
     return k == 1.0 ? GetIdentity() : make<_ERScaling3D>(k);
-}
-const ERTr3DRevRep* _ERScaling3D::multiplyWith_ERSimilitude3D(const _ERSimilitude3D* left) const {
-    return generalProduct(left, this);
-}
-const ERTr3DRevRep* _ERScaling3D::multiplyWith_ERSymetrie3D(const _ERSymetrie3D* left) const {
-    return generalProduct(left, this);
-}
-
-// After a symmetry or a general similitude.
-
-const ERTr3DRevRep* _ERSymetrie3D::multiplyWith_ERTranslation3D(
-    const _ERTranslation3D* left) const {
-    return generalProduct(left, this);
-}
-const ERTr3DRevRep* _ERSymetrie3D::multiplyWith_ERRotation3D(const _ERRotation3D* left) const {
-    return generalProduct(left, this);
-}
-const ERTr3DRevRep* _ERSymetrie3D::multiplyWith_ERWorkplane(const _ERWorkplane* left) const {
-    return generalProduct(left, this);
-}
-const ERTr3DRevRep* _ERSymetrie3D::multiplyWith_ERScaling3D(const _ERScaling3D* left) const {
-    return generalProduct(left, this);
-}
-const ERTr3DRevRep* _ERSymetrie3D::multiplyWith_ERSimilitude3D(const _ERSimilitude3D* left) const {
-    return generalProduct(left, this);
-}
-const ERTr3DRevRep* _ERSymetrie3D::multiplyWith_ERSymetrie3D(const _ERSymetrie3D* left) const {
-    return generalProduct(left, this);
-}
-
-const ERTr3DRevRep* _ERSimilitude3D::multiplyWith_ERTranslation3D(
-    const _ERTranslation3D* left) const {
-    return generalProduct(left, this);
-}
-const ERTr3DRevRep* _ERSimilitude3D::multiplyWith_ERRotation3D(const _ERRotation3D* left) const {
-    return generalProduct(left, this);
-}
-const ERTr3DRevRep* _ERSimilitude3D::multiplyWith_ERWorkplane(const _ERWorkplane* left) const {
-    return generalProduct(left, this);
-}
-const ERTr3DRevRep* _ERSimilitude3D::multiplyWith_ERScaling3D(const _ERScaling3D* left) const {
-    return generalProduct(left, this);
-}
-const ERTr3DRevRep* _ERSimilitude3D::multiplyWith_ERSimilitude3D(
-    const _ERSimilitude3D* left) const {
-    return generalProduct(left, this);
-}
-const ERTr3DRevRep* _ERSimilitude3D::multiplyWith_ERSymetrie3D(const _ERSymetrie3D* left) const {
-    return generalProduct(left, this);
 }
 
 }  // namespace kerf

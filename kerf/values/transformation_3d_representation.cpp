@@ -22,7 +22,7 @@ ER_DEFINE_CLASS(_ERScaling3D, ERAnySimilitude3D)
 ER_DEFINE_CLASS(_ERSymetrie3D, ERAnySimilitude3D)
 ER_DEFINE_CLASS(_ERSimilitude3D, ERAnySimilitude3D)
 
-/// What each thread keeps: its identity, with a share of its own, so that no handle deletes it.
+// What each thread keeps: its identity, with a share of its own, so that no handle deletes it.
 class ERTr3DRevRep_ThreadLocalData : public CNoTrackObject {
 public:
     ERTr3DRevRep_ThreadLocalData() : identity(new _ERIdentity3D) { identity->addReference(); }
@@ -41,7 +41,8 @@ constexpr double tolerance = 1e-11;
 CThreadLocal<ERTr3DRevRep_ThreadLocalData> threadIdentity;
 
 // The maps are values with their coefficients inside, so that these stay in registers over a loop.
-// Each takes a point or a vector and gives its image.
+// Each takes a point, a vector or a pole and returns its image. None divides by the weight of a pole,
+// so that a pole of weight 0 has a finite image.
 
 // Runs of a constant length are what the compiler makes vector code of, at the lower optimisation
 // levels too.
@@ -63,47 +64,62 @@ template <class Map>
 void mapPoles(ERVec<ERPole3DH>& poles, Map map) {
     const unsigned int count = poles.length();
     ERPole3DH* const pole = poles.data();
-    for (unsigned int i = 0; i < count; ++i) {
-        const double w = pole[i].weigth();
-        pole[i] = ERPole3DH(map(pole[i].castToPoint()) * w, w);
-    }
+    for (unsigned int i = 0; i < count; ++i) pole[i] = map(pole[i]);
 }
 
-struct Shift {
+struct Translate {
     ERPoint3D t;
     ERPoint3D operator()(const ERPoint3D& p) const {
         return ERPoint3D(p.x() + t.x(), p.y() + t.y(), p.z() + t.z());
     }
     ERVector3D operator()(const ERVector3D& v) const { return v; }
+    ERPole3DH operator()(const ERPole3DH& p) const {
+        return ERPole3DH(p.thePoint() + t * p.weigth(), p.weigth());
+    }
 };
 
-struct ShiftBack {
+struct TranslateBack {
     ERPoint3D t;
     ERPoint3D operator()(const ERPoint3D& p) const {
         return ERPoint3D(p.x() - t.x(), p.y() - t.y(), p.z() - t.z());
     }
     ERVector3D operator()(const ERVector3D& v) const { return v; }
+    ERPole3DH operator()(const ERPole3DH& p) const {
+        return ERPole3DH(p.thePoint() - t * p.weigth(), p.weigth());
+    }
 };
 
-struct Scale {
+// A map without translation: of a pole it maps the weighted coordinates as they are.
+template <class Map>
+struct Linear {
+    Map map;
+    ERPoint3D operator()(const ERPoint3D& p) const { return map(p); }
+    ERVector3D operator()(const ERVector3D& v) const { return ERVector3D(map(ERPoint3D(v))); }
+    ERPole3DH operator()(const ERPole3DH& p) const {
+        return ERPole3DH(map(p.thePoint()), p.weigth());
+    }
+};
+template <class Map>
+Linear(Map) -> Linear<Map>;
+
+struct Multiply {
     double k;
     ERPoint3D operator()(const ERPoint3D& p) const {
         return ERPoint3D(k * p.x(), k * p.y(), k * p.z());
     }
-    ERVector3D operator()(const ERVector3D& v) const {
-        return ERVector3D(k * v.i(), k * v.j(), k * v.k());
-    }
 };
 
-struct ScaleBack {
+struct Divide {
     double k;
     ERPoint3D operator()(const ERPoint3D& p) const {
         return ERPoint3D(p.x() / k, p.y() / k, p.z() / k);
     }
-    ERVector3D operator()(const ERVector3D& v) const {
-        return ERVector3D(v.i() / k, v.j() / k, v.k() / k);
-    }
 };
+
+Linear<LinearMap> rotate(const ERMatrix<double>& matrix) { return {LinearMap(matrix)}; }
+Linear<LinearMap> rotateBack(const ERMatrix<double>& matrix) {
+    return {LinearMap(matrix).transposed()};
+}
 
 template <class First, class... Rest>
 auto inTurn(First first, Rest... rest) {
@@ -112,17 +128,6 @@ auto inTurn(First first, Rest... rest) {
     else
         return [first, then = inTurn(rest...)](const auto& value) { return then(first(value)); };
 }
-
-// The operations of a class on every kind of argument, out of its two maps.
-#define DEFINE_MAPPING(Class, from, to)                                                            \
-    void Class::TransTo(ERVec<ERPole3DH>& poles) const { mapPoles(poles, to); }                    \
-    void Class::TransTo(ERPoint3D* points, unsigned int n) const { mapPoints(points, n, to); }     \
-    void Class::TransTo(ERVector3D& v) const { v = (to)(v); }                                      \
-    void Class::TransTo(ERPoint3D& p) const { p = (to)(p); }                                       \
-    void Class::TransFrom(ERVec<ERPole3DH>& poles) const { mapPoles(poles, from); }                \
-    void Class::TransFrom(ERPoint3D* points, unsigned int n) const { mapPoints(points, n, from); } \
-    void Class::TransFrom(ERVector3D& v) const { v = (from)(v); }                                  \
-    void Class::TransFrom(ERPoint3D& p) const { p = (from)(p); }
 
 bool isNull(const ERPoint3D& p) {
     return std::fabs(p.x()) <= tolerance && std::fabs(p.y()) <= tolerance &&
@@ -148,8 +153,7 @@ const ERTr3DRevRep* simplerThanWorkplane(const ERMatrix<double>& matrix, const E
     return isUnit(matrix) ? new _ERTranslation3D(origin) : nullptr;
 }
 
-// A stored matrix of another shape would be read out of its bounds by nobody, but means nothing
-// either: it becomes the unit matrix.
+// A stored matrix of another shape means nothing: it becomes the unit matrix.
 void restoreMatrix(ERMatrix<double>& matrix, ERFile& file) {
     matrix.restoreGuts(file);
     if (!LinearMap::fits(matrix)) matrix = IdentityMatrix(3);
@@ -167,6 +171,87 @@ ERMatrix<double> ERTr3DRevRep::unscaledMatrix() const {
 
 double ERAnyIsometrie3D::getFactHomo() const { return 1.0; }
 int ERAnyIsometrie3D::isDirect() const { return 1; }
+
+// The maps of each class, from its frame and to it.
+
+struct _ERTranslation3D::Maps {
+    static auto from(const _ERTranslation3D& t) { return Translate{t.translation_}; }
+    static auto to(const _ERTranslation3D& t) { return TranslateBack{t.translation_}; }
+};
+
+struct _ERRotation3D::Maps {
+    static auto from(const _ERRotation3D& t) { return rotate(t.matrix_); }
+    static auto to(const _ERRotation3D& t) { return rotateBack(t.matrix_); }
+};
+
+struct _ERWorkplane::Maps {
+    static auto from(const _ERWorkplane& t) {
+        return inTurn(rotate(t.matrix_), Translate{t.origin_});
+    }
+    static auto to(const _ERWorkplane& t) {
+        return inTurn(TranslateBack{t.origin_}, rotateBack(t.matrix_));
+    }
+};
+
+struct _ERScaling3D::Maps {
+    static auto from(const _ERScaling3D& t) { return Linear{Multiply{t.factor_}}; }
+    static auto to(const _ERScaling3D& t) { return Linear{Divide{t.factor_}}; }
+};
+
+struct _ERSymetrie3D::Maps {
+    static auto from(const _ERSymetrie3D& t) { return rotate(t.matrix_); }
+    static auto to(const _ERSymetrie3D& t) { return rotate(t.matrix_); }
+};
+
+struct _ERSimilitude3D::Maps {
+    static auto from(const _ERSimilitude3D& t) {
+        return inTurn(Linear{Multiply{t.factor_}}, rotate(t.matrix_), Translate{t.translation_});
+    }
+    static auto to(const _ERSimilitude3D& t) {
+        return inTurn(TranslateBack{t.translation_}, rotateBack(t.matrix_),
+                      Linear{Divide{t.factor_}});
+    }
+};
+
+template <class Class, class Base>
+void MappedRepresentation<Class, Base>::TransTo(ERVec<ERPole3DH>& poles) const {
+    mapPoles(poles, Class::Maps::to(static_cast<const Class&>(*this)));
+}
+template <class Class, class Base>
+void MappedRepresentation<Class, Base>::TransTo(ERPoint3D* points, unsigned int n) const {
+    mapPoints(points, n, Class::Maps::to(static_cast<const Class&>(*this)));
+}
+template <class Class, class Base>
+void MappedRepresentation<Class, Base>::TransTo(ERVector3D& v) const {
+    v = Class::Maps::to(static_cast<const Class&>(*this))(v);
+}
+template <class Class, class Base>
+void MappedRepresentation<Class, Base>::TransTo(ERPoint3D& p) const {
+    p = Class::Maps::to(static_cast<const Class&>(*this))(p);
+}
+template <class Class, class Base>
+void MappedRepresentation<Class, Base>::TransFrom(ERVec<ERPole3DH>& poles) const {
+    mapPoles(poles, Class::Maps::from(static_cast<const Class&>(*this)));
+}
+template <class Class, class Base>
+void MappedRepresentation<Class, Base>::TransFrom(ERPoint3D* points, unsigned int n) const {
+    mapPoints(points, n, Class::Maps::from(static_cast<const Class&>(*this)));
+}
+template <class Class, class Base>
+void MappedRepresentation<Class, Base>::TransFrom(ERVector3D& v) const {
+    v = Class::Maps::from(static_cast<const Class&>(*this))(v);
+}
+template <class Class, class Base>
+void MappedRepresentation<Class, Base>::TransFrom(ERPoint3D& p) const {
+    p = Class::Maps::from(static_cast<const Class&>(*this))(p);
+}
+
+template class KERF_DEFINED_INSTANCE MappedRepresentation<_ERTranslation3D, ERAnyIsometrie3D>;
+template class KERF_DEFINED_INSTANCE MappedRepresentation<_ERRotation3D, ERAnyIsometrie3D>;
+template class KERF_DEFINED_INSTANCE MappedRepresentation<_ERWorkplane, ERAnyIsometrie3D>;
+template class KERF_DEFINED_INSTANCE MappedRepresentation<_ERScaling3D, ERAnySimilitude3D>;
+template class KERF_DEFINED_INSTANCE MappedRepresentation<_ERSymetrie3D, ERAnySimilitude3D>;
+template class KERF_DEFINED_INSTANCE MappedRepresentation<_ERSimilitude3D, ERAnySimilitude3D>;
 
 // The identity.
 
@@ -198,8 +283,6 @@ const ERTr3DRevRep* _ERIdentity3D::getReduced() const { return GetIdentity(); }
 
 // Translations.
 
-DEFINE_MAPPING(_ERTranslation3D, Shift{translation_}, ShiftBack{translation_})
-
 const ERTr3DRevRep* _ERTranslation3D::getInverse() const {
     return new _ERTranslation3D(-translation_);
 }
@@ -228,8 +311,6 @@ const ERTr3DRevRep* _ERTranslation3D::getReduced() const {
 // Rotations.
 
 _ERRotation3D::_ERRotation3D() : matrix_(IdentityMatrix(3)) {}
-
-DEFINE_MAPPING(_ERRotation3D, LinearMap(matrix_), LinearMap(matrix_).transposed())
 
 const ERTr3DRevRep* _ERRotation3D::getInverse() const {
     return new _ERRotation3D(LinearMap(matrix_).transposed().asMatrix());
@@ -269,9 +350,6 @@ _ERWorkplane::_ERWorkplane(const _ERRotation3D& rotation, const _ERTranslation3D
 _ERWorkplane::_ERWorkplane(const ERAnyIsometrie3D& isometry)
     : matrix_(isometry.getMatrix()), origin_(isometry.getTrans()) {}
 
-DEFINE_MAPPING(_ERWorkplane, inTurn(LinearMap(matrix_), Shift{origin_}),
-               inTurn(ShiftBack{origin_}, LinearMap(matrix_).transposed()))
-
 const ERTr3DRevRep* _ERWorkplane::getInverse() const {
     const LinearMap transposed = LinearMap(matrix_).transposed();
     return new _ERWorkplane(transposed.asMatrix(), -transposed(origin_));
@@ -305,8 +383,6 @@ const ERTr3DRevRep* _ERWorkplane::getReduced() const {
 
 // Scalings.
 
-DEFINE_MAPPING(_ERScaling3D, Scale{factor_}, ScaleBack{factor_})
-
 const ERTr3DRevRep* _ERScaling3D::getInverse() const { return new _ERScaling3D(1.0 / factor_); }
 ERMatrix<double> _ERScaling3D::getMatrix() const {
     return LinearMap(factor_, 0.0, 0.0, 0.0, factor_, 0.0, 0.0, 0.0, factor_).asMatrix();
@@ -337,8 +413,6 @@ const ERTr3DRevRep* _ERScaling3D::getReduced() const {
 _ERSymetrie3D::_ERSymetrie3D()
     : matrix_(LinearMap(1.0, 0.0, 0.0, 0.0, 1.0, 0.0, 0.0, 0.0, -1.0).asMatrix()) {}
 
-DEFINE_MAPPING(_ERSymetrie3D, LinearMap(matrix_), LinearMap(matrix_))
-
 ERPoint3D _ERSymetrie3D::getTrans() const { return ERPoint3D(); }
 double _ERSymetrie3D::getFactHomo() const { return 1.0; }
 int _ERSymetrie3D::isDirect() const { return determinant(ERLUDecomp(matrix_)) > 0.0 ? 1 : 0; }
@@ -368,12 +442,9 @@ _ERSimilitude3D::_ERSimilitude3D() : matrix_(IdentityMatrix(3)) {}
 _ERSimilitude3D::_ERSimilitude3D(const ERAnySimilitude3D& any)
     : matrix_(any.unscaledMatrix()), translation_(any.getTrans()), factor_(any.getFactHomo()) {}
 
-DEFINE_MAPPING(_ERSimilitude3D, inTurn(Scale{factor_}, LinearMap(matrix_), Shift{translation_}),
-               inTurn(ShiftBack{translation_}, LinearMap(matrix_).transposed(), ScaleBack{factor_}))
-
 const ERTr3DRevRep* _ERSimilitude3D::getInverse() const {
     const LinearMap transposed = LinearMap(matrix_).transposed();
-    return new _ERSimilitude3D(transposed.asMatrix(), -ScaleBack{factor_}(transposed(translation_)),
+    return new _ERSimilitude3D(transposed.asMatrix(), -Divide{factor_}(transposed(translation_)),
                                1.0 / factor_);
 }
 int _ERSimilitude3D::isDirect() const { return determinant(ERLUDecomp(matrix_)) > 0.0 ? 1 : 0; }

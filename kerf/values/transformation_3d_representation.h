@@ -7,9 +7,18 @@
 // part were the unit matrix.
 namespace kerf {
 
-/// Anything with readings M, k, t.
+/// Anything with readings M, k, t. Its products are the general one; a class whose products are
+/// simpler overrides those.
 class KERF_EXPORT ERAnySimilitude3D : public ERTr3DRevRep {
     ER_OBJECT_CLASS(ERAnySimilitude3D);
+
+public:
+    const ERTr3DRevRep* multiplyWith_ERTranslation3D(const _ERTranslation3D* left) const override;
+    const ERTr3DRevRep* multiplyWith_ERRotation3D(const _ERRotation3D* left) const override;
+    const ERTr3DRevRep* multiplyWith_ERWorkplane(const _ERWorkplane* left) const override;
+    const ERTr3DRevRep* multiplyWith_ERScaling3D(const _ERScaling3D* left) const override;
+    const ERTr3DRevRep* multiplyWith_ERSimilitude3D(const _ERSimilitude3D* left) const override;
+    const ERTr3DRevRep* multiplyWith_ERSymetrie3D(const _ERSymetrie3D* left) const override;
 
 protected:
     ERAnySimilitude3D() = default;
@@ -31,52 +40,76 @@ protected:
     ERAnyIsometrie3D& operator=(const ERAnyIsometrie3D&) = default;
 };
 
-// What every class overrides: both directions on each kind of argument (ERVec<ERPoint3D> comes from
-// Base, which has it go through the array form), the copy, the text, the reduced form, and the
-// products, for which the class of each factor names the other (see ERTr3DRevRep).
-#define ER_REPRESENTATION_OPERATIONS(Class, Base)                                                  \
-public:                                                                                            \
-    using Base::TransFrom;                                                                         \
-    using Base::TransTo;                                                                           \
-    void TransTo(ERVec<ERPole3DH>& poles) const override;                                          \
-    void TransTo(ERPoint3D* points, unsigned int n) const override;                                \
-    void TransTo(ERVector3D& v) const override;                                                    \
-    void TransTo(ERPoint3D& p) const override;                                                     \
-    void TransFrom(ERVec<ERPole3DH>& poles) const override;                                        \
-    void TransFrom(ERPoint3D* points, unsigned int n) const override;                              \
-    void TransFrom(ERVector3D& v) const override;                                                  \
-    void TransFrom(ERPoint3D& p) const override;                                                   \
-    Class* getCopy() const override;                                                               \
-    void printOn(std::ostream& os) const override;                                                 \
-    const ERTr3DRevRep* getReduced() const override;                                               \
-    const ERTr3DRevRep* operator*(const ERTr3DRevRep* right) const override;                       \
-    const ERTr3DRevRep* multiplyWith_ERTranslation3D(const _ERTranslation3D* left) const override; \
-    const ERTr3DRevRep* multiplyWith_ERRotation3D(const _ERRotation3D* left) const override;       \
-    const ERTr3DRevRep* multiplyWith_ERWorkplane(const _ERWorkplane* left) const override;         \
-    const ERTr3DRevRep* multiplyWith_ERScaling3D(const _ERScaling3D* left) const override;         \
-    const ERTr3DRevRep* multiplyWith_ERSimilitude3D(const _ERSimilitude3D* left) const override;   \
-    const ERTr3DRevRep* multiplyWith_ERSymetrie3D(const _ERSymetrie3D* left) const override
+/// Both directions on each kind of argument, written once for every Class out of the two maps of
+/// its Class::Maps, which the source defines. The form on ERVec<ERPoint3D> is that of Base, which
+/// goes through the array form.
+template <class Class, class Base>
+class MappedRepresentation : public Base {
+public:
+    using Base::TransFrom;
+    using Base::TransTo;
+    void TransTo(ERVec<ERPole3DH>& poles) const override;
+    void TransTo(ERPoint3D* points, unsigned int n) const override;
+    void TransTo(ERVector3D& v) const override;
+    void TransTo(ERPoint3D& p) const override;
+    void TransFrom(ERVec<ERPole3DH>& poles) const override;
+    void TransFrom(ERPoint3D* points, unsigned int n) const override;
+    void TransFrom(ERVector3D& v) const override;
+    void TransFrom(ERPoint3D& p) const override;
+
+protected:
+    MappedRepresentation() = default;
+    MappedRepresentation(const MappedRepresentation&) = default;
+    MappedRepresentation& operator=(const MappedRepresentation&) = default;
+};
+
+extern template class KERF_DECLARED_INSTANCE
+    MappedRepresentation<_ERTranslation3D, ERAnyIsometrie3D>;
+extern template class KERF_DECLARED_INSTANCE MappedRepresentation<_ERRotation3D, ERAnyIsometrie3D>;
+extern template class KERF_DECLARED_INSTANCE MappedRepresentation<_ERWorkplane, ERAnyIsometrie3D>;
+extern template class KERF_DECLARED_INSTANCE MappedRepresentation<_ERScaling3D, ERAnySimilitude3D>;
+extern template class KERF_DECLARED_INSTANCE MappedRepresentation<_ERSymetrie3D, ERAnySimilitude3D>;
+extern template class KERF_DECLARED_INSTANCE
+    MappedRepresentation<_ERSimilitude3D, ERAnySimilitude3D>;
 
 /// Leaves everything where it is; the operations on arrays do not look at them.
 class KERF_EXPORT _ERIdentity3D : public ERAnyIsometrie3D {
     ER_OBJECT_CLASS(_ERIdentity3D);
-    ER_REPRESENTATION_OPERATIONS(_ERIdentity3D, ERAnyIsometrie3D);
 
 public:
     _ERIdentity3D() = default;
 
+    void TransTo(ERVec<ERPole3DH>& poles) const override;
+    void TransTo(ERPoint3D* points, unsigned int n) const override;
     void TransTo(ERVec<ERPoint3D>& points) const override;
+    void TransTo(ERVector3D& v) const override;
+    void TransTo(ERPoint3D& p) const override;
     int isEqual(const ERTr3D& other) const override;
     const ERTr3DRevRep* getInverse() const override;
+    void TransFrom(ERVec<ERPole3DH>& poles) const override;
     void TransFrom(ERVec<ERPoint3D>& points) const override;
+    void TransFrom(ERPoint3D* points, unsigned int n) const override;
+    void TransFrom(ERVector3D& v) const override;
+    void TransFrom(ERPoint3D& p) const override;
     ERMatrix<double> getMatrix() const override;
     ERPoint3D getTrans() const override;
+
+    _ERIdentity3D* getCopy() const override;
+    void printOn(std::ostream& os) const override;
+    const ERTr3DRevRep* getReduced() const override;
+    const ERTr3DRevRep* operator*(const ERTr3DRevRep* right) const override;
+    const ERTr3DRevRep* multiplyWith_ERTranslation3D(const _ERTranslation3D* left) const override;
+    const ERTr3DRevRep* multiplyWith_ERRotation3D(const _ERRotation3D* left) const override;
+    const ERTr3DRevRep* multiplyWith_ERWorkplane(const _ERWorkplane* left) const override;
+    const ERTr3DRevRep* multiplyWith_ERScaling3D(const _ERScaling3D* left) const override;
+    const ERTr3DRevRep* multiplyWith_ERSimilitude3D(const _ERSimilitude3D* left) const override;
+    const ERTr3DRevRep* multiplyWith_ERSymetrie3D(const _ERSymetrie3D* left) const override;
 };
 
 /// p + t. Vectors stay.
-class KERF_EXPORT _ERTranslation3D : public ERAnyIsometrie3D {
+class KERF_EXPORT _ERTranslation3D
+    : public MappedRepresentation<_ERTranslation3D, ERAnyIsometrie3D> {
     ER_OBJECT_CLASS(_ERTranslation3D);
-    ER_REPRESENTATION_OPERATIONS(_ERTranslation3D, ERAnyIsometrie3D);
 
 public:
     _ERTranslation3D() = default;
@@ -85,18 +118,29 @@ public:
     const ERTr3DRevRep* getInverse() const override;
     ERMatrix<double> getMatrix() const override;
     ERPoint3D getTrans() const override { return translation_; }
+
+    _ERTranslation3D* getCopy() const override;
+    void printOn(std::ostream& os) const override;
+    const ERTr3DRevRep* getReduced() const override;
+    const ERTr3DRevRep* operator*(const ERTr3DRevRep* right) const override;
+    const ERTr3DRevRep* multiplyWith_ERTranslation3D(const _ERTranslation3D* left) const override;
+    const ERTr3DRevRep* multiplyWith_ERRotation3D(const _ERRotation3D* left) const override;
+    const ERTr3DRevRep* multiplyWith_ERWorkplane(const _ERWorkplane* left) const override;
+
     void saveGuts(ERFile& file) const override;
     void restoreGuts(ERFile& file) override;
     ERULong binaryStoreSize() const override;
 
 private:
+    friend class MappedRepresentation<_ERTranslation3D, ERAnyIsometrie3D>;
+    struct Maps;
+
     ERPoint3D translation_;
 };
 
 /// M p, with an orthonormal M of determinant 1.
-class KERF_EXPORT _ERRotation3D : public ERAnyIsometrie3D {
+class KERF_EXPORT _ERRotation3D : public MappedRepresentation<_ERRotation3D, ERAnyIsometrie3D> {
     ER_OBJECT_CLASS(_ERRotation3D);
-    ER_REPRESENTATION_OPERATIONS(_ERRotation3D, ERAnyIsometrie3D);
 
 public:
     _ERRotation3D();  ///< the unit matrix
@@ -105,18 +149,29 @@ public:
     const ERTr3DRevRep* getInverse() const override;
     ERMatrix<double> getMatrix() const override { return matrix_; }
     ERPoint3D getTrans() const override;
+
+    _ERRotation3D* getCopy() const override;
+    void printOn(std::ostream& os) const override;
+    const ERTr3DRevRep* getReduced() const override;
+    const ERTr3DRevRep* operator*(const ERTr3DRevRep* right) const override;
+    const ERTr3DRevRep* multiplyWith_ERTranslation3D(const _ERTranslation3D* left) const override;
+    const ERTr3DRevRep* multiplyWith_ERRotation3D(const _ERRotation3D* left) const override;
+    const ERTr3DRevRep* multiplyWith_ERWorkplane(const _ERWorkplane* left) const override;
+
     void saveGuts(ERFile& file) const override;
     void restoreGuts(ERFile& file) override;
     ERULong binaryStoreSize() const override;
 
 private:
+    friend class MappedRepresentation<_ERRotation3D, ERAnyIsometrie3D>;
+    struct Maps;
+
     ERMatrix<double> matrix_;
 };
 
 /// M p + o: a right-handed frame at o whose axes are the columns of M.
-class KERF_EXPORT _ERWorkplane : public ERAnyIsometrie3D {
+class KERF_EXPORT _ERWorkplane : public MappedRepresentation<_ERWorkplane, ERAnyIsometrie3D> {
     ER_OBJECT_CLASS(_ERWorkplane);
-    ER_REPRESENTATION_OPERATIONS(_ERWorkplane, ERAnyIsometrie3D);
 
 public:
     _ERWorkplane();  ///< the reference frame
@@ -132,43 +187,64 @@ public:
     const ERTr3DRevRep* getInverse() const override;
     ERMatrix<double> getMatrix() const override { return matrix_; }
     ERPoint3D getTrans() const override { return origin_; }
+
+    _ERWorkplane* getCopy() const override;
+    void printOn(std::ostream& os) const override;
+    const ERTr3DRevRep* getReduced() const override;
+    const ERTr3DRevRep* operator*(const ERTr3DRevRep* right) const override;
+    const ERTr3DRevRep* multiplyWith_ERTranslation3D(const _ERTranslation3D* left) const override;
+    const ERTr3DRevRep* multiplyWith_ERRotation3D(const _ERRotation3D* left) const override;
+    const ERTr3DRevRep* multiplyWith_ERWorkplane(const _ERWorkplane* left) const override;
+
     void saveGuts(ERFile& file) const override;
     void restoreGuts(ERFile& file) override;
     ERULong binaryStoreSize() const override;
 
 private:
+    friend class MappedRepresentation<_ERWorkplane, ERAnyIsometrie3D>;
+    struct Maps;
+
     ERMatrix<double> matrix_;
     ERPoint3D origin_;
 };
 
 /// k p. A factor of 0 is legal; TransTo then gives infinities.
-class KERF_EXPORT _ERScaling3D : public ERAnySimilitude3D {
+class KERF_EXPORT _ERScaling3D : public MappedRepresentation<_ERScaling3D, ERAnySimilitude3D> {
     ER_OBJECT_CLASS(_ERScaling3D);
-    ER_REPRESENTATION_OPERATIONS(_ERScaling3D, ERAnySimilitude3D);
 
 public:
     _ERScaling3D() = default;
     explicit _ERScaling3D(double k) : factor_(k) {}
 
     const ERTr3DRevRep* getInverse() const override;
-    /// k times the unit matrix, beside getFactHomo() = k: callers rely on it (see unscaledMatrix).
+    /// Kept: k times the unit matrix, beside getFactHomo() = k: whoever multiplies by both scales
+    /// twice (see unscaledMatrix).
     ERMatrix<double> getMatrix() const override;
     ERPoint3D getTrans() const override;
     double getFactHomo() const override { return factor_; }
     int isDirect() const override;  ///< 1, whatever the sign of the factor
+
+    _ERScaling3D* getCopy() const override;
+    void printOn(std::ostream& os) const override;
+    const ERTr3DRevRep* getReduced() const override;
+    const ERTr3DRevRep* operator*(const ERTr3DRevRep* right) const override;
+    const ERTr3DRevRep* multiplyWith_ERScaling3D(const _ERScaling3D* left) const override;
+
     void saveGuts(ERFile& file) const override;
     void restoreGuts(ERFile& file) override;
     ERULong binaryStoreSize() const override;
 
 private:
+    friend class MappedRepresentation<_ERScaling3D, ERAnySimilitude3D>;
+    struct Maps;
+
     double factor_ = 1.0;
 };
 
 /// M p with an orthonormal M of determinant -1 that is its own inverse: a mirror through the
 /// origin, or the negation of everything.
-class KERF_EXPORT _ERSymetrie3D : public ERAnySimilitude3D {
+class KERF_EXPORT _ERSymetrie3D : public MappedRepresentation<_ERSymetrie3D, ERAnySimilitude3D> {
     ER_OBJECT_CLASS(_ERSymetrie3D);
-    ER_REPRESENTATION_OPERATIONS(_ERSymetrie3D, ERAnySimilitude3D);
 
 public:
     _ERSymetrie3D();  ///< the mirror z = 0
@@ -179,18 +255,27 @@ public:
     ERPoint3D getTrans() const override;
     double getFactHomo() const override;
     int isDirect() const override;
+
+    _ERSymetrie3D* getCopy() const override;
+    void printOn(std::ostream& os) const override;
+    const ERTr3DRevRep* getReduced() const override;
+    const ERTr3DRevRep* operator*(const ERTr3DRevRep* right) const override;
+
     void saveGuts(ERFile& file) const override;
     void restoreGuts(ERFile& file) override;
     ERULong binaryStoreSize() const override;
 
 private:
+    friend class MappedRepresentation<_ERSymetrie3D, ERAnySimilitude3D>;
+    struct Maps;
+
     ERMatrix<double> matrix_;
 };
 
 /// M (k p) + t: the general case.
-class KERF_EXPORT _ERSimilitude3D : public ERAnySimilitude3D {
+class KERF_EXPORT _ERSimilitude3D
+    : public MappedRepresentation<_ERSimilitude3D, ERAnySimilitude3D> {
     ER_OBJECT_CLASS(_ERSimilitude3D);
-    ER_REPRESENTATION_OPERATIONS(_ERSimilitude3D, ERAnySimilitude3D);
 
 public:
     _ERSimilitude3D();  ///< leaves everything where it is
@@ -205,6 +290,11 @@ public:
     double getFactHomo() const override { return factor_; }
     int isDirect() const override;
 
+    _ERSimilitude3D* getCopy() const override;
+    void printOn(std::ostream& os) const override;
+    const ERTr3DRevRep* getReduced() const override;
+    const ERTr3DRevRep* operator*(const ERTr3DRevRep* right) const override;
+
     /// 1 for a 3 by 3 matrix whose determinant is 1 or -1 within 1e-11 and a finite factor other
     /// than 0. That the matrix is orthogonal is not tested.
     int isValid() const override;
@@ -213,11 +303,12 @@ public:
     ERULong binaryStoreSize() const override;
 
 private:
+    friend class MappedRepresentation<_ERSimilitude3D, ERAnySimilitude3D>;
+    struct Maps;
+
     ERMatrix<double> matrix_;
     ERPoint3D translation_;
     double factor_ = 1.0;
 };
-
-#undef ER_REPRESENTATION_OPERATIONS
 
 }  // namespace kerf
