@@ -12,21 +12,13 @@ ER_DEFINE_CLASS(ERTransfo2D, ERObject)
 
 namespace {
 
-const double degreesPerRadian = 57.29577951308232;
+constexpr double degreesPerRadian = 57.29577951308232;
 
-void mapEach(ERVec<ERPoint2D>& points, const auto& map) {
-    const unsigned int count = points.length();
-    ERPoint2D* const first = points.data();
-    for (ERPoint2D* p = first; p != first + count; ++p) *p = map(*p);
-}
-
-void mapEach(ERVec<ERPole2DH>& poles, const auto& map) {
-    const unsigned int count = poles.length();
-    ERPole2DH* const first = poles.data();
-    for (ERPole2DH* pole = first; pole != first + count; ++pole) {
-        const double w = pole->weigth();
-        *pole = ERPole2DH(map(pole->castToPoint()) * w, w);
-    }
+template <class Value>
+void mapEach(ERVec<Value>& values, const auto& map) {
+    const unsigned int count = values.length();
+    Value* const first = values.data();
+    for (Value* value = first; value != first + count; ++value) *value = map(*value);
 }
 
 }  // namespace
@@ -65,11 +57,11 @@ ERTransfo2D ERTransfo2D::Scaling(double ratio) {
 ERTransfo2D ERTransfo2D::Symmetry(ERVector2D axis) {
     const double length = axis.norme();
     const double theta = std::atan2(std::fabs(axis.j()) / length, axis.i() / length);
-    const double turn = -2.0 * theta;
+    const double angle = -2.0 * theta;
     ERTransfo2D t;
-    t.a_ = std::cos(turn);
+    t.a_ = std::cos(angle);
     t.d_ = -t.a_;
-    t.b_ = t.c_ = -std::sin(turn);
+    t.b_ = t.c_ = -std::sin(angle);
     return t;
 }
 
@@ -103,19 +95,26 @@ void ERTransfo2D::TransFrom(ERVec<ERPoint2D>& points) const {
     mapEach(points, [this](const ERPoint2D& p) { return TransFrom(p); });
 }
 
-void ERTransfo2D::TransFrom(ERVec<ERPole2DH>& poles) const {
-    mapEach(poles, [this](const ERPoint2D& p) { return TransFrom(p); });
-}
-
 void ERTransfo2D::TransTo(ERVec<ERPoint2D>& points) const {
     mapEach(points, [inverse = inverseMatrix(), origin = origin_](const ERPoint2D& p) {
         return inverse.TransFrom(p - origin);
     });
 }
 
+// A pole is mapped in its stored coordinates, the translation times the weight. Nothing is divided
+// by the weight, so that a pole of weight 0 has a finite image.
+
+void ERTransfo2D::TransFrom(ERVec<ERPole2DH>& poles) const {
+    mapEach(poles, [this](const ERPole2DH& pole) {
+        const double w = pole.weigth();
+        return ERPole2DH(ERPoint2D(TransFrom(ERVector2D(pole.thePoint()))) + origin_ * w, w);
+    });
+}
+
 void ERTransfo2D::TransTo(ERVec<ERPole2DH>& poles) const {
-    mapEach(poles, [inverse = inverseMatrix(), origin = origin_](const ERPoint2D& p) {
-        return inverse.TransFrom(p - origin);
+    mapEach(poles, [inverse = inverseMatrix(), origin = origin_](const ERPole2DH& pole) {
+        const double w = pole.weigth();
+        return ERPole2DH(inverse.TransFrom(pole.thePoint() - origin * w), w);
     });
 }
 

@@ -14,8 +14,9 @@ class ERPole2DH;
 
 /// A similarity of the plane, with or without a reflection, as a map from its local system to the
 /// reference system: x' = a x + b y + tx, y' = c x + d y + ty.
-/// Failure:  nothing is reported. A singular one gives infinities or NaNs by TransTo and operator~.
-/// Lengths:  of an entity are times factHomo() under TransFrom, over factHomo() under TransTo.
+/// TransFrom multiplies the lengths of an entity by factHomo(), TransTo divides them by it.
+/// Degenerate: a singular one gives infinities or NaNs by TransTo and operator~.
+/// Failure:    nothing is reported.
 class KERF_EXPORT ERTransfo2D : public ERObject {
     ER_OBJECT_CLASS(ERTransfo2D);
 
@@ -32,22 +33,21 @@ public:
 
     static ERTransfo2D rotation(ERRadian angle);  ///< about the origin
     static ERTransfo2D Scaling(double ratio);     ///< about the origin
-    /// The reflection in the line through the origin along `axis`. An axis below the x axis gives
-    /// the reflection of its mirror image above it: the sign of the angle is lost, and callers rely
-    /// on it.
+    /// The reflection in the line through the origin along `axis`.
+    /// Kept: the sign of the axis's angle is lost, so that an axis below the x axis gives the
+    /// reflection of its mirror image above it.
     static ERTransfo2D Symmetry(ERVector2D axis);
 
     /// The map itself; a vector is not translated.
     ERPoint2D TransFrom(const ERPoint2D& p) const;
     ERVector2D TransFrom(const ERVector2D& v) const;
-    /// The inverse map, by the transposed matrix over the determinant. With a reflection this is
-    /// the negative of the true inverse, and callers rely on the sign. The inverse is computed on
-    /// each call.
+    /// The inverse map, by the transposed matrix over the determinant, computed on each call.
+    /// Kept: with a reflection this is the negative of the true inverse.
     ERPoint2D TransTo(const ERPoint2D& p) const;
     ERVector2D TransTo(const ERVector2D& v) const;
 
     /// In place, copying shared vectors first. A pole keeps its weight: its Cartesian point is
-    /// mapped.
+    /// mapped, for a weight of 0 the point at infinity.
     void TransFrom(ERVec<ERPoint2D>& points) const;
     void TransTo(ERVec<ERPoint2D>& points) const;
     void TransFrom(ERVec<ERPole2DH>& poles) const;
@@ -67,8 +67,8 @@ public:
     /// a, b, c, d, tx, ty: 48 bytes.
     void saveGuts(ERFile& file) const override;
     void restoreGuts(ERFile& file) override;
-    /// The matrix alone, less than saveGuts writes. The figure and the layout are both fixed: keep
-    /// such an object inside a class that counts its 48 bytes, not as a record of its own.
+    /// Kept: the size of the matrix alone, less than saveGuts writes. Keep such an object inside a
+    /// class that counts its 48 bytes, not as a record of its own.
     ERULong binaryStoreSize() const override { return 32; }
 
 private:

@@ -47,7 +47,7 @@ void release(const ERTr3DRevRep* rep) {
     if (rep->isOnTheHeap() && rep->removeReference() == 0) delete rep;
 }
 
-// Answers the reduced form in exchange for a held representation.
+// Returns the reduced form in exchange for a held representation.
 const ERTr3DRevRep* reduced(const ERTr3DRevRep* held) {
     const ERTr3DRevRep* const simplest = held->getReduced();
     if (simplest == held) return held;
@@ -70,15 +70,33 @@ Value mappedFrom(const ERPmSimilitude3D& t, const Value& values) {
     return image;
 }
 
+// Of an affine map: the linear part of the weighted coordinates and the translation times the weight.
+// Nothing is divided by the weight, so that a pole of weight 0 has a finite image.
+
+ERPole3DH imageOf(const ERPole3DH& pole, const ERVector3D& linearPart, const ERPoint3D& ofOrigin) {
+    return ERPole3DH(ERPoint3D(linearPart) + ofOrigin * pole.weigth(), pole.weigth());
+}
+
+ERPole3DH poleTo(const ERTr3D& t, const ERPole3DH& pole) {
+    ERVector3D weighted(pole.thePoint());
+    ERPoint3D origin;
+    t.TransTo(weighted);
+    t.TransTo(origin);
+    return imageOf(pole, weighted, origin);
+}
+
+ERPole3DH poleFrom(const ERTr3DRev& t, const ERPole3DH& pole) {
+    ERVector3D weighted(pole.thePoint());
+    ERPoint3D origin;
+    t.TransFrom(weighted);
+    t.TransFrom(origin);
+    return imageOf(pole, weighted, origin);
+}
+
 }  // namespace
 
 void ERTr3D::TransTo(ERVec<ERPole3DH>& poles) const {
-    for (unsigned int i = 0; i < poles.length(); ++i) {
-        const double w = poles[i].weigth();
-        ERPoint3D p = poles[i].castToPoint();
-        TransTo(p);
-        poles[i] = ERPole3DH(p * w, w);
-    }
+    for (ERPole3DH& pole : poles) pole = poleTo(*this, pole);
 }
 
 void ERTr3D::TransTo(ERPoint3D* points, unsigned int n) const {
@@ -90,10 +108,7 @@ void ERTr3D::TransTo(ERVec<ERPoint3D>& points) const { TransTo(points.data(), po
 int ERTr3D::isEqual(const ERTr3D& other) const { return this == &other ? 1 : 0; }
 
 ERPole2DH ERTr3D::Project(const ERPole3DH& pole) const {
-    const double w = pole.weigth();
-    ERPoint3D p = pole.castToPoint();
-    TransTo(p);
-    return ERPole3DH(p * w, w).castToPole2D(Coord3D::CoordZ);
+    return poleTo(*this, pole).castToPole2D(Coord3D::CoordZ);
 }
 
 ERPoint2D ERTr3D::Project(const ERPoint3D& p) const {
@@ -103,12 +118,7 @@ ERPoint2D ERTr3D::Project(const ERPoint3D& p) const {
 }
 
 void ERTr3DRev::TransFrom(ERVec<ERPole3DH>& poles) const {
-    for (unsigned int i = 0; i < poles.length(); ++i) {
-        const double w = poles[i].weigth();
-        ERPoint3D p = poles[i].castToPoint();
-        TransFrom(p);
-        poles[i] = ERPole3DH(p * w, w);
-    }
+    for (ERPole3DH& pole : poles) pole = poleFrom(*this, pole);
 }
 
 void ERTr3DRev::TransFrom(ERVec<ERPoint3D>& points) const {
@@ -268,15 +278,9 @@ ERPmSimilitude3D operator~(const ERPmSimilitude3D& a) { return ERPmSimilitude3D(
 
 ERPmIsometrie3D operator~(const ERPmIsometrie3D& a) { return ERPmIsometrie3D(a.getInverse()); }
 
-ERPole3DH operator<<(const ERPmSimilitude3D& t, const ERPole3DH& pole) {
-    const double w = pole.weigth();
-    return ERPole3DH((t << pole.castToPoint()) * w, w);
-}
+ERPole3DH operator<<(const ERPmSimilitude3D& t, const ERPole3DH& pole) { return poleTo(t, pole); }
 
-ERPole3DH operator>>(const ERPmSimilitude3D& t, const ERPole3DH& pole) {
-    const double w = pole.weigth();
-    return ERPole3DH((t >> pole.castToPoint()) * w, w);
-}
+ERPole3DH operator>>(const ERPmSimilitude3D& t, const ERPole3DH& pole) { return poleFrom(t, pole); }
 
 ERVec<ERPoint3D> operator<<(const ERPmSimilitude3D& t, const ERVec<ERPoint3D>& points) {
     return mappedTo(t, points);
