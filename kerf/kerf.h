@@ -75,3 +75,4 @@
 #include "kerf/values/transformation_2d.h"
 #include "kerf/values/transformation_3d.h"
 #include "kerf/values/transformation_3d_representation.h"
+#include "kerf/values/transformed_entity.h"
