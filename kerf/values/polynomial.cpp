@@ -39,13 +39,6 @@ double derivationFactor(unsigned int k, unsigned int order) {
     return factor;
 }
 
-double horner(const double* c, unsigned int n, double x) {
-    if (n == 0) return 0.0;
-    double value = c[n - 1];
-    for (unsigned int i = n - 1; i-- > 0;) value = value * x + c[i];
-    return value;
-}
-
 }  // namespace
 
 template <class Polynomial, class Coefficients>
@@ -102,7 +95,7 @@ void ERPolynome::reduce(double tol) {
 }
 
 double ERPolynome::evaluate(double x) const {
-    return horner(coefficients_.data(), coefficients_.length(), x);
+    return evaluatePolynomial(coefficients_.data(), coefficients_.length(), x);
 }
 
 ERPolynome ERPolynome::operator()(const ERPolynome& inner) const {
@@ -193,10 +186,10 @@ double ERPolynome2Var::evaluate(double u, double v) const {
     const unsigned int rows = coefficients_.rows(), cols = coefficients_.cols();
     if (rows == 0) return 0.0;
     const double* row = coefficients_.data() + (rows - 1) * cols;
-    double value = horner(row, cols, v);
+    double value = evaluatePolynomial(row, cols, v);
     for (unsigned int i = rows - 1; i-- > 0;) {
         row -= cols;
-        value = value * u + horner(row, cols, v);
+        value = value * u + evaluatePolynomial(row, cols, v);
     }
     return value;
 }

@@ -12,7 +12,7 @@
 // Polynomials in the power basis, and their real roots on an interval.
 namespace kerf {
 
-enum polyConstruct { polyDegree };  ///< a polynomial of given degree, all coefficients 0
+enum polyConstruct { polyDegree };  ///< a polynomial of given degree, all coefficients zero
 enum polyValue { polyConstant };    ///< a polynomial of degree 0 with a given value
 
 /// What polynomials have in common whatever the number of their variables: the operations on all
@@ -34,7 +34,8 @@ public:
         return quotient;
     }
 
-    /// As many coefficients and equal ones, exactly: one more, null coefficient makes a difference.
+    /// As many coefficients and equal ones, exactly: a further coefficient of zero makes a
+    /// difference.
     friend bool operator==(const Polynomial& a, const Polynomial& b) {
         return a.coefficients_ == b.coefficients_;
     }
@@ -70,6 +71,14 @@ private:
     Polynomial& addMultipleOf(const Polynomial& other, double factor);
 };
 
+/// The value at x of the polynomial with n coefficients c[0], c[1] ..., by Horner's scheme; 0 for none.
+inline double evaluatePolynomial(const double* c, unsigned int n, double x) {
+    if (n == 0) return 0.0;
+    double value = c[n - 1];
+    for (unsigned int i = n - 1; i-- > 0;) value = value * x + c[i];
+    return value;
+}
+
 class ERPolynome;
 class ERPolynome2Var;
 extern template class KERF_DECLARED_INSTANCE PolynomialBase<ERPolynome, ERVec<double>>;
@@ -77,11 +86,11 @@ extern template class KERF_DECLARED_INSTANCE PolynomialBase<ERPolynome2Var, ERMa
 
 /// A polynomial p(x) = c[0] + c[1] x + ... in one variable.
 ///
-/// Degree:  that of the last coefficient stored, null or not; only reduce() drops any, so a sum
-///          has the larger of both degrees and a product their sum. Without any coefficient the
-///          polynomial is 0 and its degree 0.
-/// Checks:  the index of a coefficient is the caller's duty.
-/// Sharing, failure, threads: as for ERVec; a copy costs one increment.
+/// The degree is that of the last coefficient stored, zero or not; only reduce() drops any, so a sum
+/// has the larger of both degrees and a product their sum. Sharing and threads are those of ERVec: a
+/// copy costs one increment.
+/// Parameter:  the index of a coefficient is the caller's duty.
+/// Degenerate: without any coefficient the polynomial is zero and its degree 0.
 class KERF_EXPORT ERPolynome : public PolynomialBase<ERPolynome, ERVec<double>> {
 public:
     ERPolynome() = default;  ///< no coefficient
@@ -116,7 +125,7 @@ public:
     using PolynomialBase::operator*=;
     ERPolynome& operator*=(const ERPolynome& other);
 
-    /// The derivative of that order; beyond the degree it is the constant 0.
+    /// The derivative of that order; above the degree it is the constant 0.
     ERPolynome getDerived(unsigned int order) const;
 
 private:
@@ -186,16 +195,18 @@ private:
 };
 
 // Real roots, limits included. Tolerances are absolute: they suit coefficients of the order of 1.
-// The two methods differ on multiple roots, and callers rely on which one they get.
+// There are two methods, which differ on multiple roots.
 
 /// The real roots by a general method for complex roots, each as often as its multiplicity and in
-/// the order of that method. Leading coefficients up to 1e-10 count as null, and a polynomial left
-/// without a degree has no roots. A multiple root that comes out with an imaginary part is missing.
+/// the order of that method.
+/// Tolerance: a leading coefficient up to 1e-10 counts as zero; without a degree left there is no
+///            root.
+/// Kept:      a multiple root that comes out with an imaginary part is missing.
 KERF_EXPORT ERVec<double> Zeros1(const ERPolynome& p, const ERLimites& limits);
 
-/// Replaces roots by the result of Zeros1 and answers their count. A stored degree of 0 is a
-/// constant: -1 as unsigned when it is exactly 0, else 0, with roots empty. Null coefficients of a
-/// higher degree make no constant, and give 0.
+/// Replaces roots by the result of Zeros1 and returns their count. A stored degree of 0 is a
+/// constant: -1 as unsigned when it is exactly 0, else 0, with roots empty.
+/// Kept: coefficients of zero and a degree above 0 make no constant, and give 0.
 KERF_EXPORT unsigned int Zeros(const ERPolynome& p, const ERLimites& limits, ERVec<double>& roots);
 /// The same as Zeros with an output.
 KERF_EXPORT unsigned int ZerosMethode1(const ERPolynome& p, const ERLimites& limits,
@@ -203,13 +214,23 @@ KERF_EXPORT unsigned int ZerosMethode1(const ERPolynome& p, const ERLimites& lim
 
 /// The real roots in ascending order, each once, by Newton's method between the roots of the
 /// derivative, which come from those of the next one.
-/// Null values:  where |p| is at most 1e-11 a root of the derivative, or a limit, is a root.
-/// Searches:     elsewhere a product below 1e-9 of the values at both ends opens a search, be it
-///               positive: what lies in the interval when Newton's method ends is a root, converged
-///               or not, and callers rely on nearly double roots being found so.
-/// Misses:       an interval that Newton's method leaves from its middle and from both ends gives
-///               no root. In a derivative that hides an extremum of p, and both roots beside it.
-/// A constant 0 has the limits as roots.
+/// Tolerance:  where |p| is at most 1e-11 a root of the derivative, or a limit, is a root.
+///             Elsewhere a product below 1e-9 of the values at both ends of an interval opens a
+///             search, from the middle, then from each end. A search that does not leave its start
+///             has failed.
+/// Degenerate: the constant 0 has the limits as roots.
+/// Kept:       the product may be positive, and what a search ends with inside its interval is a
+///             root, converged or not: two roots are found where p comes near zero and has none.
+/// Kept:       an interval that all three searches leave gives no root. In a derivative that hides
+///             an extremum of p, and both roots beside it.
 KERF_EXPORT ERVec<double> Zeros(const ERPolynome& p, const ERLimites& limits);
+
+/// The same for n coefficients c[0], c[1] ..., without any memory but the caller's.
+/// Parameter: `roots` has room for rootsRoom(n) numbers and `work` for rootsWork(n).
+/// Returns:   the number of roots.
+KERF_EXPORT unsigned int Zeros(const double* c, unsigned int n, const ERLimites& limits,
+                               double* roots, double* work);
+constexpr unsigned int rootsRoom(unsigned int n) { return n + 2; }
+constexpr unsigned int rootsWork(unsigned int n) { return n * (n + 1) / 2 + 2; }
 
 }  // namespace kerf

@@ -1,5 +1,4 @@
 #include <cmath>
-#include <utility>
 
 #include "kerf/numerics/complex_roots.h"
 #include "kerf/values/polynomial.h"
@@ -25,77 +24,94 @@ constexpr unsigned int everywhere = 0xFFFFFFFF;
 
 bool isNull(double value) { return std::fabs(value - 0.0) <= nullValue; }
 
-// Looks for a root in [a, b] by Newton's method, from the middle, then from each end.
-bool findRoot(ERNewtonSSolver& solver, double a, double b, double& root) {
+// p(x) = 0 for the coefficients of p and of its derivative.
+class Equation : public ERCNewtonS {
+public:
+    Equation(const double* p, const double* derivative, unsigned int degree)
+        : p_(p), derivative_(derivative), degree_(degree) {}
+    double f(double x) override { return evaluatePolynomial(p_, degree_ + 1, x); }
+    double fprime(double x) override { return evaluatePolynomial(derivative_, degree_, x); }
+
+private:
+    const double* p_;
+    const double* derivative_;
+    unsigned int degree_;
+};
+
+// Looks for a root in [a, b] by Newton's method, from the middle, then from each end. A start where
+// the derivative is zero and no step can be made is no root on that account. (A step too small to
+// change x is another matter: it converges, at a root whose value may be all rounding.)
+bool findRoot(ERNewtonSSolver& solver, Equation& p, double a, double b, double& root) {
     const ERLimites interval(a, b);
     for (const double start : {(a + b) * 0.5, a, b}) {
         root = start;
         solver.Resoudre(root, newtonTolerance);
+        if (solver.GetIterations() == 0 && !isNull(p.f(start))) continue;
         if (interval.inBound(root)) return true;
     }
     return false;
 }
 
-// A list of values whose room is made once.
+// A list of values in the caller's array.
 class ValueList {
 public:
-    explicit ValueList(unsigned int room) : values_(room), elements_(values_.data()) {}
+    explicit ValueList(double* room) : values_(room) {}
 
     void clear() { count_ = 0; }
-    void append(double value) {
-        KERF_CHECK_ARGUMENT(count_ < values_.length());
-        elements_[count_++] = value;
-    }
+    void append(double value) { values_[count_++] = value; }
     void appendNew(double value) {
-        if (count_ == 0 || value != elements_[count_ - 1]) append(value);
+        if (count_ == 0 || value != values_[count_ - 1]) append(value);
     }
 
-    const double* begin() const { return elements_; }
-    const double* end() const { return elements_ + count_; }
-
-    // The values as a vector, after which nothing more can be appended.
-    const ERVec<double>& finish() {
-        values_.troncat(count_);
-        return values_;
-    }
+    unsigned int count() const { return count_; }
+    const double* begin() const { return values_; }
+    const double* end() const { return values_ + count_; }
 
 private:
-    ERVec<double> values_;
-    double* elements_;
+    double* values_;
     unsigned int count_ = 0;
 };
 
 // The limits, and in between what lies there of the given values.
-void makeJoints(const ERLimites& limits, const ValueList& inner, ValueList& joints) {
-    joints.clear();
-    joints.append(limits.start());
+void makeBreakpoints(const ERLimites& limits, const ValueList& inner, ValueList& breakpoints) {
+    breakpoints.clear();
+    breakpoints.append(limits.start());
     for (const double value : inner)
-        if (limits.strictlyInBound(value)) joints.append(value);
-    joints.append(limits.end());
+        if (limits.strictlyInBound(value)) breakpoints.append(value);
+    breakpoints.append(limits.end());
 }
 
-// The roots of p between consecutive joints, which hold all roots of its derivative in their range.
-void findRoots(const ValueList& joints, const ERPolynome& p, const ERPolynome& derivative,
-               ValueList& roots) {
-    ERCNewtonSPolynome equation(p, derivative);
-    ERNewtonSSolver solver(&equation, newtonEpsilon, newtonIterations);
+// The roots of p between consecutive breakpoints, which hold all roots of its derivative in their
+// range.
+void findRoots(const ValueList& breakpoints, Equation& p, ValueList& roots) {
+    ERNewtonSSolver solver(&p, newtonEpsilon, newtonIterations);
     solver.skipRounds();
     roots.clear();
-    double a = *joints.begin();
-    double valueA = p.evaluate(a);
+    double a = *breakpoints.begin();
+    double valueA = p.f(a);
     if (isNull(valueA)) roots.appendNew(a);
-    for (const double* joint = joints.begin() + 1; joint != joints.end(); ++joint) {
-        const double b = *joint;
-        const double valueB = p.evaluate(b);
+    for (const double* next = breakpoints.begin() + 1; next != breakpoints.end(); ++next) {
+        const double b = *next;
+        const double valueB = p.f(b);
         if (isNull(valueB)) {
             roots.appendNew(b);
         } else if (!isNull(valueA) && valueA * valueB < searchedProduct) {
             double root;
-            if (findRoot(solver, a, b, root)) roots.appendNew(root);
+            if (findRoot(solver, p, a, b, root)) roots.appendNew(root);
         }
         a = b;
         valueA = valueB;
     }
+}
+
+// No derivative is searched, which would test the limits.
+void findLinearRoots(const double* c, unsigned int n, const ERLimites& limits, ValueList& roots) {
+    if (isNull(evaluatePolynomial(c, n, limits.start()))) roots.append(limits.start());
+    if (n == 2) {
+        const double root = -c[0] / c[1];
+        if (limits.strictlyInBound(root)) roots.appendNew(root);
+    }
+    if (isNull(evaluatePolynomial(c, n, limits.end()))) roots.appendNew(limits.end());
 }
 
 }  // namespace
@@ -133,31 +149,42 @@ unsigned int ZerosMethode1(const ERPolynome& p, const ERLimites& limits, ERVec<d
     return Zeros(p, limits, roots);
 }
 
+// An interval has one root at most, so that each derivative adds one breakpoint at most to the three
+// that the first one may have: n + 1 in the end.
+unsigned int Zeros(const double* c, unsigned int n, const ERLimites& limits, double* roots,
+                   double* work) {
+    ValueList found(roots);
+    if (n <= 2) {
+        findLinearRoots(c, n, limits, found);
+        return found.count();
+    }
+
+    // The derivatives one after the other, of n - 1, n - 2 ... 2 coefficients.
+    const double* p = c;
+    for (unsigned int count = n; count > 2; --count) {
+        for (unsigned int i = 1; i < count; ++i) work[i - 1] = i * p[i];
+        p = work;
+        work += count - 1;
+    }
+    ValueList breakpoints(work);
+    found.append(-p[0] / p[1]);
+    const double* derivative = p;
+    for (unsigned int degree = 2; degree < n; ++degree) {
+        p = degree == n - 1 ? c : derivative - (degree + 1);
+        makeBreakpoints(limits, found, breakpoints);
+        Equation equation(p, derivative, degree);
+        findRoots(breakpoints, equation, found);
+        derivative = p;
+    }
+    return found.count();
+}
+
 ERVec<double> Zeros(const ERPolynome& p, const ERLimites& limits) {
-    const ERTValVector<ERPolynome> derivatives = getAllDerivate(p);
-    const unsigned int n = p.degree();
-
-    // An interval has one root at most, so that each derivative adds one joint at most to the three
-    // that the first one may have.
-    ValueList roots(n + 2);
-    ValueList joints(n + 2);
-    if (n > 0) {
-        const ERPolynome& linear = derivatives[n - 1];
-        roots.append(-linear[0] / linear[1]);
-    }
-    for (unsigned int k = n; k-- > 1;) {
-        makeJoints(limits, roots, joints);
-        findRoots(joints, derivatives[k - 1], derivatives[k], roots);
-    }
-    if (n > 1) return roots.finish();
-
-    // No derivative was searched, which would have tested the limits.
-    ValueList result(n + 2);
-    if (isNull(p.evaluate(limits.start()))) result.append(limits.start());
-    for (const double root : roots)
-        if (limits.strictlyInBound(root)) result.appendNew(root);
-    if (isNull(p.evaluate(limits.end()))) result.appendNew(limits.end());
-    return result.finish();
+    const unsigned int n = p.coefficients().length();
+    ERVec<double> roots(rootsRoom(n));
+    ERVec<double> work(rootsWork(n));
+    roots.troncat(Zeros(p.coefficients().data(), n, limits, roots.data(), work.data()));
+    return roots;
 }
 
 }  // namespace kerf
