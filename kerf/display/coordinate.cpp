@@ -12,7 +12,7 @@ constexpr double degreesPerRadian = 57.29577951308232;
 
 double radians(double degrees) { return degrees * 3.141592653589793 / 180.0; }
 
-/// The direction of (x, y) in degrees.
+// The direction of (x, y) in degrees.
 double angleOf(double x, double y) { return std::atan2(y, x) * degreesPerRadian; }
 
 double length(double x, double y, double z) {
@@ -35,8 +35,8 @@ bool countsAsQuarterTurn(double degrees) {
     return std::trunc(fromQuarter / 180.0) * 180.0 == std::trunc(fromQuarter);
 }
 
-/// A vector with tan a = k / j, tan b = i / k and tan c = j / i, built from its largest component
-/// so that no quotient is above 1 but by rounding.
+// A vector with tan a = k / j, tan b = i / k and tan c = j / i, built from its largest component
+// so that no quotient is above 1 but by rounding.
 ERVector3D alongTangents(double ta, double tb, double tc) {
     const double iOverJ = tb * ta;
     const double jOverK = tc * tb;

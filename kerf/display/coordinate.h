@@ -69,8 +69,8 @@ KERF_EXPORT CArchive& operator>>(CArchive& archive, Coordinate& c);
 
 // The forms of a point: Cartesian x, y, z; cylindrical angle, radius, z; spherical angle,
 // elevation, radius. The angle is that of (x, y) from the x axis, in [-180, 180]; the elevation
-// that above the plane z = 0, in [-90, 90], 0 for the origin. On the way back angles and radii may
-// have any value.
+// that above the plane z = 0, in [-90, 90], 0 for the origin. In the other direction angles and radii
+// may have any value.
 
 KERF_EXPORT Coordinate Cartesian2Cylindrical(const Coordinate& c);
 KERF_EXPORT Coordinate Cylindrical2Cartesian(const Coordinate& c);
@@ -84,15 +84,16 @@ KERF_EXPORT Coordinate Spherical2Cartesian(const Coordinate& c);
 KERF_EXPORT Coordinate IJK2IJK(const Coordinate& c);
 
 /// A from y to z, B from z to x, C from x to y; the vector may have any length. An angle whose two
-/// components are zeros is 0.
+/// components are zero is 0.
 KERF_EXPORT Coordinate IJK2ABC(const Coordinate& c);
 
-/// The unit vector of three angles: the inverse of IJK2ABC but for two habits that callers rely on.
-/// An angle counts as 90 modulo 180 when int((angle - 90) / 180) * 180 == int(angle - 90), so that
-/// fractions of a degree are lost: 89.5 and 90.5 count, -90.5 does and -89.5 does not. The first of
-/// A, B and C that counts gives (sin B, 0, cos B), (cos C, sin C, 0) or (0, cos A, sin A). When
-/// none counts, the vector is turned round unless the A of the result has the sign of the A given:
-/// an A of 0, or beyond half a turn, can give the opposite vector.
+/// The unit vector of three angles: the inverse of IJK2ABC but for what is kept.
+/// Kept: an angle counts as 90 modulo 180 when int((angle - 90) / 180) * 180 == int(angle - 90), so
+///       that fractions of a degree are lost: 89.5 and 90.5 count, -90.5 does and -89.5 does not.
+///       The first of A, B and C that counts gives (sin B, 0, cos B), (cos C, sin C, 0) or
+///       (0, cos A, sin A).
+/// Kept: when none counts, the vector is negated unless the A of the result has the sign of the A
+///       given: an A of 0, or above 180, can give the opposite vector.
 KERF_EXPORT Coordinate ABC2IJK(const Coordinate& c);
 
 /// (azimuth, elevation, 1), the two angles as in the spherical form.

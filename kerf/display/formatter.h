@@ -27,11 +27,11 @@ extern KERF_EXPORT int coordFormator_Version;
 /// This class is the formatter of three plain numbers: one choice, three lines without dimension or
 /// labels, every conversion a copy. What a derived class does not redefine is as told here.
 ///
+/// The texts 953 to 960 of the labels belong to the application. They are loaded once, when the first
+/// label of a point or a direction is asked for; a text that cannot be loaded then stays empty.
 /// Failure: GetPrefix, GetPrefixString and GetPrefixStringToolTip throw CInvalidArgException.
 ///          Everything else takes any choice: one that the formatter lacks converts by copying and
 ///          has three lines, no dimension and no labels.
-/// Labels:  texts 953 to 960 belong to the application. They are loaded once, when the first label
-///          of a point or a direction is asked for; a text that cannot be loaded then stays empty.
 class KERF_EXPORT coordFormator {
 public:
     coordFormator() = default;
@@ -41,7 +41,7 @@ public:
     /// c, in form `from`, in form `to`. Equal forms copy.
     virtual Coordinate ConvertFromTo(const Coordinate& c, int from, int to);
     virtual int NumberOfChoice() const;
-    /// Answers the former choice. Any number is taken.
+    /// Returns the former choice. Any number is taken.
     virtual int SetCurrentChoice(int choice);
     virtual int GetNumberOfLineForChoice(int choice) const;
     virtual kerfUnitType GetDimension(int line, int choice);
@@ -61,7 +61,7 @@ public:
     virtual void Serialize(CArchive& archive);
 
     /// A tolerance, line by line, from the internal form to the current choice, and back. The
-    /// double forms convert a value that stands on all three lines and answer the first.
+    /// double forms convert a value that stands on all three lines and return the first.
     virtual Coordinate TolToDisplay(const Coordinate& c);
     virtual double TolToDisplay(double value);
     virtual Coordinate TolFromDisplay(const Coordinate& c);
@@ -111,7 +111,7 @@ public:
     Coordinate TransTo(const ERPmIsometrie3D& t, const Coordinate& c) override;
 };
 
-/// Displacements: a change of frame turns them and does not move them.
+/// Displacements: a change of frame rotates them; the translation does not act on them.
 class KERF_EXPORT coordFormatorDelta3D : public coordFormatorCartesian3D {
 public:
     Coordinate TransFrom(const ERPmIsometrie3D& t, const Coordinate& c) override;
@@ -134,8 +134,8 @@ public:
     /// From radians to degrees on the lines that are angles.
     Coordinate TolToDisplay(const Coordinate& c) override;
     using coordFormator::TolToDisplay;
-    /// Not the inverse: choices 0 and 1 answer the tolerance as it stands, in degrees under choice
-    /// 1, and choice 2 answers zeros. Callers rely on all three.
+    /// Kept: not the inverse: choices 0 and 1 return the tolerance as it stands, in degrees under
+    /// choice 1, and choice 2 returns zeros.
     Coordinate TolFromDisplay(const Coordinate& c) override;
     using coordFormator::TolFromDisplay;
     bool IsDefaultValue(const Coordinate& c) const override;

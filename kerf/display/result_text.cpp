@@ -85,8 +85,8 @@ std::string load(unsigned int number) {
     return text;
 }
 
-/// A printf format of one double, with text around it, as a pattern for formatMessage, which checks
-/// what it prints: formats may come from the application.
+// A printf format of one double, with text around it, as a pattern for formatMessage, which checks
+// what it prints: formats may come from the application.
 std::optional<std::string> asMessagePattern(const std::string& printfFormat) {
     const std::size_t percent = printfFormat.find('%');
     if (percent == printfFormat.npos) return std::nullopt;
@@ -99,7 +99,7 @@ std::optional<std::string> asMessagePattern(const std::string& printfFormat) {
            printfFormat.substr(conversion + 1);
 }
 
-/// Gathers the inserts of a result, numbers as text.
+// Gathers the inserts of a result, numbers as text.
 class ResultInserts {
 public:
     ResultInserts()

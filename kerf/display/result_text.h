@@ -4,7 +4,7 @@
 #include "kerf/values/point.h"
 
 // The library's own texts: labels of measured features and the formats of their results. An
-// application translates any of them by answering its number from its own string source.
+// application translates any of them by giving its own text for the number (see setStringSource).
 namespace kerf {
 
 /// The numbers of the texts, for CString::LoadString.

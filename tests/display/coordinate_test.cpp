@@ -11,15 +11,6 @@ namespace {
 
 using namespace test;
 
-TEST(Coordinate, IsOneStorageWhateverItIsSeenAs) {
-    Coordinate c(0, 3, 4);
-    c.AsPoint3D().x() = 12.0;
-    c.AsVector3D().normalize();
-    EXPECT_EQ(c.AsPoint3D(), ERPoint3D(12.0 / 13.0, 3.0 / 13.0, 4.0 / 13.0));
-    c.Init(ERVector3D(5, 5, std::nextafter(5.0, 6.0)));
-    EXPECT_FALSE(c == 5.0);
-}
-
 // Published values: ERFA (BSD-3-Clause), src/t_erfa_c.c, tests of p2s, s2p and s2c; the angles, in
 // radians there, recomputed in degrees. Then known points.
 TEST(CoordinateConversion, GivesPublishedAndKnownForms) {
@@ -41,20 +32,6 @@ TEST(CoordinateConversion, GivesPublishedAndKnownForms) {
     }
 }
 
-// Oracle: the inverse. The error is that of an angle of at most 180 degrees: some units in the last
-// place of 180, in radians, times the length.
-TEST(CoordinateConversion, ComesBackFromEveryForm) {
-    for (const ERVector3D& v : gridDirections()) {
-        for (const double size : {1.7e-6, 1.0, 3e5}) {
-            const Coordinate c(size * v.i(), size * v.j(), size * v.k()), unit = IJK2IJK(c);
-            expectNear(Cylindrical2Cartesian(Cartesian2Cylindrical(c)), c, 2e-14 * size);
-            expectNear(Spherical2Cartesian(Cartesian2Spherical(c)), c, 2e-14 * size);
-            expectNear(AZ_EL2IJK(IJK2AZ_EL(c)), unit, 4e-15);
-            expectNear(ABC2IJK(IJK2ABC(c)), unit, 1e-14);
-        }
-    }
-}
-
 // int(-0.5) and int(0.9) are both 0, so an angle within a degree of 90 counts as 90. Below -90 the
 // rule reaches one degree too, above -90 it does not.
 TEST(Abc2Ijk, LosesFractionsOfADegreeNearARightAngleAndComparesSignsAsGiven) {
@@ -65,7 +42,7 @@ TEST(Abc2Ijk, LosesFractionsOfADegreeNearARightAngleAndComparesSignsAsGiven) {
     const Coordinate above(1, std::tan(0.5 / 180.0 * pi), -1);
     expectNear(ABC2IJK(IJK2ABC(above)), IJK2IJK(above), 1e-12);
 
-    // The sign of an angle beyond half a turn is that of the number.
+    // The sign of an angle above 180 is that of the number.
     const Coordinate abc = IJK2ABC({1, -2, -3});
     expectNear(ABC2IJK({abc[0] + 360.0, abc[1], abc[2]}), IJK2IJK({-1, 2, 3}));
     expectNear(ABC2IJK({0, 0, 0}), {0, 0, -1}, 0.0);
@@ -94,14 +71,30 @@ TEST_F(FormatterTest, ConvertsBetweenTheFormsWithTheirDimensions) {
     EXPECT_EQ(direction.GetDimension(2, 1), kerfUnitType::angle);
     const double root = std::sqrt(2.0);
     const Coordinate place[] = {{1, 1, -root}, {45, root, -root}, {45, -45, 2}};
-    const Coordinate turn[] = {{0.5, 0.5, -root / 2}, IJK2ABC(place[0]), {45, -45, 1}};
+    const Coordinate directions[] = {{0.5, 0.5, -root / 2}, IJK2ABC(place[0]), {45, -45, 1}};
     for (coordFormator* formatter : derived) {
-        const Coordinate* const forms = formatter == &direction ? turn : place;
+        const Coordinate* const forms = formatter == &direction ? directions : place;
         for (int i = 0; i < 9; ++i)
             expectNear(formatter->ConvertFromTo(forms[i / 3], i / 3, i % 3), forms[i % 3], 3e-14);
     }
     // What is typed in for a direction always comes back with length 1.
     expectNear(direction.FromDisplay({3, 0, 4}), {0.6, 0, 0.8}, 1e-16);
+}
+
+TEST_F(FormatterTest, OfNoKindCopiesThreePlainNumbers) {
+    coordFormator plain;
+    const Coordinate c(1, 2, 3);
+    const ERPmIsometrie3D t = ERTranslation3D(ERPoint3D(10, 20, 30));
+    for (const Coordinate& copy :
+         {plain.ConvertFromTo(c, 0, 2), plain.TolToDisplay(c), plain.TolFromDisplay(c),
+          plain.FromDisplay(1, 2, 3), plain.TransFrom(t, c), plain.TransTo(t, c)})
+        expectNear(copy, c, 0.0);
+    EXPECT_EQ(plain.NumberOfChoice(), 1);
+    EXPECT_EQ(plain.GetNumberOfLineForChoice(2), 3);
+    EXPECT_EQ(plain.GetDimension(0, 0), kerfUnitType::none);
+    EXPECT_TRUE(plain.GetChoicesString().IsEmpty());
+    EXPECT_TRUE(plain.IsDefaultValue({}));
+    EXPECT_FALSE(plain.IsDefaultValue({0, 0, 1}));
 }
 
 TEST_F(FormatterTest, TakesChoicesThatItLacks) {
@@ -127,14 +120,14 @@ TEST_F(FormatterTest, ConvertsTheTolerancesOfDirectionsOneWayOnly) {
     EXPECT_EQ(direction.TolFromDisplay(0.1), 0.0);
 }
 
-TEST_F(FormatterTest, MovesPointsTurnsTheRestAndScalesLengthsOnly) {
-    // A quarter turn about z, then the translation.
+TEST_F(FormatterTest, TranslatesPointsAloneAndScalesLengthsAlone) {
+    // A right angle about z, then the translation.
     const ERPmIsometrie3D t =
         ERTranslation3D(ERPoint3D(10, 20, 30)) * ERRotation3D(Coord3D::CoordZ, pi / 2);
-    const Coordinate c(1, 2, 3), moved(8, 21, 33), turned(-2, 1, 3), twice(2, 4, 6);
+    const Coordinate c(1, 2, 3), moved(8, 21, 33), rotated(-2, 1, 3), twice(2, 4, 6);
     for (coordFormator* formatter : derived) {
         const Coordinate image = formatter->TransFrom(t, c);
-        expectNear(image, formatter == &point ? moved : turned, 1e-14);
+        expectNear(image, formatter == &point ? moved : rotated, 1e-14);
         expectNear(formatter->TransTo(t, image), c, 1e-14);
         Coordinate scaled = c;
         formatter->Scale(scaled, 2.0);
