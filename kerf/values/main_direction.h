@@ -12,7 +12,8 @@ public:
     /// 2 k + s, with k the index of the axis and s 0 for the positive sense, 1 for the negative.
     enum class TypeDir { PlusX = 0, MinusX = 1, PlusY = 2, MinusY = 3, PlusZ = 4, MinusZ = 5 };
 
-    /// The sense is negative when sense < 1, so 0 counts as negative: callers rely on it.
+    /// The sense is negative when sense < 1.
+    /// Kept: 0 counts as negative.
     ERMainDirection(enum Coord3D axis, int sense);
     /// The axis of v's largest component (see axeOptimum). Its sign is not used, only `sense`.
     ERMainDirection(const ERVector3D& v, int sense);
@@ -24,7 +25,7 @@ public:
 
     enum Coord3D axe() const { return static_cast<enum Coord3D>(value_ / 2); }
     int sens() const { return value_ % 2 == 0 ? 1 : -1; }
-    void swap() { value_ ^= 1; }  ///< turns to the opposite direction
+    void swap() { value_ ^= 1; }  ///< to the opposite direction
 
     ERVector3D vector() const;  ///< of length 1
     operator ERVector3D() const { return vector(); }

@@ -9,8 +9,9 @@ namespace kerf {
 struct LinearMap;
 
 /// A quaternion w + x i + y j + z k. Of length 1 it stands for the rotation by 2 acos(w) about
-/// (x, y, z); nothing here normalises, so that the length is the caller's duty wherever a rotation
-/// is meant. No operation reports failure.
+/// (x, y, z).
+/// Parameter: nothing here normalises: the length is the caller's duty wherever a rotation is meant.
+/// Failure:   no operation reports any.
 class KERF_EXPORT ERQuaternion {
 public:
     double w = 1.0;
@@ -50,18 +51,18 @@ public:
     /// 1 or |sin(acos w)| is below 0.001.
     ERQuaternion Log() const;
 
-    ERVector3D Axis() const;             ///< the normalised vector part; null when that is null
+    ERVector3D Axis() const;             ///< the normalised vector part; zero when that is zero
     double Angle() const;                ///< in radians, in [0, 2 pi]
     ERMatrix<double> GetMatrix() const;  ///< 3 by 3, of this quaternion as it is
     operator ERMatrix<double>() const { return GetMatrix(); }
     LinearMap asLinearMap() const;                    ///< the same matrix as a plain value
-    ERVector3D operator*(const ERVector3D& v) const;  ///< v turned by the rotation
+    ERVector3D operator*(const ERVector3D& v) const;  ///< v after the rotation
 
     /// Spherical interpolation from p at t = 0 to q at t = 1, both of length 1. The arc is not
-    /// shortened by changing a sign. Answers p for an angle below 0.001 radians, and for p . q
-    /// outside [-1, 1], which is not clamped and has no angle.
+    /// shortened by changing a sign. Returns p for an angle below 0.001 radians.
+    /// Kept: p . q is not clamped: outside [-1, 1] there is no angle, and p is returned too.
     static ERQuaternion Slerp(double t, const ERQuaternion& p, const ERQuaternion& q);
-    /// The same with `spins` additional half turns of the arc on the way.
+    /// The same with `spins` additional half turns of the arc.
     static ERQuaternion SlerpExtraSpins(double t, const ERQuaternion& p, const ERQuaternion& q,
                                         int spins);
     /// a: the inner control quaternion of Squad at q1, which gives the spans that meet there one
@@ -75,11 +76,11 @@ public:
 
 KERF_EXPORT ERQuaternion operator*(double factor, const ERQuaternion& q);
 
-/// The rotation that turns the direction `from` onto `to`; opposite directions are turned by way of
-/// a perpendicular one.
+/// The rotation that takes the direction `from` to `to`; where they are opposite it passes through a
+/// perpendicular one.
 KERF_EXPORT void find_lock_quaternion(ERVector3D from, ERVector3D to, ERQuaternion& result);
 KERF_EXPORT void find_lock_matrix(ERVector3D from, ERVector3D to, ERMatrix<double>& result);
-/// The half turn about a direction perpendicular to the axis: it turns the axis round.
+/// The rotation by pi about a direction perpendicular to the axis, which it reverses.
 KERF_EXPORT void find_flip_matrix(ERVector3D axis, ERMatrix<double>& result);
 
 }  // namespace kerf

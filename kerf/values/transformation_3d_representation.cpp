@@ -44,8 +44,7 @@ CThreadLocal<ERTr3DRevRep_ThreadLocalData> threadIdentity;
 // Each takes a point, a vector or a pole and returns its image. None divides by the weight of a pole,
 // so that a pole of weight 0 has a finite image.
 
-// Runs of a constant length are what the compiler makes vector code of, at the lower optimisation
-// levels too.
+// GCC makes vector code of runs of a constant length, at -O2 too.
 template <class Map>
 void mapPoints(ERPoint3D* points, unsigned int count, Map map) {
     const auto mapPoint = [&map](ERPoint3D& p) {

@@ -18,7 +18,7 @@ void expectSame(const ERQuaternion& a, const ERQuaternion& b, double tolerance =
 }
 
 // Rodrigues' formula.
-ERVector3D turned(const ERVector3D& v, const ERVector3D& axis, double angle) {
+ERVector3D rotated(const ERVector3D& v, const ERVector3D& axis, double angle) {
     const ERVector3D n = axis.getnormalized();
     const double c = std::cos(angle);
     return c * v + std::sin(angle) * (n ^ v) + ((1 - c) * (n * v)) * n;
@@ -36,51 +36,55 @@ TEST(Quaternion, ProductIsTheCompositionOfRotations) {
     for (const ERVector3D& axisA : gridDirections()) {
         const double angleA = 0.7 * axisA.i() + axisA.j(), angleB = axisA.k() - 0.2;
         const ERQuaternion a(axisA, angleA), b(axisB, angleB);
-        const ERVector3D expected = turned(turned(v, axisB, angleB), axisA, angleA);
+        const ERVector3D expected = rotated(rotated(v, axisB, angleB), axisA, angleA);
         expectNear((a * b) * v, expected, 1e-14);
         expectNear(applied((a * b).GetMatrix(), v), expected, 1e-14);
         EXPECT_NEAR((a * 3.0 * b).Norm2(), 9.0, 1e-13);
     }
-    const ERQuaternion q = quaternion(1, -2, 3, 0.5);
+    const ERQuaternion q = quaternion(1, -2, 3, 0.5), zero = quaternion(0, 0, 0, 0);
     expectSame(q * q.Inverse(), ERQuaternion());
+    expectSame(zero.Inverse(), zero, 0);
 }
 
 TEST(Quaternion, ComesBackFromItsMatrixItsAxisAndAngleItsParametersAndItsLogarithm) {
     for (const ERVector3D& direction : gridDirections()) {
-        for (const double turn : {0.02, 1.1, 2.5, 3.1, pi}) {  // each element is the largest once
+        for (const double angle : {0.02, 1.1, 2.5, 3.1, pi}) {  // each element is the largest once
             const ERVector3D axis = direction.getnormalized();
-            const ERQuaternion q(axis, turn), back(q.GetMatrix());
-            SCOPED_TRACE(testing::Message() << axis << " by " << turn);
+            const ERQuaternion q(axis, angle), back(q.GetMatrix());
+            SCOPED_TRACE(testing::Message() << axis << " by " << angle);
             expectSame(back, q.Dot(back) < 0 ? -q : q);
-            EXPECT_NEAR(q.Angle(), turn, 1e-13);
+            EXPECT_NEAR(q.Angle(), angle, 1e-13);
             expectNear(q.Axis(), axis, 1e-12);
-            const ERVector3D log = turn / 2 * axis;
+            const ERVector3D log = angle / 2 * axis;
             expectSame(q.Log(), quaternion(0, log.i(), log.j(), log.k()), 1e-12);
             expectSame(q.Log().Exp(), q, 1e-13);
-            if (turn != pi) expectSame(ERQuaternion(std::tan(turn / 2) * axis), q);
+            if (angle != pi) expectSame(ERQuaternion(std::tan(angle / 2) * axis), q);
         }
     }
-    // A null axis has no direction to turn about.
+    // Of two equal largest diagonal elements the first decides: its component comes out positive.
+    const ERQuaternion tie(ERVector3D(1, 2, -2), 2.9);
+    expectSame(ERQuaternion(tie.GetMatrix()), tie);
+    // A zero axis has no direction to rotate about.
     expectNear(ERQuaternion(ERVector3D(), 1.0) * ERVector3D(1, 2, 3), ERVector3D(1, 2, 3));
-    // Below a sine of 0.001 the vector part passes unchanged, so that a turn near pi loses its
+    // Below a sine of 0.001 the vector part passes unchanged, so that a rotation near pi loses its
     // axis.
     EXPECT_EQ(quaternion(0, pi, 0, 0).Exp().x, pi);
     EXPECT_EQ(quaternion(-2.0, 0.25, 0, 0).Log().x, 0.25);
 }
 
-TEST(Quaternion, SlerpTurnsEvenly) {
+TEST(Quaternion, SlerpRotatesEvenly) {
     const ERVector3D axis(1, 2, -1);
     const ERQuaternion p(axis, 0.2), q(axis, 2.6);
     for (const double t : {0.0, 0.25, 1.0, 1.5}) {
         expectSame(ERQuaternion::Slerp(t, p, q), ERQuaternion(axis, 0.2 + 2.4 * t));
-        // Each spin is a half turn of the arc, a full turn of the rotation.
+        // Each spin is half a turn of the arc, a full turn of the rotation.
         expectSame(ERQuaternion::SlerpExtraSpins(t, p, q, 2),
                    ERQuaternion(axis, 0.2 + (2.4 + 4 * pi) * t));
     }
     // Between one and the same it gives the first.
     const ERQuaternion one, close(ERVector3D(1, 0, 0), 0.001);
     expectSame(ERQuaternion::Slerp(0.4, one, close), one, 0);
-    // The arc is taken as given: to -q the other way round.
+    // The arc is taken as given: to -q in the other sense.
     expectSame(ERQuaternion::Slerp(0.5, p, -q), ERQuaternion(axis, 0.2 + 0.5 * (2.4 - 2 * pi)));
 }
 
@@ -99,7 +103,7 @@ TEST(Quaternion, SquadRunsThroughItsEndsWithOneSpeed) {
                1e-3);
 }
 
-TEST(Quaternion, LockTurnsOneDirectionOntoAnotherAndFlipTurnsAnAxisRound) {
+TEST(Quaternion, LockTakesOneDirectionToAnotherAndFlipReversesAnAxis) {
     const std::vector<ERVector3D> directions = gridDirections();
     for (const ERVector3D& from : directions) {
         ERMatrix<double> matrix, flip;
