@@ -216,11 +216,11 @@ KERF_EXPORT unsigned int ZerosMethode1(const ERPolynome& p, const ERLimites& lim
 /// derivative, which come from those of the next one.
 /// Tolerance:  where |p| is at most 1e-11 a root of the derivative, or a limit, is a root.
 ///             Elsewhere a product below 1e-9 of the values at both ends of an interval opens a
-///             search, from the middle, then from each end. A search that does not leave its start
-///             has failed.
+///             search, from the middle, then from each end. A start where |p| is larger and no step
+///             can be made, the derivative being zero, has failed.
 /// Degenerate: the constant 0 has the limits as roots.
 /// Kept:       the product may be positive, and what a search ends with inside its interval is a
-///             root, converged or not: two roots are found where p comes near zero and has none.
+///             root, converged or not: there are roots where p only comes near zero.
 /// Kept:       an interval that all three searches leave gives no root. In a derivative that hides
 ///             an extremum of p, and both roots beside it.
 KERF_EXPORT ERVec<double> Zeros(const ERPolynome& p, const ERLimites& limits);
@@ -231,6 +231,6 @@ KERF_EXPORT ERVec<double> Zeros(const ERPolynome& p, const ERLimites& limits);
 KERF_EXPORT unsigned int Zeros(const double* c, unsigned int n, const ERLimites& limits,
                                double* roots, double* work);
 constexpr unsigned int rootsRoom(unsigned int n) { return n + 2; }
-constexpr unsigned int rootsWork(unsigned int n) { return n * (n + 1) / 2 + 2; }
+constexpr unsigned int rootsWork(unsigned int n) { return 3 * n + 2; }
 
 }  // namespace kerf

@@ -1,4 +1,5 @@
 #include <cmath>
+#include <utility>
 
 #include "kerf/numerics/complex_roots.h"
 #include "kerf/values/polynomial.h"
@@ -104,6 +105,16 @@ void findRoots(const ValueList& breakpoints, Equation& p, ValueList& roots) {
     }
 }
 
+// The derivative of that order. The factors come in the order in which one derivative after the other
+// multiplies by them: the bits are those of getAllDerivate.
+void derive(const double* c, unsigned int n, unsigned int order, double* derivative) {
+    for (unsigned int k = 0; k + order < n; ++k) {
+        double value = c[k + order];
+        for (unsigned int factor = k + order; factor > k; --factor) value *= factor;
+        derivative[k] = value;
+    }
+}
+
 // No derivative is searched, which would test the limits.
 void findLinearRoots(const double* c, unsigned int n, const ERLimites& limits, ValueList& roots) {
     if (isNull(evaluatePolynomial(c, n, limits.start()))) roots.append(limits.start());
@@ -159,22 +170,17 @@ unsigned int Zeros(const double* c, unsigned int n, const ERLimites& limits, dou
         return found.count();
     }
 
-    // The derivatives one after the other, of n - 1, n - 2 ... 2 coefficients.
-    const double* p = c;
-    for (unsigned int count = n; count > 2; --count) {
-        for (unsigned int i = 1; i < count; ++i) work[i - 1] = i * p[i];
-        p = work;
-        work += count - 1;
-    }
-    ValueList breakpoints(work);
-    found.append(-p[0] / p[1]);
-    const double* derivative = p;
+    double* derivative = work;
+    double* next = work + n;
+    ValueList breakpoints(next + n);
+    derive(c, n, n - 2, derivative);
+    found.append(-derivative[0] / derivative[1]);
     for (unsigned int degree = 2; degree < n; ++degree) {
-        p = degree == n - 1 ? c : derivative - (degree + 1);
+        derive(c, n, n - 1 - degree, next);
         makeBreakpoints(limits, found, breakpoints);
-        Equation equation(p, derivative, degree);
+        Equation equation(next, derivative, degree);
         findRoots(breakpoints, equation, found);
-        derivative = p;
+        std::swap(derivative, next);
     }
     return found.count();
 }
