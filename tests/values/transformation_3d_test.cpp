@@ -138,7 +138,8 @@ TEST(Transformation3DNeutral, EulerAnglesRebuildTheRotation) {
     };
     for (int i = 0; i < 45; ++i) {
         const double as[] = {-3.0, 0.0, 1.2}, bs[] = {-pi / 2, -1.5, 0.0, 0.7, pi / 2};
-        const double a = as[i % 3], b = bs[i / 3 % 5], c = i / 15 * 2.8 - 2.5;
+        const double cs[] = {-2.5, 0.3, 3.1};
+        const double a = as[i % 3], b = bs[i / 3 % 5], c = cs[i / 15];
         const ERPmIsometrie3D t = rebuilt(a, b, c);
         double foundA = 0, foundB = 0, foundC = 0;
         computeEulerAngles(t, foundA, foundB, foundC);
