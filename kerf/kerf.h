@@ -43,6 +43,7 @@
 #include "kerf/persistence/database_object.h"
 #include "kerf/persistence/disk_btree.h"
 #include "kerf/persistence/file_manager.h"
+#include "kerf/persistence/free_list.h"
 #include "kerf/persistence/node_cache.h"
 #include "kerf/persistence/numbered_database.h"
 #include "kerf/persistence/object_database.h"

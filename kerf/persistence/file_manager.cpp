@@ -4,6 +4,7 @@
 #include <limits>
 
 #include "kerf/persistence/disk_btree.h"
+#include "kerf/persistence/free_list.h"
 
 namespace kerf {
 

@@ -3,11 +3,11 @@
 #include <vector>
 
 #include "kerf/core/file.h"
-#include "kerf/persistence/free_list.h"
 
 namespace kerf {
 
 class ERBTreeOnDisk;
+class ERListManager;
 
 /// A file that is a heap of blocks of any size. The first block ever allocated is the file's root,
 /// from which everything else is found; it is never freed.

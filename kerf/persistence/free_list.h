@@ -1,6 +1,6 @@
 #pragma once
-#include "kerf/persistence/free_list_mirror.h"
-#include "kerf/persistence/free_list_node.h"
+#include "kerf/persistence/internal/free_list_mirror.h"
+#include "kerf/persistence/internal/free_list_node.h"
 #include "kerf/platform/config.h"
 
 // The free blocks of a file, kept in chained nodes inside the file itself.

@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "kerf/persistence/location_index.h"
+#include "kerf/persistence/internal/location_index.h"
 #include "kerf/platform/config.h"
 
 namespace kerf {

@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "kerf/persistence/file_manager.h"
-#include "kerf/persistence/page_cache.h"
+#include "kerf/persistence/internal/page_cache.h"
 
 namespace kerf {
 

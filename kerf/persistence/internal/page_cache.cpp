@@ -1,4 +1,4 @@
-#include "kerf/persistence/page_cache.h"
+#include "kerf/persistence/internal/page_cache.h"
 
 #include <algorithm>
 #include <cstring>

@@ -3,8 +3,8 @@
 #include <cstdint>
 #include <vector>
 
-#include "kerf/persistence/free_list_node.h"
-#include "kerf/persistence/location_index.h"
+#include "kerf/persistence/internal/free_list_node.h"
+#include "kerf/persistence/internal/location_index.h"
 #include "kerf/platform/config.h"
 
 // What a file's free list holds, in memory, so that the node that serves a request is known without

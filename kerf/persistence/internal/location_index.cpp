@@ -1,4 +1,4 @@
-#include "kerf/persistence/location_index.h"
+#include "kerf/persistence/internal/location_index.h"
 
 #include <algorithm>
 #include <bit>

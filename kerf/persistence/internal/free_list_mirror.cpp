@@ -1,4 +1,4 @@
-#include "kerf/persistence/free_list_mirror.h"
+#include "kerf/persistence/internal/free_list_mirror.h"
 
 #include <algorithm>
 #include <cstdlib>

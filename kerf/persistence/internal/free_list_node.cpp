@@ -1,4 +1,4 @@
-#include "kerf/persistence/free_list_node.h"
+#include "kerf/persistence/internal/free_list_node.h"
 
 #include <algorithm>
 #include <cstddef>
