@@ -1,26 +1,16 @@
 #include "kerf/persistence/file_manager.h"
 
-#include <cstdint>
 #include <limits>
 
 #include "kerf/persistence/disk_btree.h"
 #include "kerf/persistence/free_list.h"
+#include "kerf/persistence/internal/heap_layout.h"
 
 namespace kerf {
 
-namespace {
+static_assert(ERFileManager::firstData == heap::firstData);
 
-// The header of the file:
-//
-//   offset  size
-//        0     4  root      location of the first block ever allocated, -1 while there is none
-//        4     4  end       the first offset behind all data, 280 in a new file
-//        8     4  nodeSize  268, the size of a node of the free list
-//       12   268            the first node of the free list
-//      280                  blocks
-constexpr ERLong rootField = 0;
-constexpr ERLong endField = 4;
-constexpr unsigned int headerWords = 3;
+namespace {
 
 unsigned int openFlags(const char* name, int readOnly) {
     const unsigned int access = readOnly ? CFile::modeRead | CFile::shareDenyWrite
@@ -36,24 +26,26 @@ ERFileManager::ERFileManager(const char* name, int readOnlyMode)
     if (!GetStatus(status)) return;
 
     if (!IsEmpty()) {
-        int words[headerWords];
-        SeekTo(rootField);
-        if (!Read(words, headerWords)) return;
+        int words[heap::headerWords];
+        SeekTo(heap::rootField);
+        if (!Read(words, heap::headerWords)) return;
         root_ = words[0];
         end_ = words[1];
-        if (words[2] == nodeSize) listManager_ = std::make_unique<ERListManager>(this, 0);
+        if (words[2] == heap::nodeSize) listManager_ = std::make_unique<ERListManager>(this, 0);
         return;
     }
     end_ = firstData;
-    const int words[headerWords] = {root_, end_, nodeSize};
-    SeekTo(rootField);
-    Write(words, headerWords);
+    const int words[heap::headerWords] = {root_, end_, heap::nodeSize};
+    SeekTo(heap::rootField);
+    Write(words, heap::headerWords);
     listManager_ = std::make_unique<ERListManager>(this, 1);
 }
 
 ERFileManager::~ERFileManager() {
     while (!trees_.empty()) trees_.back()->leaveFile();
 }
+
+ERLong ERFileManager::rootOffset() const { return heap::firstNode; }
 
 ERLong ERFileManager::allocate(ERULong size) {
     return listManager_ == nullptr ? -1 : keepAsRoot(listManager_->allocate(size));
@@ -65,7 +57,7 @@ ERLong ERFileManager::allocateUnwritten(ERULong size, ERULong& blockSize) {
 }
 
 ERLong ERFileManager::keepAsRoot(ERLong location) {
-    if (root_ == -1 && location != -1) writeWord(rootField, root_, location);
+    if (root_ == -1 && location != -1) writeWord(heap::rootField, root_, location);
     return location;
 }
 
@@ -77,23 +69,23 @@ void ERFileManager::deallocate(ERLong location) {
 ERLong ERFileManager::allocateAtEnd(ERULong size) {
     if (!hasRoomAtEnd(size)) return -1;
     const ERLong start = end_;
-    writeWord(endField, end_, static_cast<ERLong>(static_cast<ERULong>(start) + size));
+    writeWord(heap::endField, end_, static_cast<ERLong>(static_cast<ERULong>(start) + size));
     return start;
 }
 
 int ERFileManager::deallocateFromEnd(ERLong location, ERULong size) {
-    if (std::int64_t{location} + size < end_) return 0;
-    writeWord(endField, end_, location);
+    if (heap::endOf(location, size) < end_) return 0;
+    writeWord(heap::endField, end_, location);
     return 1;
 }
 
-// An end inside the header is damage: nothing is ever allocated behind it.
+// An end inside the header is damage: nothing is ever allocated there.
 bool ERFileManager::hasRoomAtEnd(ERULong size) const {
-    return end_ >= firstData && std::int64_t{end_} + size <= std::numeric_limits<ERLong>::max();
+    return end_ >= firstData && heap::endOf(end_, size) <= std::numeric_limits<ERLong>::max();
 }
 
-// The field changes when the file has: after a failed write the old value is written again by
-// whatever comes next.
+// The field follows the file: after a write that failed it has its old value, which the next change
+// of the field starts from.
 void ERFileManager::writeWord(ERLong offset, ERLong& field, ERLong value) {
     SeekTo(offset);
     Write(static_cast<int>(value));

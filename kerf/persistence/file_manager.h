@@ -12,15 +12,15 @@ class ERListManager;
 /// A file that is a heap of blocks of any size. The first block ever allocated is the file's root,
 /// from which everything else is found; it is never freed.
 ///
-/// Location: where the data of a block begins, a multiple of 4 from 284 up; -1 means none.
-/// Writing:  header words and free-list nodes go straight to the file; nothing is delayed.
-/// Failure:  the platform's CFileException passes from every function that reads or writes.
-/// Sharing:  read-only denies others to write; otherwise the file is this object's alone. Nothing
-///           here keeps a read-only file from a write: that fails as the platform says.
+/// A block's location is where its data begins, a multiple of 4 from 284 up; -1 means none.
+/// Storage:   header words and free-list nodes go straight to the file; nothing is delayed.
+/// Failure:   the platform's CFileException passes from every function that reads or writes.
+/// Ownership: read-only denies others to write; otherwise the file is this object's alone. Nothing
+///            here keeps a read-only file from a write: that fails as the platform says.
 class KERF_EXPORT ERFileManager : public ERFile {
 public:
-    /// Where the first block begins, with its size word; a free-list node and the header lie
-    /// before.
+    /// Where the first block begins, with its size word. The header and the first node of the free
+    /// list lie before it.
     static constexpr ERLong firstData = 280;
 
     /// Opens the file, or creates it when there is none of that name. An empty file becomes a heap;
@@ -29,8 +29,8 @@ public:
     ERFileManager(const char* name, int readOnly);
     ~ERFileManager() override;
 
-    /// The location of a new block for `size` bytes, or -1, with nothing changed, when it would
-    /// reach past 2147483647 or the file is no heap.
+    /// Returns the location of a new block for `size` bytes, or -1, with nothing changed, when it
+    /// would reach past 2147483647 or the file is no heap.
     ERLong allocate(ERULong size);
 
     /// As allocate, but the caller must write `blockSize` into the 4 bytes before the location,
@@ -43,10 +43,10 @@ public:
 
     int isReadOnly() const { return readOnly_; }
     ERLong start() const { return root_; }   ///< the root's location, -1 while there is none
-    ERLong endData() const { return end_; }  ///< the first offset behind all data
+    ERLong endData() const { return end_; }  ///< the first offset past all data
 
 protected:
-    ERLong rootOffset() const { return firstNode; }
+    ERLong rootOffset() const;  ///< 12, where the free list begins
 
     /// Moves the end of the data up by `size` and returns where it was; -1, with nothing changed,
     /// past 2147483647.
@@ -61,10 +61,6 @@ protected:
 private:
     friend class ERListManager;
     friend class ERBTreeOnDisk;  // which hears of the end of the file
-
-    static constexpr ERLong firstNode = 12;
-    static constexpr ERLong nodeSize = 268;
-    static_assert(firstData == firstNode + nodeSize);
 
     ERLong keepAsRoot(ERLong location);
     void writeWord(ERLong offset, ERLong& field, ERLong value);

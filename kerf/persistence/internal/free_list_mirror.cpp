@@ -3,12 +3,11 @@
 #include <algorithm>
 #include <cstdlib>
 #include <limits>
+#include <unordered_set>
 
 namespace kerf {
 
 namespace {
-
-constexpr std::int64_t nodeBytes = sizeof(FreeListNode);
 
 ERULong largestSize(const FreeListNode& node) {
     const auto used = node.sizes.begin() + node.count;
@@ -17,11 +16,11 @@ ERULong largestSize(const FreeListNode& node) {
 
 // Whether a free block lies on one of the nodes, whose locations ascend.
 bool meetsOneOf(const std::vector<ERLong>& nodeLocations, const FreeListNode& node) {
-    for (std::size_t i = 0; i < static_cast<std::size_t>(node.count); ++i) {
+    for (std::size_t i = 0; i < node.used(); ++i) {
         const std::int64_t start = node.locations[i];
-        const auto behind =
-            std::upper_bound(nodeLocations.begin(), nodeLocations.end(), start - nodeBytes);
-        if (behind != nodeLocations.end() && *behind < start + node.sizes[i]) return true;
+        const auto after =
+            std::upper_bound(nodeLocations.begin(), nodeLocations.end(), start - heap::nodeSize);
+        if (after != nodeLocations.end() && *after < start + node.sizes[i]) return true;
     }
     return false;
 }
@@ -32,11 +31,23 @@ bool equalEntries(const FreeListNode& a, std::size_t i, const FreeListNode& b, s
 
 }  // namespace
 
-// --- The ring as a whole
+// --- Reading the list
 
-void FreeListMirror::become(State nextState) {
-    *this = FreeListMirror();
-    state_ = nextState;
+// Two nodes that begin in the same stretch of a node's length are one node, or overlap: such a list
+// is not sound. It is not followed further, so that no more is mirrored than the file holds.
+std::unique_ptr<FreeListMirror> FreeListMirror::of(FreeListInFile list) {
+    std::unique_ptr<FreeListMirror> mirror(new FreeListMirror);
+    mirror->append(list.location(), list.node());
+    ERLong stepsLeft = list.nodesPossible();
+    std::unordered_set<ERLong> stretches;
+    while (!list.isLast(heap::firstNode, stepsLeft) &&
+           stretches.insert(list.node().next / heap::nodeSize).second) {
+        list.goToNext();
+        mirror->append(list.location(), list.node());
+    }
+    if (list.node().next != heap::firstNode || !mirror->nodesLieApart()) return nullptr;
+    mirror->indexAll();
+    return mirror;
 }
 
 void FreeListMirror::append(ERLong location, const FreeListNode& node) {
@@ -44,34 +55,37 @@ void FreeListMirror::append(ERLong location, const FreeListNode& node) {
     places_.push_back(ring_.size());
     nodes_.push_back(node);
     ring_.push_back({largestSize(node), node.count, number, location});
+    lastLocation_ = std::max(lastLocation_, location);
 }
 
-void FreeListMirror::close() {
+bool FreeListMirror::nodesLieApart() const {
     std::vector<ERLong> locations;
     for (const Place& place : ring_) locations.push_back(place.location);
     std::sort(locations.begin(), locations.end());
     for (std::size_t i = 1; i < locations.size(); ++i)
-        if (std::int64_t{locations[i]} - locations[i - 1] < nodeBytes) return giveUp();
-    lastLocation_ = locations.back();
-    for (const FreeListNode& node : nodes_)
-        if (meetsOneOf(locations, node)) return giveUp();
-
-    for (NodeNumber i = 0; i < nodes_.size(); ++i)
-        index(i, 0, static_cast<std::size_t>(nodes_[i].count));
-    state_ = State::ring;
+        if (std::int64_t{locations[i]} - locations[i - 1] < heap::nodeSize) return false;
+    return std::none_of(nodes_.begin(), nodes_.end(),
+                        [&](const FreeListNode& node) { return meetsOneOf(locations, node); });
 }
 
-const FreeListNode& FreeListMirror::nextNode() const { return nodes_[ring_[next(here_)].node]; }
-
-std::int64_t FreeListMirror::nodesEnd() const { return lastLocation_ + nodeBytes; }
+void FreeListMirror::indexAll() {
+    for (NodeNumber i = 0; i < nodes_.size(); ++i) index(i, 0, nodes_[i].used());
+}
 
 // --- Searches
+
+bool FreeListMirror::readNext(FreeListNode& following) const {
+    following = nodes_[ring_[next(here_)].node];
+    return true;
+}
 
 std::size_t FreeListMirror::stepsTo(std::size_t place) const {
     return place >= here_ ? place - here_ : place + ring_.size() - here_;
 }
 
-int FreeListMirror::goToSpace(ERULong wanted, ERLong end) {
+void FreeListMirror::goBack() { here_ = (here_ == 0 ? ring_.size() : here_) - 1; }
+
+int FreeListMirror::seekSpace(ERULong wanted, ERLong end) {
     std::size_t place = here_;
     for (std::size_t i = 0; i < ring_.size(); ++i, place = next(place)) {
         if (ring_[place].largest < wanted) continue;
@@ -80,39 +94,41 @@ int FreeListMirror::goToSpace(ERULong wanted, ERLong end) {
         here_ = place;
         return entry;
     }
-    goToPrevious();
+    goBack();
     return -1;
 }
 
-bool FreeListMirror::goToTaker(ERLong location, ERULong size) {
+bool FreeListMirror::seekTaker(ERLong location, ERULong size) {
     std::size_t steps = ring_.size();
     const auto touches = [&](NodeNumber node) { steps = std::min(steps, stepsTo(places_[node])); };
     ends_.forEach(location, touches);
-    starts_.forEach(static_cast<ERLong>(location + std::int64_t{size}), touches);
+    starts_.forEach(static_cast<ERLong>(heap::endOf(location, size)), touches);
 
     std::size_t place = here_;
     for (std::size_t i = 0; i < steps; ++i, place = next(place))
-        if (ring_[place].count < FreeListNode::capacity) steps = i;
+        if (ring_[place].count < heap::nodeCapacity) steps = i;
     if (steps == ring_.size()) {
-        goToPrevious();
+        goBack();
         return false;
     }
     here_ = (here_ + steps) % ring_.size();
     return true;
 }
 
-void FreeListMirror::goToPrevious() { here_ = (here_ == 0 ? ring_.size() : here_) - 1; }
+bool FreeListMirror::seekPredecessor() {
+    goBack();
+    return true;
+}
 
 // --- Changes
 
-// One change of a node leaves its first entries and its last ones as they were: the index has to
-// know of what lies between.
+// One change of a node leaves its first and its last entries as they were: the index only has to
+// learn what lies between.
 void FreeListMirror::update(const FreeListNode& node) {
-    if (!isRing()) return;
     Place& place = ring_[here_];
     FreeListNode& old = nodes_[place.node];
-    auto oldUsed = static_cast<std::size_t>(old.count);
-    auto used = static_cast<std::size_t>(node.count);
+    std::size_t oldUsed = old.used();
+    std::size_t used = node.used();
     std::size_t same = 0;
     while (same < std::min(used, oldUsed) && equalEntries(old, same, node, same)) ++same;
     while (std::min(used, oldUsed) > same && equalEntries(old, oldUsed - 1, node, used - 1)) {
@@ -127,10 +143,9 @@ void FreeListMirror::update(const FreeListNode& node) {
 }
 
 void FreeListMirror::insertNext(ERLong location, const FreeListNode& inserted) {
-    if (!isRing()) return;
-    for (const Place& place : ring_)
-        if (std::abs(std::int64_t{place.location} - location) < nodeBytes) return giveUp();
-
+    overlap_ |= std::any_of(ring_.begin(), ring_.end(), [location](const Place& place) {
+        return std::abs(std::int64_t{place.location} - location) < heap::nodeSize;
+    });
     auto number = static_cast<NodeNumber>(nodes_.size());
     if (unusedNumbers_.empty()) {
         nodes_.push_back(inserted);
@@ -144,18 +159,16 @@ void FreeListMirror::insertNext(ERLong location, const FreeListNode& inserted) {
     ring_.insert(ring_.begin() + static_cast<std::ptrdiff_t>(here_),
                  {largestSize(inserted), inserted.count, number, location});
     renumber(here_);
-    index(number, 0, static_cast<std::size_t>(inserted.count));
+    index(number, 0, inserted.used());
     lastLocation_ = std::max(lastLocation_, location);
 }
 
 void FreeListMirror::removeNext() {
-    if (!isRing()) return;
     const std::size_t removed = next(here_);
     const Place gone = ring_[removed];
     removeFromIndex(gone.node, 0, static_cast<std::size_t>(gone.count));
     unusedNumbers_.push_back(gone.node);
     ring_.erase(ring_.begin() + static_cast<std::ptrdiff_t>(removed));
-    if (removed < here_) --here_;
     renumber(removed);
 
     if (gone.location != lastLocation_) return;
@@ -168,27 +181,35 @@ void FreeListMirror::renumber(std::size_t firstPlace) {
         places_[ring_[place].node] = place;
 }
 
+// Where the end of the data went below a node, the list was damaged: part of it was freed.
+bool FreeListMirror::isSound(ERLong end) const {
+    return !overlap_ && heap::endOf(lastLocation_, heap::nodeSize) <= end;
+}
+
 // --- Entries and the index
 
-// No block begins behind the largest location: such an end is none that anything could touch.
-void FreeListMirror::index(NodeNumber number, std::size_t first, std::size_t behindLast) {
+// Calls change(index, location) for the start and the end of the entries first to last - 1. No
+// block begins past the largest location, so no end above it can ever be touched.
+template <class Change>
+void FreeListMirror::forEachEdge(NodeNumber number, std::size_t first, std::size_t last,
+                                 const Change& change) {
     const FreeListNode& node = nodes_[number];
-    for (std::size_t i = first; i < behindLast; ++i) {
-        starts_.insert(node.locations[i], number);
-        const std::int64_t end = std::int64_t{node.locations[i]} + node.sizes[i];
-        if (end <= std::numeric_limits<ERLong>::max())
-            ends_.insert(static_cast<ERLong>(end), number);
+    for (std::size_t i = first; i < last; ++i) {
+        change(starts_, node.locations[i]);
+        const std::int64_t end = heap::endOf(node.locations[i], node.sizes[i]);
+        if (end <= std::numeric_limits<ERLong>::max()) change(ends_, static_cast<ERLong>(end));
     }
 }
 
-void FreeListMirror::removeFromIndex(NodeNumber number, std::size_t first, std::size_t behindLast) {
-    const FreeListNode& node = nodes_[number];
-    for (std::size_t i = first; i < behindLast; ++i) {
-        starts_.erase(node.locations[i], number);
-        const std::int64_t end = std::int64_t{node.locations[i]} + node.sizes[i];
-        if (end <= std::numeric_limits<ERLong>::max())
-            ends_.erase(static_cast<ERLong>(end), number);
-    }
+void FreeListMirror::index(NodeNumber number, std::size_t first, std::size_t last) {
+    forEachEdge(number, first, last, [number](LocationIndex& index, ERLong location) {
+        index.insert(location, number);
+    });
+}
+
+void FreeListMirror::removeFromIndex(NodeNumber number, std::size_t first, std::size_t last) {
+    forEachEdge(number, first, last,
+                [number](LocationIndex& index, ERLong location) { index.erase(location, number); });
 }
 
 }  // namespace kerf

@@ -1,62 +1,39 @@
 #pragma once
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <vector>
 
-#include "kerf/persistence/internal/free_list_node.h"
+#include "kerf/persistence/internal/free_list_chain.h"
 #include "kerf/persistence/internal/location_index.h"
-#include "kerf/platform/config.h"
 
-// What a file's free list holds, in memory, so that the node that serves a request is known without
-// a walk through the file.
+// What a file's free list holds, in memory: the node that serves a request is known without reading
+// the file.
 namespace kerf {
 
-/// The nodes of a free list that is a sound ring: each lies once and apart from the others, and the
-/// last leads to the first. No free block lies on one of them. It stands at one of them, from where
-/// a search goes once round.
-///
-/// Use:     append() the nodes from the head on, then close(). From then on, whoever writes a node
-///          to the file tells it here; update, insertNext and removeNext do nothing without a ring.
-/// Memory:  some 35 bytes for each free block and 300 for each node.
-/// Copying: copies are independent.
-class FreeListMirror {
+/// The nodes of a sound list: each lies apart from the others, no free block lies on one of them,
+/// and the last leads to the first.
+/// Storage: some 35 bytes for each free block and 300 for each node.
+class FreeListMirror : public FreeListChain {
 public:
-    bool isUnknown() const { return state_ == State::unknown; }  ///< nobody has read the list yet
-    bool isRing() const { return state_ == State::ring; }
+    /// Reads the list whose first node is the current one of `list`; null when it is not sound.
+    static std::unique_ptr<FreeListMirror> of(FreeListInFile list);
 
-    void forget() { become(State::unknown); }
-    /// The list is no ring, and is walked in the file for as long as nobody forgets that.
-    void giveUp() { become(State::noRing); }
+    ERLong location() const override { return ring_[here_].location; }
+    const FreeListNode& node() const override { return nodes_[ring_[here_].node]; }
+    bool readNext(FreeListNode& following) const override;
 
-    void append(ERLong location, const FreeListNode& node);
-    /// Stands at the first node; gives up when a node or a free block lies on another node.
-    void close();
+    int seekSpace(ERULong wanted, ERLong end) override;
+    bool seekTaker(ERLong location, ERULong size) override;
+    bool seekPredecessor() override;
 
-    // --- Of a ring
-
-    ERLong location() const { return ring_[here_].location; }
-    const FreeListNode& node() const { return nodes_[ring_[here_].node]; }
-    const FreeListNode& nextNode() const;
-    std::int64_t nodesEnd() const;  ///< the first offset behind all nodes
-
-    /// Goes to the first node with an entry that fits, and answers the entry. When none has one,
-    /// answers -1 and stands at the last node of the round, the one before the first.
-    int goToSpace(ERULong wanted, ERLong end);
-    /// Goes to the first node that takes the block, because an entry touches it or there is room
-    /// for a new one. When none does, answers false and stands as above.
-    bool goToTaker(ERLong location, ERULong size);
-    void goToPrevious();
-
-    // --- Changes of the file
-
-    void update(const FreeListNode& node);  ///< the node it stands at
-    /// Goes there; gives up when it overlaps another.
-    void insertNext(ERLong location, const FreeListNode& inserted);
-    void removeNext();
+    void update(const FreeListNode& node) override;
+    void removeNext() override;
+    void insertNext(ERLong location, const FreeListNode& inserted) override;
+    bool isSound(ERLong end) const override;
 
 private:
     using NodeNumber = LocationIndex::Number;
-    enum class State { unknown, ring, noRing };
 
     // What a search looks at, node after node.
     struct Place {
@@ -66,25 +43,40 @@ private:
         ERLong location;
     };
 
-    void become(State next);
+    FreeListMirror() = default;
+    void append(ERLong location, const FreeListNode& node);
+    bool nodesLieApart() const;
+    void indexAll();
+
+    void goBack();
     std::size_t next(std::size_t place) const { return place + 1 == ring_.size() ? 0 : place + 1; }
     std::size_t stepsTo(std::size_t place) const;
-    void index(NodeNumber number, std::size_t first, std::size_t behindLast);
-    void removeFromIndex(NodeNumber number, std::size_t first, std::size_t behindLast);
+    template <class Change>
+    void forEachEdge(NodeNumber number, std::size_t first, std::size_t last, const Change& change);
+    void index(NodeNumber number, std::size_t first, std::size_t last);
+    void removeFromIndex(NodeNumber number, std::size_t first, std::size_t last);
     void renumber(std::size_t firstPlace);
 
-    State state_ = State::unknown;
+    // Invariants, between any two calls:
+    // - ring_ has the nodes in the order of the chain, the first node of the list at place 0: it
+    //   never leaves. ring_[here_] is the current node.
+    // - A node has one number for as long as it is in the list, whatever its place: nodes_[n] is
+    //   what the file holds of it, places_[n] its place. ring_[p].largest and count are those of
+    //   nodes_[ring_[p].node]. Numbers that no node has are in unusedNumbers_.
+    // - starts_ and ends_ list the number of a node once for each of its entries, under the start
+    //   and under the end of the entry. Ends above the largest location are left out.
+    // - lastLocation_ is the largest location of a node.
+    // - overlap_ is false: nodes lie apart. Once it is true, isSound() is false for good, and
+    //   nothing is asked of the mirror but the current node.
     std::vector<Place> ring_;
-    std::size_t here_ = 0;  // where it stands in the ring
-
-    // By number: a node keeps its number, whatever the ring does.
+    std::size_t here_ = 0;
     std::vector<FreeListNode> nodes_;
     std::vector<std::size_t> places_;
     std::vector<NodeNumber> unusedNumbers_;
-
     LocationIndex starts_;
     LocationIndex ends_;
     ERLong lastLocation_ = 0;
+    bool overlap_ = false;
 };
 
 }  // namespace kerf

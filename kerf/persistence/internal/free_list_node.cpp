@@ -1,30 +1,45 @@
 #include "kerf/persistence/internal/free_list_node.h"
 
 #include <algorithm>
-#include <cstddef>
-#include <cstdint>
+#include <cstring>
 
-#include "kerf/persistence/file_manager.h"
+#include "kerf/core/file.h"
+#include "kerf/platform/sinks.h"
 
 namespace kerf {
 
 namespace {
 
-constexpr ERULong smallestRemainder = 8;  // what is left of a free block, less goes to the caller
-
-std::int64_t endOf(ERLong location, ERULong size) { return std::int64_t{location} + size; }
+using Words = std::array<unsigned int, heap::nodeSize / sizeof(unsigned int)>;
+static_assert(sizeof(Words) == heap::nodeSize && sizeof(FreeListNode) == heap::nodeSize);
 
 }  // namespace
 
-// An entry that is not inside the data, or not where a block can begin (no list written here has
-// one), would give away somebody else's bytes.
+FreeListNode FreeListNode::read(ERFile& file, ERLong location) {
+    Words words{};
+    file.SeekTo(location);
+    file.Read(words.data(), static_cast<unsigned int>(words.size()));
+    FreeListNode node;
+    std::memcpy(static_cast<void*>(&node), words.data(), sizeof node);
+    if ((node.magic & 0xFFFF) != heap::nodeMagic) outputDebugText("BAD MAGIC NUMBER");
+    node.count = std::clamp(node.count, 0, heap::nodeCapacity);
+    return node;
+}
+
+void FreeListNode::write(ERFile& file, ERLong location) const {
+    Words words;
+    std::memcpy(words.data(), this, sizeof *this);
+    file.SeekTo(location);
+    file.Write(words.data(), static_cast<unsigned int>(words.size()));
+}
+
+// An entry outside the data, or where no block can begin, is damage: handing it out would give away
+// bytes that belong to others.
 int FreeListNode::firstFit(ERULong wanted, ERLong end) const {
-    for (int i = 0; i < count; ++i) {
-        const auto entry = static_cast<std::size_t>(i);
-        if (sizes[entry] >= wanted && locations[entry] >= ERFileManager::firstData &&
-            locations[entry] % 4 == 0 && endOf(locations[entry], sizes[entry]) <= end)
-            return i;
-    }
+    for (std::size_t i = 0; i < used(); ++i)
+        if (sizes[i] >= wanted && locations[i] >= heap::firstData && locations[i] % 4 == 0 &&
+            heap::endOf(locations[i], sizes[i]) <= end)
+            return static_cast<int>(i);
     return -1;
 }
 
@@ -32,35 +47,43 @@ ERLong FreeListNode::take(int entry, ERULong& wanted) {
     const auto i = static_cast<std::size_t>(entry);
     const ERLong start = locations[i];
     sizes[i] -= wanted;
-    if (sizes[i] >= smallestRemainder) {
+    if (sizes[i] >= heap::smallestFree) {
         locations[i] += static_cast<ERLong>(wanted);
     } else {
-        wanted += sizes[i];  // which stays behind the count when this is the last entry
-        removeEntry(entry);
+        wanted += sizes[i];
+        removeEntry(i);
     }
     return start;
 }
 
+bool FreeListNode::takes(ERLong location, ERULong size) const {
+    if (count < heap::nodeCapacity) return true;
+    for (std::size_t i = 0; i < used(); ++i)
+        if (location == heap::endOf(locations[i], sizes[i]) ||
+            heap::endOf(location, size) == locations[i])
+            return true;
+    return false;
+}
+
 bool FreeListNode::add(ERLong location, ERULong size) {
-    const auto used = static_cast<std::size_t>(count);
-    for (std::size_t i = 0; i < used; ++i) {
-        if (location == endOf(locations[i], sizes[i])) {
+    for (std::size_t i = 0; i < used(); ++i) {
+        if (location == heap::endOf(locations[i], sizes[i])) {
             sizes[i] += size;
-            if (i + 1 < used && endOf(locations[i], sizes[i]) == locations[i + 1]) {
+            if (i + 1 < used() && heap::endOf(locations[i], sizes[i]) == locations[i + 1]) {
                 sizes[i] += sizes[i + 1];
-                removeEntry(static_cast<int>(i) + 1);
+                removeEntry(i + 1);
             }
             return true;
         }
-        if (endOf(location, size) == locations[i]) {
+        if (heap::endOf(location, size) == locations[i]) {
             locations[i] = location;
             sizes[i] += size;
             return true;
         }
     }
-    if (count == capacity) return false;
+    if (count == heap::nodeCapacity) return false;
 
-    std::size_t place = used;
+    std::size_t place = used();
     for (; place > 0 && locations[place - 1] > location; --place) {
         locations[place] = locations[place - 1];
         sizes[place] = sizes[place - 1];
@@ -71,9 +94,11 @@ bool FreeListNode::add(ERLong location, ERULong size) {
     return true;
 }
 
-void FreeListNode::removeEntry(int entry) {
-    std::copy(locations.begin() + entry + 1, locations.begin() + count, locations.begin() + entry);
-    std::copy(sizes.begin() + entry + 1, sizes.begin() + count, sizes.begin() + entry);
+void FreeListNode::removeEntry(std::size_t entry) {
+    const auto removed = static_cast<std::ptrdiff_t>(entry);
+    std::copy(locations.begin() + removed + 1, locations.begin() + count,
+              locations.begin() + removed);
+    std::copy(sizes.begin() + removed + 1, sizes.begin() + count, sizes.begin() + removed);
     --count;
 }
 
