@@ -7,8 +7,8 @@
 
 namespace kerf {
 
-/// From locations in a file to numbers that the user of the index gives. The same location may
-/// stand for several numbers, and several times for one.
+/// Finds numbers by locations in a file. A location may have several numbers, and the same number
+/// several times.
 class LocationIndex {
 public:
     using Number = std::uint32_t;
@@ -16,9 +16,9 @@ public:
 
     void clear();
     void insert(ERLong location, Number number);
-    void erase(ERLong location, Number number);  ///< one of the equal ones
+    void erase(ERLong location, Number number);  ///< once, if it is listed
 
-    /// The number that came last of those under the location; none when there is none.
+    /// The number inserted last of those that the location has; none when it has none.
     Number find(ERLong location) const {
         if (buckets_.empty()) return none;
         LinkNumber i = buckets_[bucketOf(location)];
@@ -26,7 +26,7 @@ public:
         return i == none ? none : links_[i].number;
     }
 
-    /// Calls visit(number) for each that is listed under the location.
+    /// Calls visit(number) for each number of the location.
     template <class Visit>
     void forEach(ERLong location, Visit visit) const {
         if (buckets_.empty()) return;
@@ -43,15 +43,19 @@ private:
         LinkNumber next;  // of the bucket, or of the unused links
     };
 
-    // Multiplicative hashing (Knuth, The Art of Computer Programming, 6.4): the upper bits.
+    // Multiplicative hashing, the upper bits (Knuth, The Art of Computer Programming, 6.4).
     std::size_t bucketOf(ERLong location) const {
         return (static_cast<std::uint32_t>(location) * 0x9E3779B1u) >> shift_;
     }
     void grow();
 
-    // A link goes in at the front of its bucket: equal locations, of which a damaged file may have
-    // any number, cost an insertion nothing.
-    std::vector<LinkNumber> buckets_;  // none, or a power of two, at least one for each link
+    // A link is inserted at the front of its bucket: a damaged file may hold any number of equal
+    // locations, and an insertion must not walk along them.
+    //
+    // Invariants:
+    // - There are no buckets, or a power of two of them: 2^(32 - shift_), no fewer than links.
+    // - Every link is in the bucket of its location, or in the list that begins at unused_.
+    std::vector<LinkNumber> buckets_;
     std::vector<Link> links_;
     LinkNumber unused_ = none;
     int shift_ = 0;

@@ -25,7 +25,7 @@ std::size_t PageCache::read(std::int64_t position, void* data, std::size_t count
 
 void PageCache::written(std::int64_t position, const void* data, std::size_t count) {
     forEachHeld(position, count, [&](Page& page, std::size_t first, std::size_t last) {
-        // A gap behind what the page has is unknown, and so is what lies behind the gap.
+        // What lies between the bytes that the page has and these is unknown.
         if (first > page.filled) return;
         const std::int64_t start = static_cast<std::int64_t>(page.number) * std::int64_t{pageSize};
         const auto from =
@@ -45,8 +45,8 @@ void PageCache::clear() {
     hand_ = 0;
 }
 
-// Calls change(page, first, last) for each held page that the bytes lie in, with the range of them
-// in that page.
+// Calls change(page, first, last) for each held page that the bytes lie in; they are bytes first to
+// last - 1 of that page.
 template <class Change>
 void PageCache::forEachHeld(std::int64_t position, std::size_t count, const Change& change) {
     if (count == 0) return;
@@ -66,8 +66,8 @@ PageCache::Page* PageCache::find(std::int64_t position) {
     return number < byNumber_.size() ? byNumber_[number] : nullptr;
 }
 
-// Memory for that page: its own when it is held already, new memory while there may be more, or
-// that of a page not read lately. It holds nothing until it is kept.
+// Returns memory for that page: its own when it is held already, new memory while there may be more,
+// or that of a page not read lately. The page holds nothing until keep().
 PageCache::Page& PageCache::pageFor(std::int64_t start) {
     Page* page = find(start);
     if (page == nullptr && pages_.size() < mostPages)

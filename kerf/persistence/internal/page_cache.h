@@ -8,8 +8,8 @@
 
 namespace kerf {
 
-/// The pages of a file that were read last, up to 16 MB of them, each the same as in the file: who
-/// writes to the file tells it here. Memory is taken as pages come.
+/// The pages of a file that were read last, up to 16 MB of them. Each is the same as in the file, for
+/// whoever writes to the file tells it here. Memory is taken as pages come.
 class PageCache {
 public:
     static constexpr std::size_t pageSize = 4096;
@@ -20,12 +20,12 @@ public:
         return position - position % static_cast<std::int64_t>(pageSize);
     }
 
-    /// How many of the bytes from that position on are held, up to the end of their page; they are
-    /// copied, up to `count` of them.
+    /// Copies the bytes from that position on, as far as they are held, to the end of the page and no
+    /// more than `count`. Returns how many these are.
     std::size_t read(std::int64_t position, void* data, std::size_t count);
 
-    /// Takes in the page that begins at `start`: fill(bytes) puts it there and answers how many
-    /// bytes it has, less than pageSize where the file ends in it.
+    /// Takes in the page that begins at `start`. fill(bytes) copies the page there and returns how
+    /// many bytes it has, less than pageSize where the file ends in it.
     template <class Fill>
     void load(std::int64_t start, const Fill& fill) {
         Page& page = pageFor(start);
@@ -34,7 +34,7 @@ public:
 
     /// The bytes were written to the file at that position.
     void written(std::int64_t position, const void* data, std::size_t count);
-    /// Nobody knows what the file holds there.
+    /// What the file holds there is unknown.
     void forget(std::int64_t position, std::size_t count);
     void clear();
 
@@ -43,9 +43,9 @@ private:
     static constexpr std::uint32_t none = ~std::uint32_t{0};
 
     struct Page {
-        std::uint32_t number = none;  // none: it holds nothing
-        bool recent = false;          // read since the search for a page to give up came by
-        std::size_t filled = 0;       // bytes that it has, from its start
+        std::uint32_t number = none;  // none: the page holds nothing
+        bool recent = false;          // read since the hand of the clock passed
+        std::size_t filled = 0;       // how many bytes it has, from its start
         std::array<char, pageSize> bytes;
     };
 
@@ -56,9 +56,12 @@ private:
     template <class Change>
     void forEachHeld(std::int64_t position, std::size_t count, const Change& change);
 
+    // Invariants: byNumber_[n] is the page with number n, null when none has it. Pages are no more
+    // than mostPages, and hand_ is the place of one of them.
     std::vector<std::unique_ptr<Page>> pages_;
-    std::vector<Page*> byNumber_;  // null where none is held
-    std::size_t hand_ = 0;         // of the clock that finds the page to give up
+    std::vector<Page*> byNumber_;
+    std::size_t hand_ = 0;  // of the clock that finds a page to replace (Tanenbaum, Modern
+                            // Operating Systems, 3.4)
 };
 
 }  // namespace kerf
