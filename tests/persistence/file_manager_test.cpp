@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "kerf/platform/exceptions.h"
 #include "tests/persistence/heap_support.h"
 #include "tests/support/temporary_file.h"
 
@@ -44,29 +45,11 @@ TEST_F(FileManager, DeallocateLeavesAloneWhatIsNoBlock) {
     EXPECT_EQ(file.bytes(), before);
 }
 
-TEST_F(FileManager, NothingIsAllocatedPastTheLargestLocation) {
-    std::string bytes = newHeap();
-    bytes.replace(0, 8, words({284, 2147483600}));
-    file.setBytes(bytes);
-    ERFileManager manager(file.path(), 0);
-    for (ERULong size : {44u, 0x7FFFFFFFu, 0x80000000u, 0xFFFFFFF9u, 0xFFFFFFFFu})
-        EXPECT_EQ(manager.allocate(size), -1) << size;
-    EXPECT_EQ(file.bytes(), bytes);
-    EXPECT_EQ(manager.allocate(40), 2147483604);
-    EXPECT_EQ(manager.allocate(0), -1);
-}
-
-TEST_F(FileManager, AFileThatIsNoHeapAllocatesNothingAndStaysAsItIs) {
-    std::string otherNodeSize = newHeap(), endInHeader = newHeap();
-    setWord(otherNodeSize, 8, 272);
-    setWord(endInHeader, 4, 100);
-    for (const std::string& bytes : {std::string("short"), otherNodeSize, endInHeader}) {
-        file.setBytes(bytes);
-        ERFileManager manager(file.path(), 0);
-        EXPECT_EQ(manager.allocate(8), -1);
-        manager.deallocate(284);
-        EXPECT_EQ(file.bytes(), bytes);
-    }
+TEST_F(FileManager, AReaderKeepsWritersOut) {
+    ERFileManager(file.path(), 0).allocate(4);
+    const ERFileManager reader(file.path(), 1);
+    EXPECT_THROW(ERFileManager(file.path(), 0), CFileException);
+    EXPECT_EQ(ERFileManager(file.path(), 1).start(), 284);
 }
 
 TEST_F(FileManager, AChainThatNeverComesBackToTheSearchedNodeEnds) {

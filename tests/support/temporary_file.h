@@ -18,6 +18,7 @@ public:
                  ("kerf_test_" + std::to_string(run) + "_" + std::to_string(++last)))
                     .string();
     }
+    explicit TemporaryFile(const std::string& bytes) : TemporaryFile() { setBytes(bytes); }
     TemporaryFile(const TemporaryFile&) = delete;
     TemporaryFile& operator=(const TemporaryFile&) = delete;
     ~TemporaryFile() {
