@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <limits>
 #include <utility>
+#include <vector>
 
 #include "kerf/persistence/file_manager.h"
 #include "kerf/persistence/internal/free_list_chain.h"
@@ -48,6 +49,7 @@ private:
     Space take(ERULong wanted, SizeWord sizeWord, EmptyNode emptyNode);
     void addToFreeList(ERLong location, ERULong size);
     void extendFreeList();
+    ERLong takeForNode(std::vector<Space>& setAside);
     void deleteNode();
 
     void startAt(const FreeListNode& first);
@@ -162,9 +164,8 @@ void ERListManager::List::addToFreeList(ERLong location, ERULong size) {
 
 // Links a new node after the current one. The block that made the list grow is not entered in it.
 void ERListManager::List::extendFreeList() {
-    // On a sound list every node is full, so this empties none. On a damaged one, to remove an empty
-    // node could lead back here without end.
-    const ERLong location = take(heap::nodeSize, SizeWord::leftToCaller, EmptyNode::kept).start;
+    std::vector<Space> setAside;
+    const ERLong location = takeForNode(setAside);
     if (location == -1) return;
 
     // The new node lies on the block's size word. It is complete before the chain leads to it.
@@ -176,6 +177,27 @@ void ERListManager::List::extendFreeList() {
     writeNode(former);
     chain_->insertNext(location, added);
     leaveUnsoundMirror();
+    for (const Space& space : setAside) addToFreeList(space.start, space.size);
+}
+
+// Takes the space of a new node. It lies within one page where such a block can be had: a killed
+// process then never leaves half a node. Blocks that cross a page are set aside meanwhile; the new
+// node has room for them.
+ERLong ERListManager::List::takeForNode(std::vector<Space>& setAside) {
+    constexpr std::size_t mostSetAside = 8;
+    for (;;) {
+        // On a sound list every node is full, so this empties none. On a damaged one, to remove an
+        // empty node could lead back here without end.
+        const Space space = take(heap::nodeSize, SizeWord::leftToCaller, EmptyNode::kept);
+        if (space.start == -1) break;
+        if (!heap::crossesPage(space.start, heap::nodeSize) || setAside.size() == mostSetAside)
+            return space.start;
+        setAside.push_back(space);
+    }
+    if (setAside.empty()) return -1;
+    const ERLong location = setAside.back().start;
+    setAside.pop_back();
+    return location;
 }
 
 // Takes the current node, which is empty, out of the chain. The first node keeps its place: the

@@ -34,6 +34,7 @@ public:
     std::vector<FreeNode> ring;
     std::unordered_map<ERLong, ERLong> sizes;  // by the start of the block
     ERLong end;
+    std::size_t timesCrossing = 0;
 
 private:
     using Entries = std::vector<std::pair<ERLong, ERLong>>;
@@ -88,9 +89,16 @@ private:
         do {
             if (add(ring[current_].entries, start, size)) return;
         } while (goOn(begun));
-        // The new node is for the blocks after this one.
-        const FreeNode added{static_cast<std::size_t>(take(268)), {}};
-        ring.insert(ring.begin() + static_cast<std::ptrdiff_t>(++current_), added);
+        // The new node is for the blocks after this one, and for those that cross a page.
+        std::vector<ERLong> crossing;
+        ERLong location = take(268);
+        for (; location / 4096 != (location + 267) / 4096 && crossing.size() < 8;
+             location = take(268))
+            crossing.push_back(location);
+        ring.insert(ring.begin() + static_cast<std::ptrdiff_t>(++current_),
+                    FreeNode{static_cast<std::size_t>(location), {}});
+        for (const ERLong block : crossing) free(block, sizes.at(block));
+        timesCrossing += crossing.size();
     }
 
     static bool add(Entries& entries, ERLong start, ERLong size) {
@@ -233,6 +241,40 @@ TEST_F(FreeList, RandomWorkOnHundredsOfNodesWritesWhatAWalkWrites) {
     Compared heap(start, /*seed=*/1);
     makeHundredsOfNodes(heap);
     work(heap, 4, 8000);
+    EXPECT_GT(heap.walked.timesCrossing, 10u);
+}
+
+// A heap with one full node, and one block at 284. The free blocks are as large as a node and lie
+// across the ends of the first `crossing` pages; the others are small.
+std::string fullNode(ERLong crossing, ERLong end) {
+    std::string bytes = newHeap() + words({8});
+    setWord(bytes, 4, end), setWord(bytes, 272, 32);
+    for (ERLong i = 0; i < 32; ++i) {
+        const std::size_t entry = 4 * static_cast<std::size_t>(i);
+        setWord(bytes, 16 + entry, i < crossing ? 4096 * i + 3996 : 4096 * crossing + 400 + 16 * i);
+        setWord(bytes, 144 + entry, i < crossing ? 268 : 8);
+    }
+    return bytes;
+}
+
+TEST_F(FreeList, ANodeCrossesAPageWhenNoOtherBlockCanBeHad) {
+    const TemporaryFile file(fullNode(/*crossing=*/1, /*end=*/0x7FFFFFF8));
+    ERFileManager(file.path(), 0).deallocate(284);
+    const auto nodes = freeList(file.bytes());
+    ASSERT_EQ(nodes.size(), 2u);
+    EXPECT_EQ(nodes[1].location, 3996u);
+    EXPECT_TRUE(nodes[1].entries.empty());
+}
+
+TEST_F(FreeList, ANodeTriesEightBlocksAndGivesThemBack) {
+    const TemporaryFile file(fullNode(/*crossing=*/32, /*end=*/200000));
+    ERFileManager(file.path(), 0).deallocate(284);
+    const auto nodes = freeList(file.bytes());
+    ASSERT_EQ(nodes.size(), 2u);
+    EXPECT_EQ(nodes[0].entries.size(), 23u);
+    EXPECT_EQ(nodes[1].location, 8u * 4096 + 3996);
+    EXPECT_EQ(nodes[1].entries.size(), 8u);
+    EXPECT_EQ(nodes[1].entries[7], std::pair(7 * 4096 + 3996, 268));
 }
 
 // The first write is the size word, the second the end of the data.

@@ -46,6 +46,12 @@ constexpr ERLong firstData = firstNode + nodeSize;
 constexpr ERLong firstLocation = firstData + sizeWordBytes;  // the least that a block can have
 constexpr ERULong smallestFree = 8;  // a block that leaves less of a free one takes all of it
 
+// A process that is killed may leave a write half done, but only where a page ends.
+constexpr ERLong pageSize = 4096;
+constexpr bool crossesPage(ERLong start, ERULong size) {
+    return start % pageSize + std::int64_t{size} > pageSize;
+}
+
 // Past the range: 64 bits, for a damaged file may name any start and any size.
 constexpr std::int64_t endOf(ERLong start, ERULong size) { return std::int64_t{start} + size; }
 
