@@ -66,6 +66,11 @@ void ERFileManager::deallocate(ERLong location) {
     listManager_->deallocate(location);
 }
 
+void ERFileManager::deallocateUnwritten(ERLong location, ERULong blockSize) {
+    if (location == -1 || location == root_ || listManager_ == nullptr) return;
+    listManager_->deallocateUnwritten(location, blockSize);
+}
+
 ERLong ERFileManager::allocateAtEnd(ERULong size) {
     if (!hasRoomAtEnd(size)) return -1;
     const ERLong start = end_;

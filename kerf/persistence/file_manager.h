@@ -34,8 +34,12 @@ public:
     ERLong allocate(ERULong size);
 
     /// As allocate, but the caller must write `blockSize` into the 4 bytes before the location,
-    /// with the data in one write. Until then the block cannot be freed.
+    /// with the data in one write. Until then deallocate leaves the block alone.
     ERLong allocateUnwritten(ERULong size, ERULong& blockSize);
+
+    /// Gives back such a block, written or not. On a full disk, a program that keeps trying would
+    /// otherwise move the end of the data up to its limit.
+    void deallocateUnwritten(ERLong location, ERULong blockSize);
 
     /// Gives the block back. Nothing happens for -1, for the root, and for a location that is no
     /// block's.

@@ -9,6 +9,7 @@
 #include "kerf/persistence/internal/free_list_chain.h"
 #include "kerf/persistence/internal/free_list_mirror.h"
 #include "kerf/persistence/internal/heap_layout.h"
+#include "kerf/platform/exceptions.h"
 
 namespace kerf {
 
@@ -41,6 +42,7 @@ public:
 
     Space allocate(ERULong wanted, SizeWord sizeWord);
     void deallocate(ERLong location);
+    void giveBack(const Space& space);
 
 private:
     class Change;
@@ -49,6 +51,7 @@ private:
     Space take(ERULong wanted, SizeWord sizeWord, EmptyNode emptyNode);
     void addToFreeList(ERLong location, ERULong size);
     void extendFreeList();
+    void lowerEnd(ERLong formerEnd);
     ERLong takeForNode(std::vector<Space>& setAside);
     void deleteNode();
 
@@ -149,8 +152,12 @@ void ERListManager::List::deallocate(ERLong location) {
     const ERLong start = location - heap::sizeWordBytes;
     const ERULong size = readHeader(start);
     if (size == 0 || size % 4 != 0 || heap::endOf(start, size) > file_.endData()) return;
+    giveBack({start, size});
+}
+
+void ERListManager::List::giveBack(const Space& space) {
     Change change(*this);
-    addToFreeList(start, size);
+    addToFreeList(space.start, space.size);
     change.done();
 }
 
@@ -164,6 +171,7 @@ void ERListManager::List::addToFreeList(ERLong location, ERULong size) {
 
 // Links a new node after the current one. The block that made the list grow is not entered in it.
 void ERListManager::List::extendFreeList() {
+    const ERLong formerEnd = file_.endData();
     std::vector<Space> setAside;
     const ERLong location = takeForNode(setAside);
     if (location == -1) return;
@@ -172,12 +180,29 @@ void ERListManager::List::extendFreeList() {
     FreeListNode former = chain_->node();
     FreeListNode added;
     added.next = former.next;
-    added.write(file_, location);
+    try {
+        added.write(file_, location);
+    } catch (const CFileException&) {
+        lowerEnd(formerEnd);
+        throw;
+    }
     former.next = location;
     writeNode(former);
     chain_->insertNext(location, added);
     leaveUnsoundMirror();
     for (const Space& space : setAside) addToFreeList(space.start, space.size);
+}
+
+// Gives back what was taken from the end of the file for a node that could not be written: on a full
+// disk each new try would take more.
+void ERListManager::List::lowerEnd(ERLong formerEnd) {
+    const ERLong end = file_.endData();
+    if (end <= formerEnd) return;
+    try {
+        file_.deallocateFromEnd(formerEnd, static_cast<ERULong>(end - formerEnd));
+    } catch (const CFileException&) {
+        // The blocks are lost; the caller hears of the failure that came first.
+    }
 }
 
 // Takes the space of a new node. It lies within one page where such a block can be had: a killed
@@ -265,5 +290,9 @@ ERLong ERListManager::allocateUnwritten(ERULong size, ERULong& blockSize) {
 }
 
 void ERListManager::deallocate(ERLong location) { list_->deallocate(location); }
+
+void ERListManager::deallocateUnwritten(ERLong location, ERULong blockSize) {
+    list_->giveBack({location - heap::sizeWordBytes, blockSize});
+}
 
 }  // namespace kerf

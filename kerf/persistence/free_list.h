@@ -55,6 +55,9 @@ public:
     /// of a block.
     void deallocate(ERLong location) override;
 
+    /// Gives back a block from allocateUnwritten whose size word is not in the file.
+    void deallocateUnwritten(ERLong location, ERULong blockSize);
+
 private:
     class List;
     std::shared_ptr<List> list_;

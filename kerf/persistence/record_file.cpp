@@ -16,6 +16,7 @@ ERLong RecordFile::beginRecord(ERULong size) {
     if (openRecords_ == records_.size()) records_.emplace_back();
     Record& record = records_[openRecords_++];
     record.start = location - static_cast<ERLong>(sizeof blockSize);
+    record.blockSize = blockSize;
     record.size = size + sizeof blockSize;
     record.bytes.clear();
     Seek(record.start, CFile::begin);
@@ -26,11 +27,26 @@ ERLong RecordFile::beginRecord(ERULong size) {
 void RecordFile::endRecord() {
     Record& record = records_[--openRecords_];
     Seek(record.start, CFile::begin);
-    writeThrough(record.bytes.data(), record.bytes.size());
+    try {
+        writeThrough(record.bytes.data(), record.bytes.size());
+    } catch (...) {
+        giveBack(record);
+        throw;
+    }
     if (record.bytes.capacity() > largestSpareBuffer) record.bytes = std::vector<char>();
 }
 
-void RecordFile::abandonRecord() { --openRecords_; }
+void RecordFile::abandonRecord() { giveBack(records_[--openRecords_]); }
+
+// Throws nothing: a store that an exception ends comes here.
+void RecordFile::giveBack(const Record& record) {
+    try {
+        const std::int64_t location = record.start + std::int64_t{sizeof record.blockSize};
+        deallocateUnwritten(static_cast<ERLong>(location), record.blockSize);
+    } catch (...) {
+        // The block is lost. The caller hears of the failure that came first.
+    }
+}
 
 // Doubling ends at the size of the record: a large one takes no more memory than its bytes.
 void RecordFile::Record::makeRoom(std::size_t needed) {

@@ -20,9 +20,10 @@ public:
     /// its data. Records nest: one may be opened and ended while another is being written. Returns
     /// the location of the data, or -1 when the file cannot hold it; nothing is open then.
     ERLong beginRecord(ERULong size);
-    /// Writes the innermost open record, its size word included, and closes it.
+    /// Writes the innermost open record, its size word included, and closes it. When the write
+    /// fails, the block is given back.
     void endRecord();
-    /// Closes the innermost open record and forgets what was written into it.
+    /// Closes the innermost open record, forgets what was written into it and gives its block back.
     void abandonRecord();
 
     void SetLength(std::int64_t newLength) override;
@@ -33,13 +34,15 @@ protected:
 
 private:
     struct Record {
-        std::int64_t start = 0;   ///< of the block: the place of its size word
+        std::int64_t start = 0;  ///< of the block: the place of its size word
+        ERULong blockSize = 0;
         std::size_t size = 0;     ///< bytes that belong to the record, its size word included
         std::vector<char> bytes;  ///< what is written so far, from the start
 
         void makeRoom(std::size_t needed);
     };
 
+    void giveBack(const Record& record);
     void flushRecords();
     void loadPage(std::int64_t position);
     void writeThrough(const void* data, std::size_t count);

@@ -193,6 +193,22 @@ TEST_F(DatabaseFaults, AProcessMayEndBetweenAnyTwoWrites) {
     sessionAtEachCall([&](std::uint64_t n) { backend.stopAtWrite(n); });
 }
 
+TEST_F(DatabaseFaults, TriesOnAFullDiskMoveTheEndNoFurther) {
+    OpenedBase base(place);
+    ASSERT_EQ(newNamed("first")->Save(&base), 1);
+    const ERLong end = base.fileManager()->endData();
+    const auto part = newNamed(std::string(5000, 'p')), whole = newNamed("whole", part);
+    backend.limitLength(end + 200);
+    for (int i = 0; i < 20; ++i) {
+        EXPECT_THROW(whole->Save(&base), CFileException);
+        EXPECT_EQ(base.fileManager()->endData(), end) << "try " << i;
+    }
+    backend.clear();
+    ASSERT_EQ(whole->Save(&base), 1);
+    EXPECT_EQ(nameOf(base.RetrieveAndCreate(1)), "first");
+    EXPECT_EQ(nameOf(base.RetrieveAndCreate(part->getObjectID())), part->name());
+}
+
 // The end of the file is put just below 2 GiB; the file stays sparse.
 TEST_F(DatabaseFaults, NothingIsAllocatedBehindTheLastLocation) {
     std::string bytes = smallDatabase();

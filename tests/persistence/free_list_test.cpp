@@ -277,6 +277,23 @@ TEST_F(FreeList, ANodeTriesEightBlocksAndGivesThemBack) {
     EXPECT_EQ(nodes[1].entries[7], std::pair(7 * 4096 + 3996, 268));
 }
 
+TEST_F(FreeList, ANodeThatADiskHasNoRoomForMovesTheEndNoFurther) {
+    TestFileBackend backend;
+    const ScopedFileBackend scope(backend);
+    for (const ERLong end : {2000, 3996}) {  // one node there, or a second one past the page
+        SCOPED_TRACE(testing::Message() << "end " << end);
+        const TemporaryFile file(fullNode(/*crossing=*/0, end));
+        ERFileManager manager(file.path(), 0);
+        backend.limitLength(end);
+        for (int i = 0; i < 3; ++i) EXPECT_THROW(manager.deallocate(284), CFileException);
+        EXPECT_EQ(manager.endData(), end);
+        EXPECT_EQ(wordAt(file.bytes(), 4), end);
+        backend.clear();
+        manager.deallocate(284);
+        EXPECT_EQ(freeList(file.bytes()).size(), 2u);
+    }
+}
+
 // The first write is the size word, the second the end of the data.
 TEST_F(FreeList, ABlockAtTheEndWhoseWriteFailsIsNotTaken) {
     TestFileBackend backend;

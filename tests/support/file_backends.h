@@ -54,6 +54,10 @@ public:
     /// taken in part, the next one fails.
     void fillDeviceAfter(std::uint64_t bytes) { roomLeft_ = bytes; }
 
+    /// The disk is full, as systems have it: what a file has can be written again, but it cannot
+    /// grow past that length.
+    void limitLength(std::int64_t length) { lengthLimit_ = length; }
+
     /// At the n-th write the world stops: that write leaves its first `torn` bytes in the file, and
     /// nothing reaches the file any more. That write and every later call fail; closing is silent.
     void stopAtWrite(std::uint64_t n, std::size_t torn = 0) {
@@ -66,6 +70,7 @@ public:
         plans_ = {};
         largestWrite_ = unlimited;
         roomLeft_ = std::numeric_limits<std::uint64_t>::max();
+        lengthLimit_ = std::numeric_limits<std::int64_t>::max();
         writesBeforeStop_ = std::numeric_limits<std::uint64_t>::max();
         stopped_ = disturbed_ = false;
     }
@@ -116,6 +121,8 @@ private:
             }
             std::size_t part = std::min(count, backend_.largestWrite_);
             if (part > backend_.roomLeft_) part = static_cast<std::size_t>(backend_.roomLeft_);
+            const std::int64_t below = std::max<std::int64_t>(backend_.lengthLimit_ - offset, 0);
+            part = static_cast<std::size_t>(std::min(static_cast<std::int64_t>(part), below));
             if (part < count) backend_.disturbed_ = true;
             if (part == 0 && count > 0) {
                 error = std::make_error_code(std::errc::no_space_on_device);
@@ -174,6 +181,7 @@ private:
     std::array<Plan, fileCallKinds> plans_{};
     std::size_t largestWrite_ = unlimited;
     std::uint64_t roomLeft_ = std::numeric_limits<std::uint64_t>::max();
+    std::int64_t lengthLimit_ = std::numeric_limits<std::int64_t>::max();
     std::uint64_t writesBeforeStop_ = std::numeric_limits<std::uint64_t>::max();
     std::size_t tornBytes_ = 0;
     bool stopped_ = false;
