@@ -12,16 +12,25 @@ static_assert(ERFileManager::firstData == heap::firstData);
 
 namespace {
 
-unsigned int openFlags(const char* name, int readOnly) {
+unsigned int accessFlags(int readOnly) {
     const unsigned int access = readOnly ? CFile::modeRead | CFile::shareDenyWrite
                                          : CFile::modeReadWrite | CFile::shareExclusive;
-    return access | CFile::typeBinary | (ERFile::Exists(name) ? 0u : CFile::modeCreate);
+    return access | CFile::typeBinary;
 }
+
+// Without truncation: another process may have made the file after the question whether it exists,
+// and what the system said of it may be wrong.
+constexpr unsigned int creation = CFile::modeCreate | CFile::modeNoTruncate;
 
 }  // namespace
 
 ERFileManager::ERFileManager(const char* name, int readOnlyMode)
-    : ERFile(name, openFlags(name, readOnlyMode)), readOnly_(readOnlyMode) {
+    : ERFileManager(name, readOnlyMode,
+                    ERFile::Exists(name) ? Missing::isFailure : Missing::isCreated) {}
+
+ERFileManager::ERFileManager(const char* name, int readOnlyMode, Missing missing)
+    : ERFile(name, accessFlags(readOnlyMode) | (missing == Missing::isCreated ? creation : 0u)),
+      readOnly_(readOnlyMode) {
     CFileStatus status;
     if (!GetStatus(status)) return;
 

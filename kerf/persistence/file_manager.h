@@ -23,9 +23,9 @@ public:
     /// list lie before it.
     static constexpr ERLong firstData = 280;
 
-    /// Opens the file, or creates it when there is none of that name. An empty file becomes a heap;
-    /// one that does not begin with the header of a heap has no list manager, and allocates
-    /// nothing.
+    /// Opens the file, or creates it when there is none of that name; what a file holds is never
+    /// emptied. An empty file becomes a heap; one that does not begin with the header of a heap has
+    /// no list manager, and allocates nothing.
     ERFileManager(const char* name, int readOnly);
     ~ERFileManager() override;
 
@@ -50,6 +50,11 @@ public:
     ERLong endData() const { return end_; }  ///< the first offset past all data
 
 protected:
+    /// For a caller that knows whether the file exists. When it has been made meanwhile, it is
+    /// opened as it is.
+    enum class Missing { isCreated, isFailure };
+    ERFileManager(const char* name, int readOnly, Missing missing);
+
     ERLong rootOffset() const;  ///< 12, where the free list begins
 
     /// Moves the end of the data up by `size` and returns where it was; -1, with nothing changed,

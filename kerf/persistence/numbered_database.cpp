@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <limits>
 
-#include "kerf/core/file.h"
 #include "kerf/persistence/file_manager.h"
 #include "kerf/persistence/tree_objects.h"
 #include "kerf/platform/exceptions.h"
@@ -31,8 +30,11 @@ ERDataBase::~ERDataBase() {
 int ERDataBase::Open(const char* name, int readOnly) {
     try {
         Close();
-        if (ERFile::Exists(name)) {
-            if (!base_.Open(name, readOnly)) return 0;
+        if (!base_.Open(name, readOnly)) return 0;
+        if (base_.isNew_) {
+            index_ = std::make_unique<ERAuxilaryIndex>(*base_.fileManager());
+            if (base_.Store(*index_) == indexID) return 1;
+        } else {
             const ERLong indexSignature = base_.getSignature(ERAuxilaryIndex::desc()->name);
             if (indexSignature != -1 && base_.signatureOf(indexID) == indexSignature) {
                 index_ = std::make_unique<ERAuxilaryIndex>();
@@ -41,10 +43,6 @@ int ERDataBase::Open(const char* name, int readOnly) {
                 nextEntry_ = std::max(index_->entries(), 0);
                 return 1;
             }
-        } else {
-            if (readOnly || !base_.Open(name, readOnly)) return 0;
-            index_ = std::make_unique<ERAuxilaryIndex>(*base_.fileManager());
-            if (base_.Store(*index_) == indexID) return 1;
         }
     } catch (const CFileException& failure) {
         showMessage("File Error", failure.what());

@@ -70,11 +70,7 @@ ERObjectDataBase::~ERObjectDataBase() {
 int ERObjectDataBase::Open(const char* name, int readOnly) {
     try {
         if (file_ != nullptr) Close();
-        if (ERFile::Exists(name)) {
-            if (!openExisting(name, readOnly)) closeFile();
-        } else if (!readOnly) {
-            create(name);
-        }
+        if (!openOrCreate(name, readOnly)) closeFile();
     } catch (const CFileException& failure) {
         showMessage("File Error", failure.what());
         closeFile();
@@ -85,9 +81,29 @@ int ERObjectDataBase::Open(const char* name, int readOnly) {
     return file_ != nullptr ? 1 : 0;
 }
 
-void ERObjectDataBase::create(const char* name) {
-    file_ = std::make_unique<RecordFile>(name, 0);
+// Whether the file exists is asked once, and a wrong answer does no harm: a file that is there is
+// never emptied, and one that has a root is a database, or none, whoever made it and when.
+bool ERObjectDataBase::openOrCreate(const char* name, int readOnly) {
+    const bool exists = ERFile::Exists(name) != 0;
+    if (exists) {
+        // An empty file is no database, and making a file manager of it would write into it.
+        ERFile probe(name, CFile::modeRead | CFile::shareDenyNone | CFile::typeBinary);
+        if (probe.IsEmpty()) return false;
+    } else if (readOnly) {
+        return false;
+    }
+    using Missing = RecordFile::Missing;
+    file_ = std::make_unique<RecordFile>(name, readOnly,
+                                         exists ? Missing::isFailure : Missing::isCreated);
+    if (exists || file_->start() != -1) return openExisting();
+    isNew_ = create();
+    return isNew_;
+}
+
+// False, with the file as it was, when it is no heap.
+bool ERObjectDataBase::create() {
     const ERLong header = file_->allocate(headerBlockSize);
+    if (header == -1) return false;
     classTree_ = std::make_unique<ERBTreeOnDisk>(*file_, smallCache, ERBTreeOnDisk::create,
                                                  classNameLength, 0, -1, treeOrder, treeOrder);
     objectTree_ = std::make_unique<ERBTreeOnDisk>(*file_, largeCache, ERBTreeOnDisk::create,
@@ -97,15 +113,10 @@ void ERObjectDataBase::create(const char* name) {
     const int words[] = {databaseMagic, classTreeLocation_, objectTreeLocation_, 0, 0, 0};
     file_->SeekTo(header);
     file_->Write(words, 6);
+    return true;
 }
 
-bool ERObjectDataBase::openExisting(const char* name, int readOnly) {
-    {
-        // An empty file is no database, and making a file manager of it would write into it.
-        ERFile probe(name, CFile::modeRead | CFile::shareDenyNone | CFile::typeBinary);
-        if (probe.IsEmpty()) return false;
-    }
-    file_ = std::make_unique<RecordFile>(name, readOnly);
+bool ERObjectDataBase::openExisting() {
     const ERLong header = file_->start();
     int words[6] = {};
     if (header < 0 || file_->SeekTo(header) != header || !file_->Read(words, 6)) return false;
@@ -170,6 +181,7 @@ void ERObjectDataBase::closeFile() {
     classTree_.reset();
     objectTree_.reset();
     file_.reset();
+    isNew_ = false;
     signatures_.clear();
     creators_.clear();
     specials_.clear();

@@ -89,6 +89,7 @@ protected:
 
 private:
     friend class ERObject;
+    friend class ERDataBase;  // which adds its index to a new base
 
     struct NameHash {
         using is_transparent = void;
@@ -98,8 +99,9 @@ private:
     };
     class PendingStore;
 
-    void create(const char* name);
-    bool openExisting(const char* name, int readOnly);
+    bool openOrCreate(const char* name, int readOnly);
+    bool create();
+    bool openExisting();
     void readClasses();
     void writeCounters();
     void closeFile();
@@ -109,6 +111,7 @@ private:
     ERULong signatureAt(ERLong location);
 
     std::unique_ptr<RecordFile> file_;
+    bool isNew_ = false;                         ///< this Open made the base
     std::unique_ptr<ERBTreeOnDisk> classTree_;   ///< class name, up to 60 bytes, to signature
     std::unique_ptr<ERBTreeOnDisk> objectTree_;  ///< object ID to record location
     ERLong classTreeLocation_ = -1;

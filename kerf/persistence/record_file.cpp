@@ -5,7 +5,8 @@
 
 namespace kerf {
 
-RecordFile::RecordFile(const char* name, int readOnlyMode) : ERFileManager(name, readOnlyMode) {}
+RecordFile::RecordFile(const char* name, int readOnlyMode, Missing missing)
+    : ERFileManager(name, readOnlyMode, missing) {}
 
 RecordFile::~RecordFile() = default;
 

@@ -13,7 +13,9 @@ namespace kerf {
 /// straight through. Readers and writers of records see a plain ERFile.
 class RecordFile : public ERFileManager {
 public:
-    RecordFile(const char* name, int readOnlyMode);
+    using ERFileManager::Missing;
+
+    RecordFile(const char* name, int readOnlyMode, Missing missing);
     ~RecordFile() override;
 
     /// Allocates a block for `size` bytes of data and opens it as a record, with the position at

@@ -9,6 +9,7 @@
 #include <set>
 #include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "kerf/persistence/file_manager.h"
@@ -207,6 +208,66 @@ TEST_F(DatabaseFaults, TriesOnAFullDiskMoveTheEndNoFurther) {
     ASSERT_EQ(whole->Save(&base), 1);
     EXPECT_EQ(nameOf(base.RetrieveAndCreate(1)), "first");
     EXPECT_EQ(nameOf(base.RetrieveAndCreate(part->getObjectID())), part->name());
+}
+
+// The n-th question about a file fails: whether it exists, or in what state it is.
+TEST_F(DatabaseFaults, NoQuestionThatFailsEmptiesABase) {
+    const std::string sound = smallDatabase();
+    for (Failing failing : {Failing::once, Failing::fromThenOn}) {
+        for (std::uint64_t n = 1; n < 5; ++n) {
+            SCOPED_TRACE(testing::Message() << "question " << n);
+            place.setBytes(sound);
+            backend.failCall(FileCall::status, n, failing);
+            {
+                ERDataBase base;
+                base.Open(place.path(), 0);
+            }
+            backend.clear();
+            EXPECT_EQ(place.bytes(), sound);
+        }
+    }
+}
+
+/// Lets something happen after the next question whether a file exists.
+class BetweenQuestionAndOpening : public TestFileBackend {
+public:
+    bool status(const char* path, CFileStatus& status) override {
+        ++questions;
+        const bool found = TestFileBackend::status(path, status);
+        if (event) std::exchange(event, {})();
+        return found;
+    }
+
+    std::function<void()> event;
+    int questions = 0;
+};
+
+TEST_F(DatabaseFaults, ABaseThatAnotherMadeMeanwhileIsOpened) {
+    BetweenQuestionAndOpening files;
+    const ScopedFileBackend installed(files);
+    files.event = [&] {
+        ERDataBase other;
+        ASSERT_EQ(other.Open(place.path(), 0), 1);
+        ASSERT_EQ(other.save(newNamed("theirs")), 0);
+        other.Close();
+        files.questions = 1;  // ours
+    };
+    ERDataBase base;
+    ASSERT_EQ(base.Open(place.path(), 0), 1);
+    EXPECT_EQ(files.questions, 1);
+    EXPECT_EQ(nameOf(base.restore(0)), "theirs");
+    EXPECT_EQ(base.save(newNamed("ours")), 1);
+}
+
+TEST_F(DatabaseFaults, ABaseThatAnotherIsMakingIsLeftToIt) {
+    BetweenQuestionAndOpening files;
+    const ScopedFileBackend installed(files);
+    ERDataBase other;
+    files.event = [&] { ASSERT_EQ(other.Open(place.path(), 0), 1); };
+    EXPECT_EQ(ERDataBase().Open(place.path(), 0), 0);
+    EXPECT_EQ(messages.size(), 1u);
+    EXPECT_EQ(other.save(newNamed("theirs")), 0);
+    EXPECT_EQ(nameOf(other.restore(0)), "theirs");
 }
 
 // The end of the file is put just below 2 GiB; the file stays sparse.
