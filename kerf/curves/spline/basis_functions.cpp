@@ -32,6 +32,68 @@ void fixedTriangle(const double* knots, unsigned int span, double u, double* val
     triangle(knots, span, u, Degree, left, right, values);
 }
 
+constexpr std::size_t derivativeScratch(std::size_t degree) { return (degree + 1) * (degree + 5); }
+
+inline void derivatives(const double* knots, unsigned int span, double u, unsigned int degree,
+                        unsigned int order, double* steps, double* table) {
+    const std::size_t size = std::size_t{degree} + 1;
+    std::fill_n(table, (std::size_t{order} + 1) * size, 0.0);
+
+    // Above the diagonal the functions of all degrees, column by column; below it one over
+    // the differences of knots by which they were divided.
+    double* const left = steps + size * size;
+    double* const right = left + size;
+    steps[0] = 1.0;
+    for (unsigned int j = 1; j <= degree; ++j) {
+        left[j] = u - knots[span + 1 - j];
+        right[j] = knots[span + j] - u;
+        double carried = 0.0;
+        for (unsigned int r = 0; r < j; ++r) {
+            steps[j * size + r] = 1.0 / (right[r + 1] + left[j - r]);
+            const double part = steps[r * size + j - 1] * steps[j * size + r];
+            steps[r * size + j] = carried + right[r + 1] * part;
+            carried = left[j - r] * part;
+        }
+        steps[j * size + j] = carried;
+    }
+    for (unsigned int r = 0; r <= degree; ++r) table[r] = steps[r * size + degree];
+
+    const unsigned int highest = std::min(order, degree);
+    double* former = right + size;
+    double* current = former + size;
+    for (unsigned int r = 0; r <= degree; ++r) {
+        former[0] = 1.0;
+        for (unsigned int k = 1; k <= highest; ++k) {
+            // The functions of degree degree - k that the k-th derivative of function r is made of
+            // have the numbers r - k to r, cut to those there are.
+            const unsigned int lower = degree - k;
+            double sum = 0.0;
+            for (unsigned int j = r >= k ? 0 : k - r; j <= k && r + j <= degree; ++j) {
+                const unsigned int number = r + j - k;
+                double coefficient = j < k ? former[j] : 0.0;
+                if (j > 0) coefficient -= former[j - 1];
+                coefficient *= steps[(lower + 1) * size + number];
+                current[j] = coefficient;
+                sum += coefficient * steps[number * size + lower];
+            }
+            table[k * size + r] = sum;
+            std::swap(former, current);
+        }
+    }
+    double factor = degree;
+    for (unsigned int k = 1; k <= highest; ++k) {
+        for (unsigned int r = 0; r <= degree; ++r) table[k * size + r] *= factor;
+        factor *= degree - k;
+    }
+}
+
+template <unsigned int Degree>
+void fixedDerivatives(const double* knots, unsigned int span, double u, unsigned int order,
+                      double* table) {
+    double work[derivativeScratch(Degree)];
+    derivatives(knots, span, u, Degree, order, work, table);
+}
+
 }  // namespace
 
 void basisFunctions(const double* knots, unsigned int span, double u, unsigned int degree,
@@ -54,58 +116,20 @@ void basisFunctions(const double* knots, unsigned int span, double u, unsigned i
 
 void basisDerivatives(const double* knots, unsigned int span, double u, unsigned int degree,
                       unsigned int order, double* table) {
-    const std::size_t size = std::size_t{degree} + 1;
-    std::fill_n(table, (std::size_t{order} + 1) * size, 0.0);
-
-    // Above the diagonal the functions of all degrees, column by column; below it the differences
-    // of knots by which they were divided.
-    constexpr std::size_t sizeOnStack = degreeOnStack + 1;
-    Scratch<sizeOnStack*(sizeOnStack + 4)> work(size * (size + 4));
-    double* const steps = work.data();
-    double* const left = steps + size * size;
-    double* const right = left + size;
-    steps[0] = 1.0;
-    for (unsigned int j = 1; j <= degree; ++j) {
-        left[j] = u - knots[span + 1 - j];
-        right[j] = knots[span + j] - u;
-        double carried = 0.0;
-        for (unsigned int r = 0; r < j; ++r) {
-            steps[j * size + r] = right[r + 1] + left[j - r];
-            const double part = steps[r * size + j - 1] / steps[j * size + r];
-            steps[r * size + j] = carried + right[r + 1] * part;
-            carried = left[j - r] * part;
-        }
-        steps[j * size + j] = carried;
+    switch (degree) {
+        case 1:
+            return fixedDerivatives<1>(knots, span, u, order, table);
+        case 2:
+            return fixedDerivatives<2>(knots, span, u, order, table);
+        case 3:
+            return fixedDerivatives<3>(knots, span, u, order, table);
+        case 4:
+            return fixedDerivatives<4>(knots, span, u, order, table);
+        default:
+            break;
     }
-    for (unsigned int r = 0; r <= degree; ++r) table[r] = steps[r * size + degree];
-
-    const unsigned int highest = std::min(order, degree);
-    double* former = right + size;
-    double* current = former + size;
-    for (unsigned int r = 0; r <= degree; ++r) {
-        former[0] = 1.0;
-        for (unsigned int k = 1; k <= highest; ++k) {
-            // The functions of degree degree - k that the k-th derivative of function r is made of
-            // have the numbers r - k to r, cut to those there are.
-            const unsigned int lower = degree - k;
-            double sum = 0.0;
-            for (unsigned int j = r >= k ? 0 : k - r; j <= k && r + j <= degree; ++j) {
-                const unsigned int number = r + j - k;
-                double coefficient = j < k ? former[j] : 0.0;
-                if (j > 0) coefficient -= former[j - 1];
-                coefficient /= steps[(lower + 1) * size + number];
-                current[j] = coefficient;
-                sum += coefficient * steps[number * size + lower];
-            }
-            table[k * size + r] = sum;
-            std::swap(former, current);
-        }
-    }
-    double factor = degree;
-    for (unsigned int k = 1; k <= highest; ++k) {
-        for (unsigned int r = 0; r <= degree; ++r) table[k * size + r] *= factor;
-        factor *= degree - k;
-    }
+    Scratch<derivativeScratch(degreeOnStack)> work(derivativeScratch(degree));
+    derivatives(knots, span, u, degree, order, work.data(), table);
 }
 
 }  // namespace kerf::spline

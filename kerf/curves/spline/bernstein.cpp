@@ -83,30 +83,63 @@ void hornerOfDimension(const double* poles, unsigned int n, double t, unsigned i
     }
 }
 
-template <unsigned int Dim>
-void derivativesOfDimension(const double* poles, unsigned int n, double t, unsigned int anyDim,
-                            double length, double* out) {
-    const std::size_t dim = Dim > 0 ? Dim : anyDim;
+// Of `count` points in place to count - 1, and what there is to tell of them on the way: second
+// differences of three points, the first difference of two. Inlined where Dim and count are known.
+inline void derivativeLevel(double* points, std::size_t count, std::size_t dim, double t,
+                            double factor, double secondFactor, double* out) {
+    const double s = 1.0 - t;
+    const double* const b = points + dim;
+    const double* const c = b + dim;
+    if (count == 2)
+        for (std::size_t k = 0; k < dim; ++k) out[dim + k] = factor * (b[k] - points[k]);
+    if (count == 3)
+        for (std::size_t k = 0; k < dim; ++k)
+            out[2 * dim + k] = secondFactor * ((c[k] - b[k]) - (b[k] - points[k]));
+    for (std::size_t k = 0; k < (count - 1) * dim; ++k) points[k] = s * points[k] + t * b[k];
+}
+
+void derivativesOfAnySize(const double* poles, unsigned int n, double t, std::size_t dim,
+                          double length, double* out) {
     std::fill_n(out, 3 * dim, 0.0);
     if (n == 0) return;
     PoleScratch work(n * dim);
     double* const points = work.data();
     std::copy_n(poles, n * dim, points);
-    const double s = 1.0 - t;
     const double factor = (n - 1.0) / length;
-    const double secondFactor = factor * (n - 2.0);
-    for (unsigned int count = n; count > 1; --count) {
-        const double* const b = points + dim;
-        const double* const c = b + dim;
-        if (count == 2)
-            for (std::size_t k = 0; k < dim; ++k) out[dim + k] = factor * (b[k] - points[k]);
-        if (count == 3)
-            for (std::size_t k = 0; k < dim; ++k)
-                out[2 * dim + k] = secondFactor * ((c[k] - b[k]) - (b[k] - points[k]));
-        for (std::size_t k = 0; k < (count - 1) * dim; ++k)
-            points[k] = s * points[k] + t * points[k + dim];
-    }
+    for (unsigned int count = n; count > 1; --count)
+        derivativeLevel(points, count, dim, t, factor, factor * (n - 2.0), out);
     std::copy_n(points, dim, out);
+}
+
+template <unsigned int Dim, unsigned int Count>
+void fixedDerivatives(const double* poles, double t, double length, double* out) {
+    double points[Count * Dim];
+    for (unsigned int k = 0; k < Count * Dim; ++k) points[k] = poles[k];
+    const double factor = (Count - 1.0) / length;
+    const double secondFactor = factor * (Count - 2.0);
+    if constexpr (Count > 4) derivativeLevel(points, 5, Dim, t, factor, secondFactor, out);
+    if constexpr (Count > 3) derivativeLevel(points, 4, Dim, t, factor, secondFactor, out);
+    if constexpr (Count > 2) derivativeLevel(points, 3, Dim, t, factor, secondFactor, out);
+    derivativeLevel(points, 2, Dim, t, factor, secondFactor, out);
+    for (unsigned int k = 0; k < Dim; ++k) out[k] = points[k];
+    if constexpr (Count == 2) std::fill_n(out + 2 * Dim, Dim, 0.0);
+}
+
+template <unsigned int Dim>
+void derivativesOfDimension(const double* poles, unsigned int n, double t, double length,
+                            double* out) {
+    switch (n) {
+        case 2:
+            return fixedDerivatives<Dim, 2>(poles, t, length, out);
+        case 3:
+            return fixedDerivatives<Dim, 3>(poles, t, length, out);
+        case 4:
+            return fixedDerivatives<Dim, 4>(poles, t, length, out);
+        case 5:
+            return fixedDerivatives<Dim, 5>(poles, t, length, out);
+        default:
+            return derivativesOfAnySize(poles, n, t, Dim, length, out);
+    }
 }
 
 void reversePoles(double* poles, unsigned int n, unsigned int dim) {
@@ -187,15 +220,20 @@ namespace spline {
 
 void casteljauDerivatives(const double* poles, unsigned int n, double t, unsigned int dim,
                           double length, double* out) {
+    // 9 and 12: points in space with their derivatives in the other direction of a surface.
     switch (dim) {
         case 2:
-            return derivativesOfDimension<2>(poles, n, t, dim, length, out);
+            return derivativesOfDimension<2>(poles, n, t, length, out);
         case 3:
-            return derivativesOfDimension<3>(poles, n, t, dim, length, out);
+            return derivativesOfDimension<3>(poles, n, t, length, out);
         case 4:
-            return derivativesOfDimension<4>(poles, n, t, dim, length, out);
+            return derivativesOfDimension<4>(poles, n, t, length, out);
+        case 9:
+            return derivativesOfDimension<9>(poles, n, t, length, out);
+        case 12:
+            return derivativesOfDimension<12>(poles, n, t, length, out);
         default:
-            return derivativesOfDimension<0>(poles, n, t, dim, length, out);
+            return derivativesOfAnySize(poles, n, t, dim, length, out);
     }
 }
 

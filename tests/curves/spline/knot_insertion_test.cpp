@@ -135,7 +135,7 @@ TYPED_TEST(KnotInsertion, IsUndoneByRemoval) {
             ReduceMul(after.poles, after.knots, after.degree, u);
         EXPECT_TRUE(after.knots.getVec() == before.knots.getVec());
         // Each removal may divide by a small ratio of spans.
-        EXPECT_LE(maxDifference(after.poles, before.poles), 1e-6)
+        EXPECT_LE(maxDifference(after.poles, before.poles), 1e-9)
             << "round " << round << " degree " << before.degree;
     }
     EXPECT_GT(removed, 100);
