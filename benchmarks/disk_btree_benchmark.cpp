@@ -11,7 +11,7 @@
 #include "benchmarks/counting_files.h"
 #include "kerf/persistence/disk_btree.h"
 #include "kerf/persistence/file_manager.h"
-#include "kerf/persistence/number_key.h"
+#include "kerf/persistence/internal/number_key.h"
 
 namespace {
 

@@ -1,95 +1,128 @@
-#include <cstdint>
-#include <cstring>
-#include <limits>
+#include <string>
+#include <vector>
 
 #include "kerf/persistence/disk_btree.h"
-#include "kerf/persistence/file_manager.h"
+#include "kerf/persistence/internal/tree_path.h"
 
-// How a change of several nodes survives any write that fails: new nodes are written first, while
-// nothing leads to them; then the one node, or the root's location, that makes all of them count at
-// once; the old nodes, which give up what the new ones have, last and from the top down. Until then
-// they hold more than their share, which disk_btree.cpp tells apart (ownKeys).
 namespace kerf {
 
+// An insertion, from the leaf at the end of the path up as far as nodes split.
+//
+// A change of several nodes survives any write that fails. New nodes are written first, while
+// nothing leads to them. Then comes the one write that makes all of them count at once: that of the
+// node above them, or that of the root's location. The old nodes, which give up what the new ones
+// have, come last and from the top down. Until then they hold more than their share, which
+// ownKeysOf tells apart.
+class ERBTreeOnDisk::Insertion {
+public:
+    Insertion(ERBTreeOnDisk& tree, const TreePath& path)
+        : tree_(tree), nodes_(*tree.nodes_), path_(path), promotedKey_(tree.keyLength(), 0) {}
+
+    int run(const char* key, ERLong value);
+
+private:
+    retStatus ins();
+    retStatus giveBackNewNodes();
+    void splitNode(ERDiskTreeNode& left, int position, ERDiskTreeNode& right);
+    retStatus growRoot();
+    void writeShrunkNodes();
+
+    void promote(const char* key, ERLong value);
+
+    ERBTreeOnDisk& tree_;
+    TreeNodes& nodes_;
+    const TreePath& path_;
+
+    // The key that goes up, and the son after it.
+    std::string promotedKey_;
+    ERLong promotedValue_ = -1;
+    ERLong promotedSon_ = -1;
+
+    // Of nodes that split: the new ones, and the old ones with what they are to keep.
+    struct ShrunkNode {
+        ERLong location;
+        std::vector<char> bytes;
+    };
+    std::vector<ERLong> newNodes_;
+    std::vector<ShrunkNode> shrunkNodes_;
+};
+
 int ERBTreeOnDisk::insertKeyAndValue(const char* key, ERLong value) {
-    if (!usable_) return 0;
-    prepareBlocks();
-    newNodes_.clear();
-    shrunkNodes_.clear();
-    const retStatus status = ins(key, value);
+    if (!isUsable() || path_->seek(*nodes_, key) != TreePath::End::absent) return 0;
+    return Insertion(*this, *path_).run(key, value);
+}
+
+int ERBTreeOnDisk::insertAt(const DiskTreePosition& position, ERLong value) {
+    if (!isUsable()) return 0;
+    if (position.path_ == nullptr || position.changes_ != nodes_->changes())
+        return insertKeyAndValue(position.key_.c_str(), value);
+    return position.isFound() ? 0
+                              : Insertion(*this, *position.path_).run(position.key_.c_str(), value);
+}
+
+int ERBTreeOnDisk::Insertion::run(const char* key, ERLong value) {
+    promote(key, value);
+    const retStatus status = ins();
     if (status == refused || (status == parentActs && growRoot() == refused)) return 0;
 
     // The key lies in a node that leads nowhere yet, or in the first one that is still to shrink.
     const bool isInShrunkLeaf =
-        !shrunkNodes_.empty() &&
-        2 * path_[static_cast<std::size_t>(depth_ - 1)].position < capacity();
-    if (!isInShrunkLeaf) countUp();
+        !shrunkNodes_.empty() && 2 * path_.last().position < tree_.shape_.capacity();
+    if (!isInShrunkLeaf) tree_.countUp();
     writeShrunkNodes();
-    if (isInShrunkLeaf) countUp();
+    if (isInShrunkLeaf) tree_.countUp();
     return 1;
 }
 
-// parentActs: the promoted key is to make a new root.
-ERBTreeOnDisk::retStatus ERBTreeOnDisk::ins(const char* key, ERLong value) {
-    if (descend(key) != Descent::absent) return refused;
-    copyKey(promotedKey_.data(), key);
+void ERBTreeOnDisk::Insertion::promote(const char* key, ERLong value) {
+    tree_.shape_.copyKey(promotedKey_.data(), key);
     promotedValue_ = value;
-    promotedSon_ = -1;
+}
 
-    ERDiskTreeNode work = node(workBlock_.get());
-    for (int level = depth_ - 1; level >= 0; --level) {
-        const Step& step = path_[static_cast<std::size_t>(level)];
-        if (!copyNode(step.location, work)) return giveBackNewNodes();
-        if (work.counter() < capacity()) {
-            work.insert(promotedKey_.data(), promotedValue_, step.position, promotedSon_);
-            writeNode(step.location, work);
+// parentActs: the promoted key is to make a new root.
+ERBTreeOnDisk::retStatus ERBTreeOnDisk::Insertion::ins() {
+    ERDiskTreeNode here = nodes_.work(0);
+    for (int level = path_.depth() - 1; level >= 0; --level) {
+        const TreePath::Step& step = path_.step(level);
+        if (!nodes_.copy(step.location, here)) return giveBackNewNodes();
+        if (here.counter() < tree_.shape_.capacity()) {
+            here.insert(promotedKey_.data(), promotedValue_, step.position, promotedSon_);
+            nodes_.write(step.location, here);
             return done;
         }
-        if (newNodes_.empty() && !hasRoomForNodes(depth_ + 1)) return refused;
-        splitNode(step.position);
-        promotedSon_ = allocateNode(node(secondBlock_.get()));
+        if (newNodes_.empty() && !nodes_.hasRoomFor(path_.depth() + 1)) return refused;
+        ERDiskTreeNode right = nodes_.work(1);
+        splitNode(here, step.position, right);
+        promotedSon_ = nodes_.add(right);
         if (promotedSon_ == -1) return giveBackNewNodes();
         newNodes_.push_back(promotedSon_);
-        shrunkNodes_.push_back({step.location, std::make_unique<char[]>(nodeSize_)});
-        std::memcpy(shrunkNodes_.back().block.get(), work.block_, nodeSize_);
+        shrunkNodes_.push_back(
+            {step.location, {here.bytes(), here.bytes() + tree_.shape_.nodeSize()}});
     }
-    if (depth_ == 0 && !hasRoomForNodes(1)) return refused;
-    return parentActs;
+    return path_.depth() > 0 || nodes_.hasRoomFor(1) ? parentActs : refused;
 }
 
-// Whether so many nodes fit below the largest location, behind all data.
-bool ERBTreeOnDisk::hasRoomForNodes(int count) const {
-    constexpr std::int64_t wordsAround = 8;  // the size word, and rounding
-    return file_->endData() + count * (std::int64_t{nodeSize_} + wordsAround) <=
-           std::numeric_limits<ERLong>::max();
-}
-
-ERBTreeOnDisk::retStatus ERBTreeOnDisk::giveBackNewNodes() {
-    shrunkNodes_.clear();
-    for (const ERLong location : newNodes_) releaseNode(location);
-    newNodes_.clear();
+ERBTreeOnDisk::retStatus ERBTreeOnDisk::Insertion::giveBackNewNodes() {
+    for (const ERLong location : newNodes_) nodes_.release(location);
     return refused;
 }
 
-// Splits the full node in workBlock, into which the promoted key belongs at `position`: the left
-// half stays there, the right half goes to secondBlock, and the key between becomes the promoted
-// one. With m the order: behind the middle the key at m goes up, and the right half has m keys with
-// the new one; in front of it the last of the left half goes up when the new one is in; in the
-// middle the new key itself goes up.
-void ERBTreeOnDisk::splitNode(int position) {
-    const int middle = capacity() / 2;
-    ERDiskTreeNode left = node(workBlock_.get());
-    ERDiskTreeNode right = node(secondBlock_.get());
+// Splits a full node, into which the promoted key belongs at `position`: the left half stays, the
+// right half goes to a new node, and a key between them becomes the promoted one. With m the order:
+// after the middle the key at m goes up, and the right half has m keys with the new one. Before it
+// the last of the left half goes up when the new one is in. In the middle the new key itself goes
+// up.
+void ERBTreeOnDisk::Insertion::splitNode(ERDiskTreeNode& left, int position,
+                                         ERDiskTreeNode& right) {
+    const int middle = tree_.shape_.capacity() / 2;
     right.initialize();
-
     if (position > middle) {
         const int moved = middle - 1;
         right.copyKeys(left, middle + 1, 0, moved);
         right.copySons(left, middle + 1, 0, moved + 1);
         right.setCounter(moved);
         right.insert(promotedKey_.data(), promotedValue_, position - middle - 1, promotedSon_);
-        copyKey(promotedKey_.data(), left.keys(middle));
-        promotedValue_ = left.items(middle);
+        promote(left.keys(middle), left.items(middle));
         left.keepFirst(middle);
         return;
     }
@@ -102,27 +135,25 @@ void ERBTreeOnDisk::splitNode(int position) {
         return;
     }
     left.insert(promotedKey_.data(), promotedValue_, position, promotedSon_);
-    copyKey(promotedKey_.data(), left.keys(middle));
-    promotedValue_ = left.items(middle);
+    promote(left.keys(middle), left.items(middle));
     left.keepFirst(middle);
 }
 
 // A new root above the promoted key: the old root on its left, the promoted son on its right.
-ERBTreeOnDisk::retStatus ERBTreeOnDisk::growRoot() {
-    ERDiskTreeNode root = node(secondBlock_.get());
+ERBTreeOnDisk::retStatus ERBTreeOnDisk::Insertion::growRoot() {
+    ERDiskTreeNode root = nodes_.work(1);
     root.initialize();
-    root.setSon(0, info_.root);
+    root.setSon(0, nodes_.root());
     root.insert(promotedKey_.data(), promotedValue_, 0, promotedSon_);
-    const ERLong location = allocateNode(root);
+    const ERLong location = nodes_.add(root);
     if (location == -1) return giveBackNewNodes();
-    setRoot(location, root.block_);
+    tree_.setRoot(location, &root);
     return done;
 }
 
-void ERBTreeOnDisk::writeShrunkNodes() {
+void ERBTreeOnDisk::Insertion::writeShrunkNodes() {
     for (auto shrunk = shrunkNodes_.rbegin(); shrunk != shrunkNodes_.rend(); ++shrunk)
-        writeNode(shrunk->location, node(shrunk->block.get()));
-    shrunkNodes_.clear();
+        nodes_.write(shrunk->location, {tree_.shape_, shrunk->bytes.data()});
 }
 
 }  // namespace kerf

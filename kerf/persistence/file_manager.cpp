@@ -2,7 +2,6 @@
 
 #include <limits>
 
-#include "kerf/persistence/disk_btree.h"
 #include "kerf/persistence/free_list.h"
 #include "kerf/persistence/internal/heap_layout.h"
 
@@ -50,8 +49,22 @@ ERFileManager::ERFileManager(const char* name, int readOnlyMode, Missing missing
     listManager_ = std::make_unique<ERListManager>(this, 1);
 }
 
+FileEndListener::~FileEndListener() = default;
+
 ERFileManager::~ERFileManager() {
-    while (!trees_.empty()) trees_.back()->leaveFile();
+    while (!listeners_.empty()) {
+        FileEndListener* const last = listeners_.back();
+        listeners_.pop_back();
+        last->fileEnds();
+    }
+}
+
+void ERFileManager::addListener(FileEndListener& listener) { listeners_.push_back(&listener); }
+
+void ERFileManager::removeListener(FileEndListener& listener) { std::erase(listeners_, &listener); }
+
+bool ERFileManager::holds(ERLong location, ERULong size) const {
+    return location > firstData && std::int64_t{location} + size <= end_;
 }
 
 ERLong ERFileManager::rootOffset() const { return heap::firstNode; }

@@ -6,8 +6,21 @@
 
 namespace kerf {
 
-class ERBTreeOnDisk;
 class ERListManager;
+
+/// Hears of the end of a file manager, while the file is still open. It is no longer one of the
+/// listeners then.
+class KERF_EXPORT FileEndListener {
+public:
+    FileEndListener() = default;
+    FileEndListener(const FileEndListener&) = delete;
+    FileEndListener& operator=(const FileEndListener&) = delete;
+
+    virtual void fileEnds() = 0;
+
+protected:
+    ~FileEndListener();
+};
 
 /// A file that is a heap of blocks of any size. The first block ever allocated is the file's root,
 /// from which everything else is found; it is never freed.
@@ -49,6 +62,13 @@ public:
     ERLong start() const { return root_; }   ///< the root's location, -1 while there is none
     ERLong endData() const { return end_; }  ///< the first offset past all data
 
+    /// Whether `size` bytes at the location lie where blocks have their data. On a damaged file
+    /// this says nothing of what the file really has.
+    bool holds(ERLong location, ERULong size) const;
+
+    void addListener(FileEndListener& listener);
+    void removeListener(FileEndListener& listener);
+
 protected:
     /// For a caller that knows whether the file exists. When it has been made meanwhile, it is
     /// opened as it is.
@@ -69,7 +89,6 @@ protected:
 
 private:
     friend class ERListManager;
-    friend class ERBTreeOnDisk;  // which hears of the end of the file
 
     ERLong keepAsRoot(ERLong location);
     void writeWord(ERLong offset, ERLong& field, ERLong value);
@@ -79,7 +98,7 @@ private:
     std::unique_ptr<ERListManager> listManager_;
     ERLong root_ = -1;
     ERLong end_ = -1;
-    std::vector<ERBTreeOnDisk*> trees_;  // those that work on the file
+    std::vector<FileEndListener*> listeners_;
 };
 
 }  // namespace kerf

@@ -8,7 +8,7 @@
 #include <utility>
 
 #include "kerf/persistence/disk_btree.h"
-#include "kerf/persistence/number_key.h"
+#include "kerf/persistence/internal/number_key.h"
 #include "kerf/persistence/record_file.h"
 #include "kerf/platform/exceptions.h"
 #include "kerf/platform/sinks.h"
@@ -36,7 +36,6 @@ constexpr unsigned int classNameLength = 60;
 constexpr unsigned int treeOrder = 10;
 constexpr unsigned int smallCache = 10;
 constexpr unsigned int largeCache = 1000;
-constexpr ERULong treeInfoSize = 40;
 constexpr ERULong signatureSize = 4;
 
 std::string_view cutName(const char* name) {
@@ -126,11 +125,8 @@ bool ERObjectDataBase::openExisting() {
     lastObjectID_ = std::max(words[3], 0);
     objectCount_ = static_cast<ERULong>(words[4]);
     lastSignature_ = static_cast<ERULong>(std::max(words[5], 0));
-    const auto holds = [this](ERLong location) {
-        return location > file_->start() && static_cast<ERULong>(location) + treeInfoSize <=
-                                                static_cast<ERULong>(file_->endData());
-    };
-    if (!holds(classTreeLocation_) || !holds(objectTreeLocation_)) return false;
+    if (!ERBTreeOnDisk::canHaveInfoAt(*file_, classTreeLocation_)) return false;
+    if (!ERBTreeOnDisk::canHaveInfoAt(*file_, objectTreeLocation_)) return false;
     classTree_ =
         std::make_unique<ERBTreeOnDisk>(*file_, smallCache, ERBTreeOnDisk::open, classNameLength, 0,
                                         classTreeLocation_, treeOrder, treeOrder);
@@ -243,7 +239,7 @@ public:
 
     // Gives the object the ID that its record will have: its parts may refer back to it.
     bool identify() {
-        id = isNew ? base.freeID() : formerID;
+        id = isNew ? base.freeID(place) : formerID;
         if (id == -1) return false;
         if (isNew) {
             base.lastObjectID_ = id;
@@ -266,6 +262,7 @@ public:
     const ERLong position;  // this store may run inside the saveGuts of another object
     const bool isNew;
     ERLong id = -1;
+    DiskTreePosition place;  // of a new ID in the object tree
     bool recordOpen = false;
     bool complete = false;
 };
@@ -295,8 +292,9 @@ ERLong ERObjectDataBase::Store(ERObject& object) {
     ERLong formerLocation = -1;
     if (entered) {
         const NumberKey key(pending.id);
-        entered = (!pending.isNew && objectTree_->replaceValue(key, location, formerLocation)) ||
-                  objectTree_->insertKeyAndValue(key, location);
+        entered = pending.isNew ? objectTree_->insertAt(pending.place, location)
+                                : objectTree_->replaceValue(key, location, formerLocation) ||
+                                      objectTree_->insertKeyAndValue(key, location);
     }
     if (!entered) {
         file_->deallocate(location);
@@ -309,9 +307,11 @@ ERLong ERObjectDataBase::Store(ERObject& object) {
 
 // The first ID behind the last one that the tree does not hold (after a crash it holds some that
 // the header does not know of); -1 when there is none left.
-ERLong ERObjectDataBase::freeID() {
-    for (ERLong id = lastObjectID_; id < std::numeric_limits<ERLong>::max();)
-        if (!objectTree_->containsBeforeInsertion(NumberKey(++id))) return id;
+ERLong ERObjectDataBase::freeID(DiskTreePosition& place) {
+    for (ERLong id = lastObjectID_; id < std::numeric_limits<ERLong>::max();) {
+        place = objectTree_->seek(NumberKey(++id));
+        if (!place.isFound()) return id;
+    }
     return -1;
 }
 
@@ -397,8 +397,9 @@ ERULong ERObjectDataBase::signatureAt(ERLong location) {
 }
 
 ERLong ERObjectDataBase::InsertSpecial(ERLong value) {
-    const ERLong id = file_ == nullptr ? -1 : freeID();
-    if (id == -1 || !objectTree_->insertKeyAndValue(NumberKey(id), value)) return -1;
+    DiskTreePosition place;
+    const ERLong id = file_ == nullptr ? -1 : freeID(place);
+    if (id == -1 || !objectTree_->insertAt(place, value)) return -1;
     lastObjectID_ = id;
     specials_.insert(id);
     return id;

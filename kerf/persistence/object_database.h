@@ -13,6 +13,7 @@
 
 namespace kerf {
 
+class DiskTreePosition;
 class ERBTreeOnDisk;
 class ERFileManager;
 class RecordFile;
@@ -105,7 +106,7 @@ private:
     void readClasses();
     void writeCounters();
     void closeFile();
-    ERLong freeID();
+    ERLong freeID(DiskTreePosition& place);
     ERLong findRecord(ERLong id, ERULong& signature);
     bool mayBeRecord(ERLong location) const;
     ERULong signatureAt(ERLong location);

@@ -1,11 +1,10 @@
 #include "kerf/persistence/tree_objects.h"
 
-#include <cstring>
 #include <ostream>
 
 #include "kerf/core/file.h"
-#include "kerf/persistence/file_manager.h"
-#include "kerf/persistence/number_key.h"
+#include "kerf/persistence/disk_btree.h"
+#include "kerf/persistence/internal/number_key.h"
 
 namespace kerf {
 
@@ -17,7 +16,6 @@ namespace {
 constexpr unsigned int indexCache = 10;
 constexpr unsigned int namedTreeCache = 1000;
 constexpr unsigned int treeOrder = 10;
-constexpr ERULong treeInfoSize = 40;
 
 std::unique_ptr<ERBTreeOnDisk> numberTree(ERFileManager& file, unsigned int cacheSlots,
                                           ERBTreeOnDisk::createMode mode, ERLong location) {
@@ -38,10 +36,7 @@ void StoredNumberTree::create(ERFileManager& file, unsigned int cacheSlots) {
 
 void StoredNumberTree::open(ERFileManager& file, unsigned int cacheSlots) {
     tree_.reset();
-    const bool inFile =
-        treeLocation_ > file.start() &&
-        static_cast<ERULong>(treeLocation_) + treeInfoSize <= static_cast<ERULong>(file.endData());
-    if (!inFile) return;
+    if (!ERBTreeOnDisk::canHaveInfoAt(file, treeLocation_)) return;
     tree_ = numberTree(file, cacheSlots, ERBTreeOnDisk::open, treeLocation_);
     if (tree_->keyLength() != NumberKey::length || !tree_->ignoreNulls()) tree_.reset();
 }

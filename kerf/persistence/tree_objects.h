@@ -3,11 +3,13 @@
 
 #include "kerf/core/object.h"
 #include "kerf/core/string.h"
-#include "kerf/persistence/disk_btree.h"
 
 // Stored objects that hold a tree of numbers in the file that they are stored in. The tree works on
 // that file: it is empty once the file is closed, and such an object has no copy.
 namespace kerf {
+
+class ERBTreeOnDisk;
+class ERFileManager;
 
 /// A tree from long to long, kept by a stored object that knows where in the file the tree lies.
 /// Before it is created or reloaded the tree is not there: it then finds nothing and takes nothing.

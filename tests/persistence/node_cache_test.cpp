@@ -1,4 +1,4 @@
-#include "kerf/persistence/node_cache.h"  // first, so that it proves it needs nothing before it
+#include "kerf/persistence/internal/node_cache.h"  // first, so that it proves it needs nothing before it
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "kerf/persistence/node_cache.h"
+#include "kerf/persistence/internal/node_cache.h"
 
 #include <algorithm>
 #include <cstring>

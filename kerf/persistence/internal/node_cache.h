@@ -29,7 +29,7 @@ public:
     /// does not hold it whole.
     int read(ERLong location, void* target);
 
-    /// Writes the block to the file and keeps it. Answers 1.
+    /// Writes the block to the file and keeps it. Returns 1.
     int write(ERLong location, const void* source);
 
     /// As read, in place: null, or the block until the next call of this object.
