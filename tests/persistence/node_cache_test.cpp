@@ -3,10 +3,12 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <list>
 #include <string>
 #include <vector>
 
 #include "kerf/core/file.h"
+#include "kerf/platform/exceptions.h"
 #include "tests/persistence/heap_support.h"
 #include "tests/support/file_backends.h"
 #include "tests/support/temporary_file.h"
@@ -16,55 +18,91 @@ namespace {
 
 using namespace test;
 
-// Oracle: every entry in use gets older, and the first of the oldest is given up.
-TEST(NodeCache, KeepsAndDropsTheBlocksThatScanningTheAgesWould) {
-    constexpr unsigned int blockSize = 12;
-    struct Entry {
-        ERLong location;
-        unsigned int age;
-    };
+constexpr unsigned int blockSize = 12;
+
+// A file of forty blocks, each of one character, behind a backend that counts and disturbs.
+class NodeCache : public testing::Test {
+protected:
+    NodeCache() {
+        for (const std::string& block : blocks) file.Write(block.data(), blockSize);
+    }
+    static ERLong locationOf(std::size_t i) { return static_cast<ERLong>(i * blockSize); }
+    static std::string readThrough(ERCacheManager& cache, std::size_t i) {
+        std::string block(blockSize, '?');
+        EXPECT_EQ(cache.read(locationOf(i), block.data()), 1);
+        return block;
+    }
+
     TestFileBackend backend;
-    const ScopedFileBackend scope(backend);
+    const ScopedFileBackend scope{backend};
     const TemporaryFile onDisk;
-    ERFile file(onDisk.path(), CFile::modeCreate | CFile::modeReadWrite);
-    std::vector<std::string> expected(40, std::string(blockSize, 'a'));
-    for (const std::string& block : expected) file.Write(block.data(), blockSize);
+    ERFile file{onDisk.path(), CFile::modeCreate | CFile::modeReadWrite};
+    std::vector<std::string> blocks = std::vector<std::string>(40, std::string(blockSize, 'a'));
+};
+
+// Oracle: a list in the order of last use.
+TEST_F(NodeCache, KeepsTheBlocksThatWereUsedLast) {
     for (const unsigned int slots : {0u, 1u, 2u, 3u, 10u}) {
+        SCOPED_TRACE(testing::Message() << slots << " slots, which are the seed too");
         Draws draw(slots);
         ERCacheManager cache(&file, blockSize, slots);
-        std::vector<Entry> model;
+        std::list<std::size_t> held;
         for (int step = 0; step < 3000; ++step) {
-            const unsigned int i = draw(draw(4) == 0 ? 40 : 6);
-            const auto location = static_cast<ERLong>(i * blockSize);
-            for (Entry& entry : model) ++entry.age;
-            auto used = std::find_if(model.begin(), model.end(), [&](const Entry& entry) {
-                return entry.location == location;
-            });
-            const bool hit = used != model.end();
-            if (!hit && model.size() < std::max(slots, 1u))
-                used = model.insert(model.end(), Entry{});
-            else if (!hit)
-                used = std::max_element(model.begin(), model.end(),
-                                        [](auto& a, auto& b) { return a.age < b.age; });
-            *used = {location, 0};
+            const std::size_t i = draw(draw(4) == 0 ? 40 : 6);
+            const bool hit = std::erase(held, i) != 0;
+            held.push_front(i);
+            if (held.size() > std::max(slots, 1u)) held.pop_back();
             backend.resetCounts();
             if (draw(3) == 0) {
-                expected[i].assign(blockSize, static_cast<char>(draw(256)));
-                ASSERT_EQ(cache.write(location, expected[i].data()), 1);
+                blocks[i].assign(blockSize, static_cast<char>(draw(256)));
+                ASSERT_EQ(cache.write(locationOf(i), blocks[i].data()), 1);
                 ASSERT_EQ(backend.calls(FileCall::write), 1u);
             } else {
-                std::string block(blockSize, '?');
-                ASSERT_EQ(cache.read(location, block.data()), 1);
-                ASSERT_EQ(block, expected[i]);
+                ASSERT_EQ(readThrough(cache, i), blocks[i]);
                 ASSERT_EQ(backend.calls(FileCall::read), hit ? 0u : 1u);
             }
-            ASSERT_EQ(cache.used(), model.size());
-            for (unsigned int slot = 0; slot < cache.used(); ++slot) {
-                ASSERT_EQ(cache.age(slot), model[slot].age);
-                ASSERT_EQ(cache.location(slot), model[slot].location);
-            }
+            ASSERT_EQ(cache.used(), held.size());
+            ASSERT_EQ(cache.location(cache.LRU()), locationOf(held.back()));
         }
     }
+}
+
+TEST_F(NodeCache, ForgetsABlockWhoseWriteFailedHalfway) {
+    ERCacheManager cache(&file, blockSize, 4);
+    readThrough(cache, 3);
+    backend.fillDeviceAfter(blockSize / 2);
+    EXPECT_THROW(cache.write(locationOf(3), std::string(blockSize, 'b').data()), CFileException);
+    backend.clear();
+    EXPECT_EQ(readThrough(cache, 3), "bbbbbbaaaaaa");
+}
+
+TEST_F(NodeCache, ReadsEveryBlockAgainOnceAllAreInvalid) {
+    ERCacheManager cache(&file, blockSize, 4);
+    readThrough(cache, 1);
+    readThrough(cache, 2);
+    cache.invalidate();
+    backend.resetCounts();
+    EXPECT_EQ(readThrough(cache, 2), blocks[2]);
+    EXPECT_EQ(readThrough(cache, 1), blocks[1]);
+    EXPECT_EQ(backend.calls(FileCall::read), 2u);
+}
+
+TEST_F(NodeCache, TakesNoSlotForWhatCannotBeRead) {
+    ERCacheManager cache(&file, blockSize, 10);
+    std::string block(blockSize, '?');
+    const std::string untouched = block;
+    for (const ERLong location : {-1, 469, 480, 2147483647})
+        EXPECT_EQ(cache.read(location, block.data()), 0) << location;
+    backend.failCall(FileCall::read, 1);
+    EXPECT_THROW(cache.read(0, block.data()), CFileException);
+    EXPECT_EQ(cache.used(), 0u);
+    EXPECT_EQ(block, untouched);
+}
+
+TEST_F(NodeCache, HoldsNoMoreThanTheFileDoesWhereBlocksOverlap) {
+    ERCacheManager cache(&file, blockSize, 1000);
+    for (ERLong location = 0; location <= 468; ++location) ASSERT_NE(cache.peek(location), nullptr);
+    EXPECT_LE(cache.used(), 41u);
 }
 
 }  // namespace

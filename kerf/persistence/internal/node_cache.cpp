@@ -19,14 +19,16 @@ ERCacheManager::ERCacheManager(ERFile* cachedFile, unsigned int sizeOfBlocks, un
 ERCacheManager::~ERCacheManager() = default;
 
 const char* ERCacheManager::peek(ERLong location) {
-    bool hit = false;
-    const unsigned int slot = slotFor(location, hit);
-    touch(slot);
-    if (!hit) {
-        file_->SeekTo(location);
-        if (!file_->Read(block(slot), blockSize_)) return nullptr;
-        assign(slot, location);
+    const int held = ageAndFindSlot(location);
+    if (held != -1) {
+        touch(static_cast<unsigned int>(held));
+        return block(static_cast<unsigned int>(held));
     }
+    if (location < 0 || std::int64_t{location} + blockSize_ > file_->GetLength()) return nullptr;
+    const unsigned int slot = emptySlot();
+    file_->SeekTo(location);
+    if (!file_->Read(block(slot), blockSize_)) return nullptr;
+    keep(slot, location);
     return block(slot);
 }
 
@@ -37,20 +39,15 @@ int ERCacheManager::read(ERLong location, void* target) {
     return 1;
 }
 
-// A write that fails leaves the file in a state that is not known here: the slot then holds nothing.
+// After a write that failed nobody knows what the file has there: no slot holds the block then.
 int ERCacheManager::write(ERLong location, const void* source) {
-    bool hit = false;
-    const unsigned int slot = slotFor(location, hit);
-    touch(slot);
-    try {
-        file_->SeekTo(location);
-        file_->Write(static_cast<const char*>(source), blockSize_);
-    } catch (...) {
-        release(slot);
-        throw;
-    }
+    const int held = ageAndFindSlot(location);
+    const unsigned int slot = held != -1 ? static_cast<unsigned int>(held) : emptySlot();
+    if (held != -1) release(slot);
+    file_->SeekTo(location);
+    file_->Write(static_cast<const char*>(source), blockSize_);
     std::memcpy(block(slot), source, blockSize_);
-    if (!hit) assign(slot, location);
+    keep(slot, location);
     return 1;
 }
 
@@ -73,15 +70,16 @@ int ERCacheManager::ageAndFindSlot(ERLong location) {
 }
 
 unsigned int ERCacheManager::getFreeSlot() {
-    if (used() >= slots_) return LRU();
-    const unsigned int slot = used();
-    const std::size_t needed = std::size_t{slot + 1} * blockSize_;
-    if (buffer_.size() < needed)
-        buffer_.resize(
-            std::min(std::max(needed, 2 * buffer_.size()), std::size_t{slots_} * blockSize_));
-    entries_.push_back({-1, none, none, clock_});
-    linkNewest(slot);
+    if (isFull()) return LRU();
+    const unsigned int slot = emptySlot();
+    addEntry();
     return slot;
+}
+
+// Blocks that overlap, to which a damaged file may lead, take no more memory than the file has
+// bytes.
+bool ERCacheManager::isFull() const {
+    return used() >= slots_ || std::int64_t{used()} * blockSize_ > file_->GetLength();
 }
 
 unsigned int ERCacheManager::age(unsigned int slot) const {
@@ -94,14 +92,28 @@ ERLong ERCacheManager::location(unsigned int slot) const {
     return entries_[slot].location;
 }
 
-// The slot that holds the location, or an emptied one for it.
-unsigned int ERCacheManager::slotFor(ERLong location, bool& hit) {
-    const int held = ageAndFindSlot(location);
-    hit = held != -1;
-    if (hit) return static_cast<unsigned int>(held);
-    const unsigned int slot = getFreeSlot();
-    release(slot);
-    return slot;
+// A slot that holds nothing. Unless something is kept in it, it is the next to be given again.
+unsigned int ERCacheManager::emptySlot() {
+    if (isFull()) {
+        release(LRU());
+        return LRU();
+    }
+    const std::size_t needed = std::size_t{used() + 1} * blockSize_;
+    if (buffer_.size() < needed)
+        buffer_.resize(
+            std::min(std::max(needed, 2 * buffer_.size()), std::size_t{slots_} * blockSize_));
+    return used();
+}
+
+void ERCacheManager::keep(unsigned int slot, ERLong location) {
+    if (slot == used()) addEntry();
+    touch(slot);
+    assign(slot, location);
+}
+
+void ERCacheManager::addEntry() {
+    entries_.push_back({-1, none, none, clock_});
+    linkNewest(used() - 1);
 }
 
 void ERCacheManager::touch(unsigned int slot) {

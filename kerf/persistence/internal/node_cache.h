@@ -16,7 +16,10 @@ class ERFile;
 ///
 /// The age of a slot is the number of reads and writes since its last use. The first `slots` blocks
 /// take free slots; then the slot of the greatest age is given up.
-/// Failure: the platform's exceptions pass; the slot concerned then holds nothing.
+/// Failure: the platform's exceptions pass. No slot is taken by a read that fails; one that was
+///          given up for it holds nothing, and is the next to be given up.
+/// Damage:  slots take no more memory than the file has bytes, but for one block: what overlaps
+///          shares the room.
 class KERF_EXPORT ERCacheManager {
 public:
     /// With 0 slots it works as with 1. The file is not owned. Memory is taken as slots fill.
@@ -65,7 +68,10 @@ private:
 
     static constexpr unsigned int none = static_cast<unsigned int>(-1);
 
-    unsigned int slotFor(ERLong location, bool& hit);
+    bool isFull() const;
+    unsigned int emptySlot();
+    void keep(unsigned int slot, ERLong location);
+    void addEntry();
     void touch(unsigned int slot);
     void unlink(unsigned int slot);
     void linkNewest(unsigned int slot);
