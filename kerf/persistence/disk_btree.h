@@ -32,7 +32,9 @@ class TreePath;
 ///            applyToKeyAndValue calls must not change the tree.
 /// Lifetime:  a tree that outlives its file writes its info record when that closes. From then on
 ///            it is empty and takes no key.
-/// Storage:   an info record of 40 bytes and a block for each node.
+/// Storage:   an info record of 40 bytes and a block for each node. A node of up to 4096 bytes lies
+///            within one page of the file where such a block can be had, so that a process that is
+///            killed leaves it old or new.
 class KERF_EXPORT ERBTreeOnDisk {
 public:
     using Compare = TreeShape::Compare;

@@ -1,5 +1,7 @@
 #include "kerf/persistence/file_manager.h"
 
+#include <algorithm>
+#include <cstdint>
 #include <limits>
 
 #include "kerf/persistence/free_list.h"
@@ -76,6 +78,53 @@ ERLong ERFileManager::allocate(ERULong size) {
 ERLong ERFileManager::allocateUnwritten(ERULong size, ERULong& blockSize) {
     if (listManager_ == nullptr) return -1;
     return keepAsRoot(listManager_->allocateUnwritten(size, blockSize));
+}
+
+ERLong ERFileManager::allocateWithinPage(ERULong size) {
+    if (size > static_cast<ERULong>(heap::pageSize) || listManager_ == nullptr) return allocate(size);
+    ERLong location = listManager_->allocate(size);
+    if (location != -1 && heap::crossesPage(location, size)) {
+        listManager_->deallocate(location);
+        location = carveWithinPage(size);
+        if (location == -1) location = listManager_->allocate(size);
+    }
+    return keepAsRoot(location);
+}
+
+// Takes a block of twice the size, in which a block of that size lies within a page, and gives back
+// what comes before and after it. What comes before it is too small to be found by the next request
+// of the same size, and crosses no page itself. So such blocks do not become more and more, as they
+// would if whole blocks were tried and given back.
+ERLong ERFileManager::carveWithinPage(ERULong size) {
+    constexpr ERULong sizeWord = 4;
+    constexpr ERULong smallestBlock = 8;
+    const ERULong wanted = (size + sizeWord + 3) & ~ERULong{3};
+    ERULong taken = 0;
+    const ERLong front = listManager_->allocateUnwritten(2 * wanted - sizeWord, taken);
+    if (front == -1) return -1;
+    ERULong before = 0;
+    const auto locationAfter = [&](ERULong bytes) { return front + static_cast<ERLong>(bytes); };
+    while ((before > 0 && before < smallestBlock) || heap::crossesPage(locationAfter(before), size))
+        before += sizeWord;
+    const ERULong after = taken - before - wanted;
+    const bool givesAfter = after >= smallestBlock;
+
+    const ERLong location = locationAfter(before);
+    writeSizeWord(location, givesAfter ? wanted : wanted + after);
+    if (givesAfter) {
+        writeSizeWord(locationAfter(before + wanted), after);
+        listManager_->deallocate(locationAfter(before + wanted));
+    }
+    if (before > 0) {
+        writeSizeWord(front, before);
+        listManager_->deallocate(front);
+    }
+    return location;
+}
+
+void ERFileManager::writeSizeWord(ERLong location, ERULong blockSize) {
+    SeekTo(location - static_cast<ERLong>(sizeof blockSize));
+    Write(static_cast<unsigned int>(blockSize));
 }
 
 ERLong ERFileManager::keepAsRoot(ERLong location) {

@@ -54,6 +54,11 @@ public:
     /// otherwise move the end of the data up to its limit.
     void deallocateUnwritten(ERLong location, ERULong blockSize);
 
+    /// As allocate, for data that must never be half written, even when the process is killed in the
+    /// middle of the call: they lie within one page where such a block can be had. Data longer than
+    /// a page never do.
+    ERLong allocateWithinPage(ERULong size);
+
     /// Gives the block back. Nothing happens for -1, for the root, and for a location that is no
     /// block's.
     void deallocate(ERLong location);
@@ -91,6 +96,8 @@ private:
     friend class ERListManager;
 
     ERLong keepAsRoot(ERLong location);
+    ERLong carveWithinPage(ERULong size);
+    void writeSizeWord(ERLong location, ERULong blockSize);
     void writeWord(ERLong offset, ERLong& field, ERLong value);
     bool hasRoomAtEnd(ERULong size) const;
 

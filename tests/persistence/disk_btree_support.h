@@ -91,6 +91,8 @@ private:
     void visit(ERLong location, int depth) {
         nodes.push_back(location);
         const auto start = static_cast<std::size_t>(location);
+        const std::size_t size = 8 + (keyLength_ + 8) * capacity_;
+        ASSERT_TRUE(size > 4096 || start % 4096 + size <= 4096) << "half of it may be lost";
         const auto count = static_cast<std::size_t>(wordAt(bytes_, start));
         ASSERT_LE(count, capacity_);
         ASSERT_GE(wordAt(bytes_, start), location == root_ ? 1 : wordAt(bytes_, 284 + 24));

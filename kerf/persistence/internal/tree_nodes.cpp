@@ -97,7 +97,7 @@ void TreeNodes::write(ERLong location, const ERDiskTreeNode& source) {
 }
 
 ERLong TreeNodes::add(const ERDiskTreeNode& source) {
-    const ERLong location = file_.allocate(shape_.nodeSize());
+    const ERLong location = file_.allocateWithinPage(shape_.nodeSize());
     if (location != -1) write(location, source);
     return location;
 }
