@@ -73,7 +73,7 @@ private:
 
 }  // namespace
 
-class ERBTreeOnDisk::FileEnd : public FileEndListener {
+class ERBTreeOnDisk::FileEnd final : public FileEndListener {
 public:
     explicit FileEnd(ERBTreeOnDisk& tree) : tree_(tree) {}
     void fileEnds() override { tree_.leaveFile(); }

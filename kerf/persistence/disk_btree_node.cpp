@@ -29,7 +29,6 @@ void ERDiskTreeNode::initialize() {
 int ERDiskTreeNode::binarySearch(const char* key, Compare compare) const {
     const unsigned int length = shape_->keyLength();
     const int count = counter();
-    if (shape_->ranksKeys(compare)) return searchFourBytes(key, count);
     if (count == 0 || compare(keys(0), key, length) >= 0) return 0;
     if (compare(keys(count - 1), key, length) < 0) return count;
     int low = 0;
@@ -41,21 +40,21 @@ int ERDiskTreeNode::binarySearch(const char* key, Compare compare) const {
     return high;
 }
 
-// For the numbers of an object tree: the same result without a call for each key.
-int ERDiskTreeNode::searchFourBytes(const char* key, int count) const {
+// For the numbers of an object tree: the same result without a call for each key, and without a
+// branch that the processor would have to guess.
+int ERDiskTreeNode::searchRanks(const char* key) const {
     const std::uint32_t wanted = TreeShape::rankOf(key);
-    const char* const first = keys(0);
-    int low = 0;
-    for (int left = count; left > 0;) {
+    const char* first = keys(0);
+    const char* const begin = first;
+    int left = counter();
+    if (left == 0) return 0;
+    while (left > 1) {
         const int half = left / 2;
-        if (TreeShape::rankOf(first + 4 * (low + half)) < wanted) {
-            low += half + 1;
-            left -= half + 1;
-        } else {
-            left = half;
-        }
+        const char* const middle = first + 4 * static_cast<std::ptrdiff_t>(half);
+        first = TreeShape::rankOf(middle - 4) < wanted ? middle : first;
+        left -= half;
     }
-    return low;
+    return static_cast<int>((first - begin) / 4) + (TreeShape::rankOf(first) < wanted ? 1 : 0);
 }
 
 void ERDiskTreeNode::moveWords(const ERDiskTreeNode& source, int from, int to, int count) {

@@ -42,7 +42,7 @@ public:
     ERLong items(int i) const { return word(firstSonWord + shape_->capacity() + 1 + i); }
     /// keyLength bytes.
     char* keys(int i) const {
-        const std::size_t words = static_cast<std::size_t>(2 * shape_->capacity() + 2);
+        const std::size_t words = 2 * static_cast<std::size_t>(shape_->capacity()) + 2;
         return block_ + words * wordSize + static_cast<std::size_t>(i) * shape_->keyLength();
     }
     bool isLeaf() const { return sons(0) == -1; }
@@ -50,7 +50,9 @@ public:
     /// The position of the first key that is >= key; counter() when there is none.
     int binarySearch(const char* key, Compare compare) const;
     /// As above, in the tree's own order.
-    int positionOf(const char* key) const { return binarySearch(key, shape_->compare()); }
+    int positionOf(const char* key) const {
+        return shape_->ranksKeys() ? searchRanks(key) : binarySearch(key, shape_->compare());
+    }
     bool hasKeyAt(int position, const char* key) const {
         return position < counter() && shape_->compareKeys(keys(position), key) == 0;
     }
@@ -84,7 +86,7 @@ private:
     }
     void setWord(int i, ERLong value);
     void moveWords(const ERDiskTreeNode& source, int from, int to, int count);
-    int searchFourBytes(const char* key, int count) const;
+    int searchRanks(const char* key) const;
 
     const TreeShape* shape_;
     char* block_;

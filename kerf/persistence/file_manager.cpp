@@ -51,8 +51,6 @@ ERFileManager::ERFileManager(const char* name, int readOnlyMode, Missing missing
     listManager_ = std::make_unique<ERListManager>(this, 1);
 }
 
-FileEndListener::~FileEndListener() = default;
-
 ERFileManager::~ERFileManager() {
     while (!listeners_.empty()) {
         FileEndListener* const last = listeners_.back();
@@ -64,10 +62,6 @@ ERFileManager::~ERFileManager() {
 void ERFileManager::addListener(FileEndListener& listener) { listeners_.push_back(&listener); }
 
 void ERFileManager::removeListener(FileEndListener& listener) { std::erase(listeners_, &listener); }
-
-bool ERFileManager::holds(ERLong location, ERULong size) const {
-    return location > firstData && std::int64_t{location} + size <= end_;
-}
 
 ERLong ERFileManager::rootOffset() const { return heap::firstNode; }
 
@@ -81,7 +75,8 @@ ERLong ERFileManager::allocateUnwritten(ERULong size, ERULong& blockSize) {
 }
 
 ERLong ERFileManager::allocateWithinPage(ERULong size) {
-    if (size > static_cast<ERULong>(heap::pageSize) || listManager_ == nullptr) return allocate(size);
+    if (size > static_cast<ERULong>(heap::pageSize) || listManager_ == nullptr)
+        return allocate(size);
     ERLong location = listManager_->allocate(size);
     if (location != -1 && heap::crossesPage(location, size)) {
         listManager_->deallocate(location);
@@ -96,8 +91,8 @@ ERLong ERFileManager::allocateWithinPage(ERULong size) {
 // of the same size, and crosses no page itself. So such blocks do not become more and more, as they
 // would if whole blocks were tried and given back.
 ERLong ERFileManager::carveWithinPage(ERULong size) {
-    constexpr ERULong sizeWord = 4;
-    constexpr ERULong smallestBlock = 8;
+    constexpr ERULong sizeWord = heap::sizeWordBytes;
+    constexpr ERULong smallestBlock = heap::smallestFree;
     const ERULong wanted = (size + sizeWord + 3) & ~ERULong{3};
     ERULong taken = 0;
     const ERLong front = listManager_->allocateUnwritten(2 * wanted - sizeWord, taken);

@@ -1,4 +1,5 @@
 #pragma once
+#include <cstdint>
 #include <memory>
 #include <vector>
 
@@ -19,7 +20,7 @@ public:
     virtual void fileEnds() = 0;
 
 protected:
-    ~FileEndListener();
+    ~FileEndListener() = default;
 };
 
 /// A file that is a heap of blocks of any size. The first block ever allocated is the file's root,
@@ -69,7 +70,9 @@ public:
 
     /// Whether `size` bytes at the location lie where blocks have their data. On a damaged file
     /// this says nothing of what the file really has.
-    bool holds(ERLong location, ERULong size) const;
+    bool holds(ERLong location, ERULong size) const {
+        return location > firstData && std::int64_t{location} + size <= end_;
+    }
 
     void addListener(FileEndListener& listener);
     void removeListener(FileEndListener& listener);

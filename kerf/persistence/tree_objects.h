@@ -11,8 +11,9 @@ namespace kerf {
 class ERBTreeOnDisk;
 class ERFileManager;
 
-/// A tree from long to long, kept by a stored object that knows where in the file the tree lies.
-/// Before it is created or reloaded the tree is not there: it then finds nothing and takes nothing.
+/// A tree from long to long, of a stored object that knows where in the file the tree lies.
+/// Degenerate: before create() or open() there is no tree: nothing is found or taken.
+/// Damage:     a location that cannot have a tree of numbers gives no tree.
 class KERF_EXPORT StoredNumberTree {
 public:
     StoredNumberTree();
@@ -37,8 +38,8 @@ private:
     ERLong treeLocation_ = -1;
 };
 
-/// The index of an ERDataBase: entry number to object ID. Stored form: the tree's location, 4
-/// bytes.
+/// The index of an ERDataBase: entry number to object ID.
+/// Storage: the tree's location, 4 bytes.
 class KERF_EXPORT ERAuxilaryIndex : public ERObject {
     ER_OBJECT_CLASS(ERAuxilaryIndex);
 
@@ -65,8 +66,8 @@ private:
     StoredNumberTree tree_;
 };
 
-/// A named tree of the caller's, from long to long. Stored form: the tree's location, then the
-/// name.
+/// A named tree of the caller's, from long to long.
+/// Storage: the tree's location, then the name.
 class KERF_EXPORT ERDBTree : public ERObject {
     ER_OBJECT_CLASS(ERDBTree);
 

@@ -13,8 +13,8 @@ namespace kerf {
 // without a use; they come in rising order, join the list at its new end, and so the oldest of the
 // list is still the first of the oldest.
 
-ERCacheManager::ERCacheManager(ERFile* cachedFile, unsigned int sizeOfBlocks, unsigned int count)
-    : file_(cachedFile), slots_(std::max(count, 1u)), blockSize_(sizeOfBlocks) {}
+ERCacheManager::ERCacheManager(ERFile* file, unsigned int blockSize, unsigned int slots)
+    : file_(file), slots_(std::max(slots, 1u)), blockSize_(blockSize) {}
 
 ERCacheManager::~ERCacheManager() = default;
 
@@ -39,7 +39,7 @@ int ERCacheManager::read(ERLong location, void* target) {
     return 1;
 }
 
-// After a write that failed nobody knows what the file has there: no slot holds the block then.
+// After a write that failed it is not known what the file has there: no slot holds the block then.
 int ERCacheManager::write(ERLong location, const void* source) {
     const int held = ageAndFindSlot(location);
     const unsigned int slot = held != -1 ? static_cast<unsigned int>(held) : emptySlot();

@@ -1,6 +1,4 @@
 #pragma once
-#include <cstring>
-
 #include "kerf/platform/config.h"
 
 namespace kerf {

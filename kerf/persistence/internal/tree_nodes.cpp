@@ -56,8 +56,9 @@ bool TreeNodes::hasRoomFor(int count) const {
            std::numeric_limits<ERLong>::max();
 }
 
-ERDiskTreeNode TreeNodes::load(ERLong location) {
+ERDiskTreeNode TreeNodes::at(ERLong location) {
     const ERDiskTreeNode none(shape_, nullptr);
+    if (location == root_ && rootIsHeld_) return {shape_, rootBlock_.get()};
     if (!isInData(location)) return none;
     if (location == root_) {
         rootIsHeld_ = read(location, prepared(rootBlock_));

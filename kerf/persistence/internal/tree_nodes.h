@@ -37,10 +37,7 @@ public:
     bool hasRoomFor(int count) const;
 
     /// The node in place, for reading, until the next call; views nothing where there is none.
-    ERDiskTreeNode at(ERLong location) {
-        if (location == root_ && rootIsHeld_) return {shape_, rootBlock_.get()};
-        return load(location);
-    }
+    ERDiskTreeNode at(ERLong location);
     /// Copies the node to the target's bytes; false when there is none.
     bool copy(ERLong location, ERDiskTreeNode target);
     void write(ERLong location, const ERDiskTreeNode& source);
@@ -58,7 +55,6 @@ public:
     void makeCacheWithoutNodes(unsigned int slots);
 
 private:
-    ERDiskTreeNode load(ERLong location);
     bool read(ERLong location, char* block);
     bool isInData(ERLong location) const;
     bool cacheHoldsNodes() const { return cache_->blockSize() == shape_.nodeSize(); }

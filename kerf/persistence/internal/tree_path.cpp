@@ -80,7 +80,7 @@ const char* TreePath::bound(int number) const {
 // The son of the last node at the step's position. The keys around it are kept as its bounds.
 TreePath::Son TreePath::sonAt(const ERDiskTreeNode& parent, const Step& at) {
     keyLength_ = parent.shape().keyLength();
-    const auto firstBound = static_cast<std::size_t>(2 * (depth_ - 1));
+    const auto firstBound = 2 * static_cast<std::size_t>(depth_ - 1);
     if (bounds_.size() < (firstBound + 2) * keyLength_)
         bounds_.resize((firstBound + 2) * keyLength_);
     const int p = at.position;

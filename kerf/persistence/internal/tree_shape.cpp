@@ -28,7 +28,7 @@ TreeShape::TreeShape(ERULong keyLength, ERULong order, bool binaryKeys)
 
 void TreeShape::setCompare(Compare comparison) {
     compare_ = comparison;
-    fourByteKeys_ = keyLength_ == sizeof(std::uint32_t) && comparison == compareBytes;
+    ranksKeys_ = keyLength_ == sizeof(std::uint32_t) && comparison == compareBytes;
 }
 
 ERULong TreeShape::lengthOf(const char* key) const {

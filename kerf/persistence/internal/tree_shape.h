@@ -25,13 +25,13 @@ public:
     void setCompare(Compare comparison);
 
     int compareKeys(const char* a, const char* b) const {
-        if (!fourByteKeys_) return compare_(a, b, keyLength_);
+        if (!ranksKeys_) return compare_(a, b, keyLength_);
         const std::uint32_t first = rankOf(a);
         const std::uint32_t second = rankOf(b);
         return first < second ? -1 : first > second;
     }
-    /// Whether the comparison is that of four bytes by their ranks.
-    bool ranksKeys(Compare comparison) const { return fourByteKeys_ && comparison == compare_; }
+    /// Whether keys are four bytes in the order of their ranks.
+    bool ranksKeys() const { return ranksKeys_; }
     /// A number that orders four bytes as memcmp does.
     static std::uint32_t rankOf(const char* key) {
         const auto byte = [key](int i) {
@@ -51,7 +51,7 @@ private:
     bool binaryKeys_ = false;
     unsigned int nodeSize_ = 0;
     Compare compare_ = nullptr;
-    bool fourByteKeys_ = false;
+    bool ranksKeys_ = false;
 };
 
 }  // namespace kerf
