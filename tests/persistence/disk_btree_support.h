@@ -76,7 +76,7 @@ public:
         EXPECT_EQ(wordAt(bytes_, 284 + 8), 1365);
         root_ = wordAt(bytes_, 284);
         keyLength_ = static_cast<std::size_t>(wordAt(bytes_, 284 + 16));
-        capacity_ = static_cast<std::size_t>(2 * wordAt(bytes_, 284 + 20));
+        capacity_ = 2 * static_cast<std::size_t>(wordAt(bytes_, 284 + 20));
         if (root_ != -1) visit(root_, 0);
         EXPECT_EQ(static_cast<std::size_t>(wordAt(bytes_, 284 + 12)), keys.size());
         EXPECT_TRUE(std::is_sorted(keys.begin(), keys.end(), std::less_equal<>()));
