@@ -8,9 +8,6 @@
 // Rational B-spline curves.
 namespace kerf {
 
-class ERSegment2D;
-class ERSegment3D;
-
 /// What both NURBS curves share: homogeneous poles, and a knot vector of their number + degree + 1
 /// knots.
 ///
@@ -115,6 +112,9 @@ private:
         ResetCachedInfo();
         edit(poles_);
     }
+
+    int attach(const Curve& other, double tol, int flag, bool atEnd);
+    static void join(Curve& before, Curve& after, bool sharePole);
 
     // The spans that are not empty, in order, and of those that were asked for their Bézier poles.
     struct KeptSpans {

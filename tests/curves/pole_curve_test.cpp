@@ -75,5 +75,91 @@ INSTANTIATE_TEST_SUITE_P(Poles, PlaneCurveContract, ::testing::ValuesIn(planeCur
 INSTANTIATE_TEST_SUITE_P(Poles, SpaceCurveContract, ::testing::ValuesIn(spaceCurves()),
                          nameOfSample<SpaceCurveSample>);
 
+// Joining.
+
+template <class Curve>
+void expectTraces(const Curve& joined, const Curve& part, double from) {
+    for (int i = 0; i <= 10; ++i) {
+        const double u = part.udeb() + i / 10.0 * (part.ufin() - part.udeb());
+        expectNear(joined(from + (u - part.udeb())), part(u), 1e-11);
+    }
+}
+
+ERCpoleNURBS2D curveFrom(const ERPoint2D& from, const ERPoint2D& to, unsigned int degree) {
+    ERVec<ERPole2DH> poles;
+    for (unsigned int i = 0; i <= degree + 1; ++i) {
+        const double t = i / (degree + 1.0), w = 1.0 + 0.5 * t;
+        const ERPoint2D p = from * (1 - t) + to * t + ERPoint2D(0, 2 * t * (1 - t));
+        poles.append(ERPole2DH(p * w, w));
+    }
+    return ERCpoleNURBS2D(poles, degree);
+}
+
+TEST(NurbsJoining, AppendedCurveFollowsOnTheSameParameters) {
+    const ERCpoleNURBS2D first = curveFrom({0, 0}, {3, 1}, 2),
+                         second = curveFrom({3, 1}, {7, 0}, 3);
+    ERCpoleNURBS2D joined = first;
+    ASSERT_EQ(joined.append(second, 1e-9, 0), 1);
+    EXPECT_EQ(joined.getBound(), ERLimites(0.0, 2.0));
+    EXPECT_EQ(joined.degree(), 3u);
+    expectTraces(joined, first, 0.0);
+    expectTraces(joined, second, 1.0);
+    EXPECT_TRUE(joined.knotVector().fits(joined.nbPoles()));
+}
+
+TEST(NurbsJoining, CurveThatEndsHereIsTurnedOver) {
+    const ERCpoleNURBS2D first = curveFrom({0, 0}, {3, 1}, 2),
+                         second = curveFrom({7, 0}, {3, 1}, 2);
+    ERCpoleNURBS2D joined = first;
+    ASSERT_EQ(joined.append(second, 1e-9, 0), 1);
+    ERCpoleNURBS2D turned = second;
+    turned.reverse();
+    expectTraces(joined, turned, 1.0);
+}
+
+TEST(NurbsJoining, PrependedCurveMovesTheStartOfTheDomain) {
+    const ERCpoleNURBS2D first = curveFrom({0, 0}, {3, 1}, 3),
+                         second = curveFrom({3, 1}, {7, 0}, 2);
+    ERCpoleNURBS2D joined = second;
+    ASSERT_EQ(joined.prepend(first, 1e-9, 0), 1);
+    EXPECT_EQ(joined.getBound(), ERLimites(-1.0, 1.0));
+    expectTraces(joined, first, -1.0);
+    expectTraces(joined, second, 0.0);
+    ERCpoleNURBS2D merged = second;
+    EXPECT_EQ(merged.merge(first, 1e-9, 0), 1);
+    EXPECT_EQ(merged.poles(), joined.poles());
+}
+
+TEST(NurbsJoining, GapLeavesTheCurveAsItWas) {
+    const ERCpoleNURBS2D first = curveFrom({0, 0}, {3, 1}, 2);
+    ERCpoleNURBS2D joined = first;
+    EXPECT_EQ(joined.append(curveFrom({3.1, 1}, {7, 0}, 2), 0.05, 0), 0);
+    EXPECT_EQ(joined.poles(), first.poles());
+    EXPECT_EQ(joined.getBound(), first.getBound());
+    ERCpoleNURBS2D empty;
+    EXPECT_EQ(empty.append(first, 0.0, 0), 1);
+    EXPECT_EQ(empty.poles(), first.poles());
+}
+
+TEST(NurbsJoining, NegativeToleranceJoinsOverAGap) {
+    const ERCpoleNURBS2D first = curveFrom({0, 0}, {3, 1}, 2),
+                         second = curveFrom({4, 1}, {7, 0}, 2);
+    ERCpoleNURBS2D joined = first;
+    ASSERT_EQ(joined.append(second, -1.0, 0), 1);
+    EXPECT_EQ(joined.nbPoles(), first.nbPoles() + second.nbPoles());
+    expectNear(joined(1.0), ERPoint2D(4, 1), 1e-12);
+    expectNear(joined(std::nextafter(1.0, 0.0)), ERPoint2D(3, 1), 1e-12);
+}
+
+TEST(NurbsJoining, FlagAsksForOneTangent) {
+    const ERCpoleNURBS2D whole = curveFrom({0, 0}, {5, 2}, 3);
+    ERCpoleNURBS2D left, right;
+    ASSERT_EQ(whole.splitAt(left, right, 0.4), 1);
+    ERCpoleNURBS2D joined = left;
+    EXPECT_EQ(joined.append(curveFrom(left.lastPt(), {9, 9}, 3), 1e-9, 1), 0);
+    ASSERT_EQ(joined.append(right, 1e-9, 1), 1);
+    expectTraces(joined, whole, 0.0);
+}
+
 }  // namespace
 }  // namespace kerf::test
