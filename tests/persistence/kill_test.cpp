@@ -14,6 +14,7 @@
 #include <functional>
 #include <iostream>
 #include <string>
+#include <vector>
 
 #include "tests/persistence/database_support.h"
 #include "tests/persistence/disk_btree_support.h"
@@ -99,17 +100,25 @@ std::string nameOfNumber(unsigned int number) {
     return std::string(10 + number * 7 % 300, static_cast<char>('a' + number % 26));
 }
 
-// Every object that Store has returned an ID for.
+// Every object that Store has returned an ID for, and the last version of each.
 TEST_P(Kill, LosesNoStoredObject) {
+    constexpr std::size_t mostKept = 20;
     killer.run(
         file,
         [&](unsigned int stored, SharedCount& count) {
             ERObjectDataBase base;
             if (!base.Open(file.path(), 0)) return;
+            std::vector<t_SmartPtr<ERDBObject>> kept;
             for (;;) {
                 const t_SmartPtr<ERDBObject> object = newNamed(nameOfNumber(stored + 1));
                 if (base.Store(*object) == -1) return;
                 count.set(++stored);
+                kept.push_back(object);
+                if (kept.size() < mostKept) continue;
+                // A new record each, in the space of objects stored again before.
+                for (const t_SmartPtr<ERDBObject>& again : kept)
+                    if (base.Store(*again) == -1) return;
+                kept.clear();
             }
         },
         [&](unsigned int stored) {
