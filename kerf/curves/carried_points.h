@@ -3,35 +3,59 @@
 #include "kerf/values/space.h"
 #include "kerf/values/transformation_2d.h"
 #include "kerf/values/transformation_3d.h"
+#include "kerf/values/vector_instances.h"
 
 // Entities that move as their points do: segments, polylines, curves of poles.
 namespace kerf {
 
-namespace detail {
+/// What the plane and space name alike. Carried is the class below, which reaches the points.
+template <class Carried, class Base, class Space>
+class MovedPoints : public Base {
+public:
+    using Base::Base;
 
-template <class Point>
-void scalePoints(Point& point, double factor) {
-    point.scale(factor);
-}
-template <class Point>
-void scalePoints(ERVec<Point>& points, double factor) {
-    Point* const first = points.data();
-    for (unsigned int i = 0; i < points.length(); ++i) first[i].scale(factor);
-}
+    void scale(double factor) override {
+        editEach([=](auto& point) { point.scale(factor); });
+    }
+    void translate(const typename Space::Point& t) override {
+        editEach([&](auto& point) { point.translate(t); });
+    }
 
-template <class Point, class Translation>
-void translatePoints(Point& point, const Translation& t) {
-    point.translate(t);
-}
-template <class Point, class Translation>
-void translatePoints(ERVec<Point>& points, const Translation& t) {
-    Point* const first = points.data();
-    for (unsigned int i = 0; i < points.length(); ++i) first[i].translate(t);
-}
+protected:
+    MovedPoints() = default;
+    MovedPoints(const MovedPoints&) = default;
+    MovedPoints& operator=(const MovedPoints&) = default;
 
-}  // namespace detail
+    template <class Transformation>
+    void carryFrom(const Transformation& t) {
+        edit([&](auto& points) { points = t >> points; });
+    }
+    template <class Transformation>
+    void carryTo(const Transformation& t) {
+        edit([&](auto& points) { points = t << points; });
+    }
 
-/// The transformations of Derived, a class under Base, which gives
+private:
+    template <class Edit>
+    void edit(Edit change) {
+        static_cast<Carried&>(*this).changePointsOfDerived(change);
+        this->setDirty();
+    }
+
+    template <class Edit>
+    void editEach(Edit change) {
+        edit([&](auto& points) {
+            if constexpr (requires { points.thePoint(); }) {
+                change(points);
+            } else {
+                auto* const first = points.data();
+                for (unsigned int i = 0; i < points.length(); ++i) change(first[i]);
+            }
+        });
+    }
+};
+
+/// The changes of Derived, a class under Base, which gives
 ///
 ///     template <class Edit> void changePoints(Edit edit);
 ///
@@ -41,70 +65,42 @@ template <class Derived, class Base, class Space>
 class CarriedByPoints;
 
 template <class Derived, class Base>
-class CarriedByPoints<Derived, Base, Space2D> : public Base {
+class CarriedByPoints<Derived, Base, Space2D>
+    : public MovedPoints<CarriedByPoints<Derived, Base, Space2D>, Base, Space2D> {
+    using Moved = MovedPoints<CarriedByPoints, Base, Space2D>;
+    friend Moved;
+
 public:
-    using Base::Base;
+    using Moved::Moved;
 
-    void scale(double factor) override {
-        movePoints([=](auto& points) { detail::scalePoints(points, factor); });
-    }
-    void translate(const ERPoint2D& t) override {
-        movePoints([&](auto& points) { detail::translatePoints(points, t); });
-    }
-    void transformFrom(const ERTransfo2D& t) override {
-        movePoints([&](auto& points) { points = t >> points; });
-    }
-    void transformTo(const ERTransfo2D& t) override {
-        movePoints([&](auto& points) { points = t << points; });
-    }
-
-protected:
-    CarriedByPoints() = default;
-    CarriedByPoints(const CarriedByPoints&) = default;
-    CarriedByPoints& operator=(const CarriedByPoints&) = default;
+    void transformFrom(const ERTransfo2D& t) override { this->carryFrom(t); }
+    void transformTo(const ERTransfo2D& t) override { this->carryTo(t); }
 
 private:
     template <class Edit>
-    void movePoints(Edit edit) {
+    void changePointsOfDerived(Edit edit) {
         static_cast<Derived&>(*this).changePoints(edit);
-        this->setDirty();
     }
 };
 
 template <class Derived, class Base>
-class CarriedByPoints<Derived, Base, Space3D> : public Base {
+class CarriedByPoints<Derived, Base, Space3D>
+    : public MovedPoints<CarriedByPoints<Derived, Base, Space3D>, Base, Space3D> {
+    using Moved = MovedPoints<CarriedByPoints, Base, Space3D>;
+    friend Moved;
+
 public:
-    using Base::Base;
+    using Moved::Moved;
 
-    void scale(double factor) override {
-        movePoints([=](auto& points) { detail::scalePoints(points, factor); });
-    }
-    void translate(const ERPoint3D& t) override {
-        movePoints([&](auto& points) { detail::translatePoints(points, t); });
-    }
-    void transformFrom(const ERPmSimilitude3D& t) override {
-        movePoints([&](auto& points) { points = t >> points; });
-    }
-    void transformFrom(const ERPmIsometrie3D& t) override {
-        movePoints([&](auto& points) { points = t >> points; });
-    }
-    void transformTo(const ERPmSimilitude3D& t) override {
-        movePoints([&](auto& points) { points = t << points; });
-    }
-    void transformTo(const ERPmIsometrie3D& t) override {
-        movePoints([&](auto& points) { points = t << points; });
-    }
-
-protected:
-    CarriedByPoints() = default;
-    CarriedByPoints(const CarriedByPoints&) = default;
-    CarriedByPoints& operator=(const CarriedByPoints&) = default;
+    void transformFrom(const ERPmSimilitude3D& t) override { this->carryFrom(t); }
+    void transformFrom(const ERPmIsometrie3D& t) override { this->carryFrom(t); }
+    void transformTo(const ERPmSimilitude3D& t) override { this->carryTo(t); }
+    void transformTo(const ERPmIsometrie3D& t) override { this->carryTo(t); }
 
 private:
     template <class Edit>
-    void movePoints(Edit edit) {
+    void changePointsOfDerived(Edit edit) {
         static_cast<Derived&>(*this).changePoints(edit);
-        this->setDirty();
     }
 };
 
