@@ -4,10 +4,11 @@
 
 namespace kerf {
 
-/// A series of numbers with its statistics. They run along with append and are never recomputed, so
-/// that reading one costs nothing and a series of nearly equal large numbers loses digits of its
-/// variance. Only append and reset keep them; whatever else changes the vector leaves them as they
-/// were. All statistics of an empty series are 0.
+/// A series of numbers with its statistics, which append brings up to date.
+/// Degenerate: all statistics of an empty series are 0.
+/// Kept:       statistics are never recomputed. A series of nearly equal large numbers loses the
+///             digits of its variance, and an edit other than append and reset leaves the
+///             statistics as they were.
 class KERF_EXPORT ERSerieStatistic : public ERVec<double> {
 public:
     void append(double x);
@@ -20,9 +21,9 @@ public:
     }
 
     double mean() const { return mean_; }
-    /// Of the sample, with n - 1 as divisor; 0 of a single value. It may fall below 0 by rounding.
+    /// Of the sample, with n - 1 as divisor; 0 of a single value. Rounding may bring it below 0.
     double variance() const { return variance_; }
-    /// The mean of the squares of the values, not of their deviations: callers rely on it.
+    /// Kept: the mean of the squares of the values, not of their deviations.
     double square_deviation() const { return meanOfSquares_; }
     double standard_deviation() const;  ///< the square root of |variance|
     double min_value() const { return minValue_; }

@@ -1,14 +1,14 @@
-#include "kerf/values/statistics.h"
+#include "kerf/numerics/statistics.h"
 
 #include <algorithm>
 #include <cmath>
 
+#include "kerf/numerics/internal/growth.h"
+
 namespace kerf {
 
 void ERSerieStatistic::append(double x) {
-    // Vectors grow by a few elements at a time; doubling keeps any number of values linear.
-    constexpr unsigned int most = 0xFFFFF000u / sizeof(double);  // whose bytes 32 bits count
-    if (length() == capacity()) capacity(std::min(2 * length(), most));
+    doubleWhenFull(*this);
     ERVec<double>::append(x);
     const double n = length();
     mean_ = mean_ * (n - 1.0) / n + x / n;
