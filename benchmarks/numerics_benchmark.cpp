@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "kerf/numerics/complex_roots.h"
+#include "kerf/numerics/constants.h"
 #include "kerf/numerics/eigen.h"
 #include "kerf/numerics/linear_solvers.h"
 #include "kerf/processing/best_fit.h"
@@ -29,9 +30,9 @@ using kerf::ERPmSimilitude3D;
 using kerf::ERPoint3D;
 using kerf::ERVec;
 using kerf::ERVector3D;
+using kerf::pi;
 
 constexpr unsigned int seed = 20;
-constexpr double pi = 3.141592653589793;
 
 class Draw {
 public:

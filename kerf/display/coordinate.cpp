@@ -2,15 +2,14 @@
 
 #include <cmath>
 
+#include "kerf/numerics/constants.h"
 #include "kerf/platform/archive.h"
 
 namespace kerf {
 
 namespace {
 
-constexpr double degreesPerRadian = 57.29577951308232;
-
-double radians(double degrees) { return degrees * 3.141592653589793 / 180.0; }
+double radians(double degrees) { return degrees * pi / 180.0; }
 
 // The direction of (x, y) in degrees.
 double angleOf(double x, double y) { return std::atan2(y, x) * degreesPerRadian; }

@@ -1,5 +1,6 @@
 #include "kerf/display/formatter.h"
 
+#include "kerf/numerics/constants.h"
 #include "kerf/platform/archive.h"
 #include "kerf/platform/exceptions.h"
 #include "kerf/values/transformation_3d.h"
@@ -14,7 +15,6 @@ constexpr int choiceCount = 3;
 constexpr int lineCount = 3;
 constexpr int azimuthElevation = 2;  // the choice of a direction that has two lines
 constexpr int firstVersionWithChoice = 28;
-constexpr double degreesPerRadian = 57.29577951308232;
 
 // Numbers of the application's texts.
 constexpr unsigned int pointChoicesText = 953;

@@ -3,8 +3,10 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
-#include <utility>
 
+#include "kerf/numerics/constants.h"
+#include "kerf/numerics/internal/elimination.h"
+#include "kerf/numerics/vector_arithmetic.h"
 #include "kerf/numerics/vector_impl.h"
 
 namespace kerf {
@@ -13,62 +15,8 @@ KERF_INSTANTIATE_SIMPLE_VECTOR(int)
 
 namespace {
 
-constexpr double singularPivot = 1e-20;
-constexpr double nullDiagonal = 1e-11;
-
-// row -= factor * other. In fours, read before written, which compilers turn into vector code
-// without having to know that the rows are apart.
-inline void subtractMultiple(double* row, const double* other, double factor, std::size_t n) {
-    for (; n >= 4; n -= 4, row += 4, other += 4) {
-        const double a = row[0] - factor * other[0];
-        const double b = row[1] - factor * other[1];
-        const double c = row[2] - factor * other[2];
-        const double d = row[3] - factor * other[3];
-        row[0] = a;
-        row[1] = b;
-        row[2] = c;
-        row[3] = d;
-    }
-    for (std::size_t j = 0; j < n; ++j) row[j] -= factor * other[j];
-}
-
-// The forward and back substitution of n unknowns for one right-hand side; x holds it, already
-// permuted, and receives the solution.
-void substitute(const double* lu, unsigned int n, unsigned int stride, double* x) {
-    for (unsigned int i = 1; i < n; ++i) {
-        const double* const row = lu + std::size_t{i} * stride;
-        double rest = x[i];
-        for (unsigned int k = 0; k < i; ++k) rest -= row[k] * x[k];
-        x[i] = rest;
-    }
-    for (unsigned int i = n; i-- > 0;) {
-        const double* const row = lu + std::size_t{i} * stride;
-        double rest = x[i];
-        for (unsigned int k = i + 1; k < n; ++k) rest -= row[k] * x[k];
-        x[i] = rest / row[i];
-    }
-}
-
-// The same for `count` right-hand sides side by side, which x holds row by row.
-void substitute(const double* lu, unsigned int n, unsigned int stride, double* x,
-                unsigned int count) {
-    for (unsigned int i = 1; i < n; ++i) {
-        const double* const row = lu + std::size_t{i} * stride;
-        double* const target = x + std::size_t{i} * count;
-        for (unsigned int k = 0; k < i; ++k)
-            subtractMultiple(target, x + std::size_t{k} * count, row[k], count);
-    }
-    for (unsigned int i = n; i-- > 0;) {
-        const double* const row = lu + std::size_t{i} * stride;
-        double* const target = x + std::size_t{i} * count;
-        for (unsigned int k = i + 1; k < n; ++k)
-            subtractMultiple(target, x + std::size_t{k} * count, row[k], count);
-        for (unsigned int c = 0; c < count; ++c) target[c] /= row[i];
-    }
-}
-
 // The right-hand side (`available` elements) in the order of the decomposition, solved into `x`,
-// which is zero: elements that are not there count as zeros.
+// which is zero. Elements that b does not have count as zeros.
 void solveInto(const ERLUDecomp& lu, const double* b, unsigned int available, double* x) {
     const unsigned int n = std::min(lu.rows(), lu.cols());
     const int* const order = lu.permutation();
@@ -95,7 +43,8 @@ void solveInto(const ERLUDecomp& lu, const double* b, unsigned int available, do
 // Solves a x = 0 for `cols` unknowns in place on row-major rows `stride` apart.
 void solveHomogeneous(double* a, unsigned int rows, unsigned int cols, unsigned int stride,
                       double* x) {
-    // The row to start from: the first, unless it tells nothing.
+    // The row to start from: the first with a leading element other than zero. With two columns
+    // left, either element will do.
     unsigned int lead = 0;
     while (lead < rows && a[std::size_t{lead} * stride] == 0.0 &&
            (cols != 2 || a[std::size_t{lead} * stride + 1] == 0.0))
@@ -114,54 +63,10 @@ void solveHomogeneous(double* a, unsigned int rows, unsigned int cols, unsigned 
     for (unsigned int r = 1; r < rows; ++r) {
         double* const row = a + std::size_t{r} * stride;
         const double multiplier = row[0] / a[0];
-        for (unsigned int c = 1; c < cols; ++c) row[c] -= multiplier * a[c];
+        axpy(-multiplier, a + 1, row + 1, cols - 1);
     }
     solveHomogeneous(a + stride + 1, rows - 1, cols - 1, stride, x + 1);
-    double sum = 0.0;
-    for (unsigned int c = 1; c < cols; ++c) sum += a[c] * x[c];
-    x[0] = -sum / a[0];
-}
-
-// MatriceGaussPivot on the elements themselves, with room for one int per row in `permutation`.
-int eliminate(double* const a, const unsigned int rows, const unsigned int cols,
-              int* const permutation, int& exchanges, double tol) {
-    for (unsigned int i = 0; i < rows; ++i) permutation[i] = static_cast<int>(i);
-    exchanges = 0;
-
-    const unsigned int steps = std::min(rows, cols);
-    for (unsigned int k = 0; k < steps; ++k) {
-        double* const pivotRow = a + std::size_t{k} * cols;
-        // The magnitude first and its row afterwards, since which row it is cannot be predicted.
-        double magnitude = std::fabs(pivotRow[k]);
-        for (unsigned int r = k + 1; r < rows; ++r)
-            magnitude = std::max(magnitude, std::fabs(a[std::size_t{r} * cols + k]));
-        unsigned int largest = k;
-        if (magnitude > std::fabs(pivotRow[k]))
-            while (std::fabs(a[std::size_t{largest} * cols + k]) != magnitude) ++largest;
-        if (largest != k) {
-            std::swap_ranges(pivotRow, pivotRow + cols, a + std::size_t{largest} * cols);
-            std::swap(permutation[k], permutation[largest]);
-            ++exchanges;
-        }
-        if (magnitude < tol) return 0;
-        for (unsigned int i = k + 1; i < rows; ++i) {
-            double* const row = a + std::size_t{i} * cols;
-            const double multiplier = row[k] / pivotRow[k];
-            row[k] = multiplier;
-            subtractMultiple(row + k + 1, pivotRow + k + 1, multiplier, cols - k - 1);
-        }
-    }
-    if (rows > cols) return 0;
-
-    for (unsigned int i = rows; i-- > 0;) {
-        double* const row = a + std::size_t{i} * cols;
-        for (unsigned int k = i + 1; k < rows; ++k) {
-            const double* const known = a + std::size_t{k} * cols;
-            for (unsigned int j = rows; j < cols; ++j) row[j] -= row[k] * known[j];
-        }
-        for (unsigned int j = rows; j < cols; ++j) row[j] /= row[i];
-    }
-    return 1;
+    x[0] = -dot(a + 1, x + 1, cols - 1) / a[0];
 }
 
 }  // namespace
@@ -225,7 +130,7 @@ unsigned int ERLUDecomp::rang() const {
     const double* const a = data();
     while (rank > 0) {
         const std::size_t last = rank - 1;
-        if (!(std::fabs(a[last * cols() + last]) <= nullDiagonal)) break;
+        if (!(std::fabs(a[last * cols() + last]) <= comparisonTolerance)) break;
         --rank;
     }
     return rank;

@@ -4,7 +4,7 @@
 #include "kerf/platform/config.h"
 
 // Direct solution of small dense systems: elimination with partial pivoting, the LU decomposition
-// and its readings.
+// and what can be read from it.
 namespace kerf {
 
 KERF_DECLARE_SIMPLE_VECTOR(int)
@@ -12,12 +12,12 @@ KERF_DECLARE_SIMPLE_VECTOR(int)
 /// The decomposition P A = L U with partial pivoting of a matrix, packed in the base: U on and
 /// above the diagonal, the multipliers of L below.
 ///
-/// Singular: a pivot below 1e-20 stops the elimination and sets the flag; the packed factors are
-///           then partly eliminated. Nothing else tests the flag: read isSingular() before solve,
-///           which otherwise answers infinities or NaNs. A matrix with more rows than columns is
-///           singular.
-/// Wide:     of a matrix with more columns than rows the leading square part is factored, and the
-///           further columns are right-hand sides that hold their solutions afterwards.
+/// Degenerate: a matrix with more rows than columns is singular. Of a matrix with more columns than
+///             rows the leading square part is factored, and the further columns are right-hand
+///             sides that hold their solutions afterwards.
+/// Tolerance:  a pivot below 1e-20 makes the matrix singular.
+/// Failure:    a singular matrix sets the flag and stays partly eliminated. Nothing else tests the
+///             flag: read isSingular() before solve, which otherwise returns infinities or NaNs.
 class KERF_EXPORT ERLUDecomp : public ERMatrix<double> {
 public:
     ERLUDecomp(const ERMatrix<double>& a);
@@ -34,8 +34,8 @@ public:
     ERMatrix<double> P() const;  ///< rows by rows, 1.0 at (i, permutation()[i])
 
     /// The rank as the diagonal of U tells it: the number of rows, less one for each trailing
-    /// diagonal element within 1e-11 of 0. A singular decomposition answers the number of rows all
-    /// the same; callers read isSingular() first.
+    /// diagonal element within 1e-11 of 0.
+    /// Kept: of a singular decomposition it is the number of rows.
     unsigned int rang() const;
 
 private:
@@ -50,11 +50,11 @@ private:
 
 /// Gaussian elimination in place of a matrix with m rows. The leading m by m part becomes its
 /// packed LU decomposition; columns from m on are right-hand sides and become their solutions.
-/// permutation: receives a new array of one int per row, to be released by the caller with delete[]
-///              whatever the result; a former pointer is not looked at.
-/// exchanges:   receives the number of row exchanges.
-/// Returns 1, or 0 at the first pivot below tol in absolute value: the matrix stays partly
-/// eliminated. Also 0 for more rows than columns.
+/// Parameter: permutation receives a new array of one int per row; a former pointer is not looked
+///            at. exchanges receives the number of row exchanges.
+/// Returns:   1, or 0 at the first pivot below tol in absolute value, with the matrix partly
+///            eliminated. Also 0 for more rows than columns.
+/// Ownership: the caller releases the array with delete[], whatever the result.
 KERF_EXPORT int MatriceGaussPivot(ERMatrix<double>& m, int*& permutation, int& exchanges,
                                   double tol);
 
@@ -72,10 +72,10 @@ KERF_EXPORT ERMatrix<double> inverse(const ERLUDecomp& lu);
 KERF_EXPORT ERMatrix<double> IdentityMatrix(unsigned int n);
 
 /// The coefficients of the hyperplane through the origin that holds the given row points, one for
-/// each column: a non-null solution x of the homogeneous system a x = 0, of no particular length.
-/// The first cols - 1 rows decide; further rows must follow from them. There is no pivoting for
-/// size: rows are exchanged only where a leading element is exactly 0.0, and a null column gives
-/// the unit vector of its coordinate.
+/// each column: a solution x of a x = 0 that is not zero, of no particular length. The first
+/// cols - 1 rows decide; further rows must follow from them.
+/// Kept: rows are exchanged only where a leading element is exactly 0.0, so a tiny one costs digits.
+///       A column of zeros gives the unit vector of its coordinate.
 KERF_EXPORT ERVec<double> ResolveHyperPlan(const ERMatrix<double>& a);
 
 }  // namespace kerf

@@ -4,11 +4,12 @@
 #include <ostream>
 
 #include "kerf/core/file.h"
+#include "kerf/numerics/constants.h"
 #include "kerf/platform/archive.h"
 
 namespace kerf {
 
-const double equalityTolerance = 1e-11;
+const double equalityTolerance = comparisonTolerance;
 
 namespace coordinates {
 

@@ -6,26 +6,22 @@
 #include <utility>
 
 #include "kerf/core/file.h"
+#include "kerf/numerics/vector_arithmetic.h"
 
 namespace kerf {
 
 namespace {
-
-// sum[0 .. n) += factor * terms[0 .. n)
-void addMultiple(double* sum, double factor, const double* terms, unsigned int n) {
-    for (unsigned int i = 0; i < n; ++i) sum[i] += factor * terms[i];
-}
 
 // sum(i + ..., j + ...) += factor * terms(...), for a sum with room for all of them.
 void addMultiple(ERMatrix<double>& sum, unsigned int i, unsigned int j, double factor,
                  const ERMatrix<double>& terms) {
     double* to = sum.data() + sum.inVec(i, j);
     for (unsigned int row = 0; row < terms.rows(); ++row)
-        addMultiple(to + row * sum.cols(), factor, terms.data() + row * terms.cols(), terms.cols());
+        axpy(factor, terms.data() + row * terms.cols(), to + row * sum.cols(), terms.cols());
 }
 
 void addMultiple(ERVec<double>& sum, double factor, const ERVec<double>& terms) {
-    addMultiple(sum.data(), factor, terms.data(), terms.length());
+    axpy(factor, terms.data(), sum.data(), terms.length());
 }
 
 void addMultiple(ERMatrix<double>& sum, double factor, const ERMatrix<double>& terms) {
@@ -119,8 +115,7 @@ ERPolynome& ERPolynome::operator*=(const ERPolynome& other) {
     const unsigned int n = coefficients_.length();
     const double* const a = std::as_const(coefficients_).data();
     for (unsigned int i = 0; i < n; ++i)
-        addMultiple(result.data() + i, a[i], other.coefficients_.data(),
-                    other.coefficients_.length());
+        axpy(a[i], other.coefficients_.data(), result.data() + i, other.coefficients_.length());
     coefficients_ = result;
     return *this;
 }

@@ -2,6 +2,7 @@
 #include <utility>
 
 #include "kerf/numerics/complex_roots.h"
+#include "kerf/numerics/constants.h"
 #include "kerf/values/polynomial.h"
 
 namespace kerf {
@@ -13,8 +14,7 @@ constexpr double nullCoefficient = 1e-10;
 constexpr double finderTolerance = 1e-9;
 constexpr double finderIterations = 80.0;
 
-// A value up to this is 0, and a product of the values at both ends below the other opens a search.
-constexpr double nullValue = 1e-11;
+// A product of the values at both ends below this opens a search.
 constexpr double searchedProduct = 1e-9;
 
 constexpr int newtonIterations = 100;
@@ -23,7 +23,7 @@ constexpr double newtonTolerance = 1e-15;
 
 constexpr unsigned int everywhere = 0xFFFFFFFF;
 
-bool isNull(double value) { return std::fabs(value - 0.0) <= nullValue; }
+bool isNull(double value) { return std::fabs(value - 0.0) <= comparisonTolerance; }
 
 // p(x) = 0 for the coefficients of p and of its derivative.
 class Equation : public ERCNewtonS {

@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include "kerf/numerics/constants.h"
 #include "kerf/values/linear_map.h"
 #include "kerf/values/orthonormal_frame.h"
 
@@ -9,7 +10,6 @@ namespace kerf {
 
 namespace {
 
-constexpr double pi = 3.141592653589793;
 constexpr double smallSine = 0.001;     // below: sin(a) / a counts as 1
 constexpr double smallArc = 0.001;      // below: the ends of an arc count as one
 constexpr double nearlyParallel = 0.1;  // sine of the angle between two directions
@@ -226,7 +226,7 @@ void find_lock_quaternion(ERVector3D from, ERVector3D to, ERQuaternion& result) 
     double cosine = from * to;
     ERQuaternion before;
     if (norme(axis) < nearlyParallel) {
-        before = ERQuaternion(perpendicularTo(to), 1.5707963267948966);
+        before = ERQuaternion(perpendicularTo(to), pi / 2.0);
         from = before * from;
         from.normalize();
         axis = from ^ to;

@@ -4,6 +4,7 @@
 #include <ostream>
 
 #include "kerf/core/file.h"
+#include "kerf/numerics/constants.h"
 #include "kerf/values/pole.h"
 
 namespace kerf {
@@ -11,8 +12,6 @@ namespace kerf {
 ER_DEFINE_CLASS(ERTransfo2D, ERObject)
 
 namespace {
-
-constexpr double degreesPerRadian = 57.29577951308232;
 
 template <class Value>
 void mapEach(ERVec<Value>& values, const auto& map) {

@@ -4,6 +4,7 @@
 #include <ostream>
 
 #include "kerf/core/file.h"
+#include "kerf/numerics/constants.h"
 #include "kerf/platform/archive.h"
 #include "kerf/values/linear_map.h"
 #include "kerf/values/quaternion.h"
@@ -19,7 +20,7 @@ ER_DEFINE_CLASS(ERPmIsometrie3D, ERPmSimilitude3D)
 
 namespace {
 
-constexpr double tolerance = 1e-11;
+constexpr double tolerance = comparisonTolerance;
 
 // The stored form of a handle, in a file and in an archive alike:
 //   offset 0    4 bytes   rows, 3

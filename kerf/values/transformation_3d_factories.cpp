@@ -1,5 +1,6 @@
 #include <cmath>
 
+#include "kerf/numerics/constants.h"
 #include "kerf/numerics/linear_solvers.h"
 #include "kerf/values/linear_map.h"
 #include "kerf/values/orthonormal_frame.h"
@@ -11,8 +12,8 @@ namespace kerf {
 
 namespace {
 
-constexpr double pi = 3.141592653589793;
-constexpr double verticalAxis = 1e-11;  // length of the first column's part across the z axis
+constexpr double verticalAxis =
+    comparisonTolerance;  // length of the first column's part across the z axis
 
 // centre stays where it is under the result.
 ERPmIsometrie3D about(const ERPoint3D& centre, const ERPmIsometrie3D& rotation) {

@@ -4,6 +4,7 @@
 #include <ostream>
 
 #include "kerf/core/file.h"
+#include "kerf/numerics/constants.h"
 #include "kerf/numerics/linear_solvers.h"
 #include "kerf/platform/thread_storage.h"
 #include "kerf/values/linear_map.h"
@@ -36,7 +37,7 @@ public:
 
 namespace {
 
-constexpr double tolerance = 1e-11;
+constexpr double tolerance = comparisonTolerance;
 
 CThreadLocal<ERTr3DRevRep_ThreadLocalData> threadIdentity;
 

@@ -16,6 +16,7 @@
 
 #include "kerf/core/file.h"
 #include "kerf/display/coordinate.h"
+#include "kerf/numerics/constants.h"
 #include "kerf/numerics/vector.h"
 #include "kerf/platform/archive.h"
 #include "tests/support/temporary_file.h"
@@ -23,7 +24,6 @@
 // What the tests of several values ask alike.
 namespace kerf::test {
 
-constexpr double pi = 3.141592653589793;
 constexpr double nan = std::numeric_limits<double>::quiet_NaN();
 constexpr double infinity = std::numeric_limits<double>::infinity();
 constexpr double largest = std::numeric_limits<double>::max();
