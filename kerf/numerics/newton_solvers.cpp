@@ -5,24 +5,22 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
-#include <limits>
 #include <optional>
 #include <utility>
 
+#include "kerf/numerics/internal/newton_iteration.h"
 #include "kerf/numerics/linear_solvers.h"
+#include "kerf/numerics/vector_arithmetic.h"
 
 namespace kerf {
 
-namespace {
+using newton::convergedOnFunction;
+using newton::flatDerivative;
+using newton::noDescent;
+using newton::running;
+using newton::stepTest;
 
-enum NewtonStatus {
-    converged = 0,
-    convergedOnFunction = 1,
-    running = 2,
-    flatDerivative = 3,
-    noDescent = 3,
-    failed = 4
-};
+namespace {
 
 enum BackTrackingStatus {
     iterationLimit = -1,
@@ -32,12 +30,7 @@ enum BackTrackingStatus {
     spuriousStop = 5
 };
 
-// A residual that shrinks from far is let grow now and then; growth counts above this multiple of
-// the tolerance, and so many growths are forgiven.
-constexpr double growthScale = 1e7;
-constexpr int forgivenGrowths = 20;
-
-// The part of the predicted decrease that a damped step has to bring (Armijo's condition).
+// The share of the predicted decrease that a damped step has to bring (Armijo's condition).
 constexpr double sufficientDecrease = 1e-4;
 // A rejected factor is multiplied by something in this range.
 constexpr double strongestDamping = 0.1;
@@ -53,40 +46,19 @@ constexpr double startTolerance = 1.0000000000000002e-10;
 constexpr double gradientTolerance = 1e-6;
 constexpr double stepTolerance = 1e-9;
 
+double norm(const ERVec<double>& v) { return kerf::norm(v.data(), v.length()); }
+
 double dot(const ERVec<double>& u, const ERVec<double>& v) {
-    const double* const a = u.data();
-    const double* const b = v.data();
-    const unsigned int n = u.length();
-    double sum = 0.0;
-    for (unsigned int i = 0; i < n; ++i) sum += a[i] * b[i];
-    return sum;
+    return kerf::dot(u.data(), v.data(), u.length());
 }
 
-double norm(const ERVec<double>& v) { return std::sqrt(dot(v, v)); }
-
-double distance(const ERVec<double>& u, const ERVec<double>& v) {
-    const double* const a = u.data();
-    const double* const b = v.data();
-    const unsigned int n = u.length();
-    double sum = 0.0;
-    for (unsigned int i = 0; i < n; ++i) sum += (a[i] - b[i]) * (a[i] - b[i]);
-    return std::sqrt(sum);
-}
-
-void scale(ERVec<double>& v, double factor) {
-    double* const a = v.data();
-    const unsigned int n = v.length();
-    for (unsigned int i = 0; i < n; ++i) a[i] *= factor;
-}
+void scale(ERVec<double>& v, double factor) { kerf::scale(v.data(), factor, v.length()); }
 
 // result = x + t d.
 void moveAlong(ERVec<double>& result, const ERVec<double>& x, double t, const ERVec<double>& d) {
-    const unsigned int n = x.length();
-    if (result.length() != n) result = x;
+    if (result.length() != x.length()) result = x;
     double* const to = result.data();
-    const double* const from = x.data();
-    const double* const direction = d.data();
-    for (unsigned int i = 0; i < n; ++i) to[i] = from[i] + t * direction[i];
+    kerf::moveAlong(x.data(), t, d.data(), to, x.length());
 }
 
 ERVec<double> transposedProduct(const ERMatrix<double>& m, const ERVec<double>& v) {
@@ -95,7 +67,7 @@ ERVec<double> transposedProduct(const ERMatrix<double>& m, const ERVec<double>& 
     const double* row = m.data();
     const double* const factors = v.data();
     for (unsigned int r = 0; r < m.rows(); ++r, row += m.cols())
-        for (unsigned int c = 0; c < m.cols(); ++c) sums[c] += row[c] * factors[r];
+        axpy(factors[r], row, sums, m.cols());
     return product;
 }
 
@@ -118,41 +90,95 @@ double largestRelative(const ERVec<double>& step, const ERVec<double>& x) {
     return largest;
 }
 
-// take(i, f(x + h e_i), f(x - h e_i)) for each axis i.
-template <class Function, class Take>
-void forEachDifference(const ERVec<double>& x, double h, Function f, Take take) {
-    // Written through [], not through a pointer: what f answers may share this block.
+// A function of one value, read as the vectors of a function of several are.
+struct SingleValue {
+    double value;
+    unsigned int length() const { return 1; }
+    const double* data() const { return &value; }
+};
+
+// (f(x + h e_i) - f(x - h e_i)) * (1 / (2 h)) in column i, for each axis i.
+template <class Function>
+ERMatrix<double> centralDifferences(const ERVec<double>& x, double h, Function f) {
+    const unsigned int n = x.length();
+    const double factor = 1.0 / (2.0 * h);
+    ERMatrix<double> derivatives;
+    // Written through [], not through a pointer: the vector that f returns may share this block.
     ERVec<double> point = x;
-    for (unsigned int i = 0; i < x.length(); ++i) {
+    for (unsigned int i = 0; i < n; ++i) {
         const double centre = std::as_const(point)[i];
         point[i] = centre + h;
         const auto right = f(point);
         point[i] = centre - h;
         const auto left = f(point);
         point[i] = centre;
-        take(i, right, left);
+        if (i == 0) derivatives = ERMatrix<double>(right.length(), n);
+        KERF_CHECK_ARGUMENT(right.length() == derivatives.rows());
+        KERF_CHECK_ARGUMENT(left.length() == derivatives.rows());
+        double* const column = derivatives.data() + i;
+        const double* const r = right.data();
+        const double* const l = left.data();
+        for (unsigned int k = 0; k < derivatives.rows(); ++k)
+            column[std::size_t{k} * n] = (r[k] - l[k]) * factor;
     }
+    return derivatives;
 }
 
-// Whether |f| epsilon <= |derivative|. Mostly known without the product, which with the epsilons in
-// use is subnormal and takes long.
+// Whether |f| epsilon <= |derivative|. The first test mostly spares the product: with the usual
+// epsilons it is subnormal, and the processor takes long over it.
 bool isSteep(double f, double derivative, double epsilon) {
     return (std::fabs(f) < std::fabs(derivative) && epsilon <= 1.0) ||
            std::fabs(f) * epsilon <= std::fabs(derivative);
 }
 
-// The status of an iterate whose residual is within the tolerance.
-NewtonStatus stepTest(double step, double size, double tol) {
-    return step <= tol * size ? converged : convergedOnFunction;
-}
-
-// Where the tolerance is below the rounding of f, the iterates end up going round a few values until
-// the limit. Each iterate follows from the one before alone, so that whole rounds can be left out on
-// the way to the last one. Rounds are found by comparing with one earlier iterate, which moves on
-// after 1, 2, 3 ... iterations.
-class RoundSkipper {
+// The storage of newton::iterate on vectors of the library. The vectors are those of a solver, which
+// a problem may look at while the iteration runs.
+class VectorStorage {
 public:
-    explicit RoundSkipper(double start) : earlier_(start) {}
+    VectorStorage(ERCNewtonM& problem, ERVec<double>& x, ERVec<double>& former,
+                  ERVec<double>& residual, ERMatrix<double>& jacobian)
+        : problem_(problem), x_(x), former_(former), residual_(residual), jacobian_(jacobian) {}
+
+    void remember() { former_ = x_; }
+    double evaluate() {
+        residual_ = problem_.f(x_);
+        return norm(residual_);
+    }
+    bool factor() {
+        jacobian_ = problem_.fprime(x_);
+        factors_.emplace(jacobian_);
+        return !factors_->isSingular();
+    }
+    double derivativeNorm() const { return norm(jacobian_); }
+    // The solution d of J d = residual.
+    ERVec<double> solution() const {
+        ERVec<double> d = solve(*factors_, residual_);
+        KERF_CHECK_ARGUMENT(d.length() == x_.length());
+        return d;
+    }
+    void step() { moveAlong(x_, former_, -1.0, solution()); }
+    double stepLength() const {
+        return distance(std::as_const(x_).data(), std::as_const(former_).data(), x_.length());
+    }
+    double size() const { return norm(x_); }
+    bool isUnmoved() const { return x_ == former_; }
+
+private:
+    ERCNewtonM& problem_;
+    ERVec<double>& x_;
+    ERVec<double>& former_;
+    ERVec<double>& residual_;
+    ERMatrix<double>& jacobian_;
+    std::optional<ERLUDecomp> factors_;
+};
+
+// Cycle detection. Where the tolerance is below the rounding of f, the iterates end up repeating a
+// few values until the limit. Each iterate follows from the one before alone, so a whole number of
+// cycles can be left out without changing the last iterate. A cycle shows when an iterate equals an
+// earlier one; that one is replaced by the latest after 1, 2, 3 ... iterations.
+class CycleDetector {
+public:
+    explicit CycleDetector(double start) : earlier_(start) {}
 
     // How many of the next `remaining` iterations need not be made, x being the latest iterate.
     int skipped(double x, int remaining) {
@@ -170,7 +196,7 @@ public:
 
 private:
     double earlier_;
-    int age_ = 0;  // of `earlier`, in iterations
+    int age_ = 0;  // iterations since `earlier`
     int oldest_ = 1;
 };
 
@@ -183,22 +209,9 @@ double ERCNewtonSDelta::fprime(double x) { return (f(x + h) - f(x - h)) * 0.5 / 
 ERCNewtonM::~ERCNewtonM() = default;
 
 ERMatrix<double> ERCNewtonMDelta::fprime(const ERVec<double>& x) {
+    ERMatrix<double> derivatives =
+        centralDifferences(x, h, [this](const ERVec<double>& point) { return f(point); });
     const unsigned int n = x.length();
-    const double factor = 1.0 / (2.0 * h);
-    ERMatrix<double> derivatives;
-    forEachDifference(
-        x, h, [this](const ERVec<double>& point) { return f(point); },
-        [&](unsigned int i, const ERVec<double>& right, const ERVec<double>& left) {
-            if (i == 0) derivatives = ERMatrix<double>(right.length(), n);
-            KERF_CHECK_ARGUMENT(right.length() == derivatives.rows());
-            KERF_CHECK_ARGUMENT(left.length() == derivatives.rows());
-            double* const column = derivatives.data() + i;
-            const double* const r = right.data();
-            const double* const l = left.data();
-            for (unsigned int k = 0; k < derivatives.rows(); ++k)
-                column[std::size_t{k} * n] = (r[k] - l[k]) * factor;
-        });
-
     double* const elements = derivatives.data();
     const unsigned int square = std::min(derivatives.rows(), derivatives.cols());
     for (unsigned int i = 1; i < square; ++i) {
@@ -212,13 +225,9 @@ ERMatrix<double> ERCNewtonMDelta::fprime(const ERVec<double>& x) {
 }
 
 ERVec<double> ERCNewtonH::f(const ERVec<double>& x) {
-    const double factor = 1.0 / (2.0 * h);
-    ERVec<double> gradient(x.length());
-    double* const g = gradient.data();
-    forEachDifference(
-        x, h, [this](const ERVec<double>& point) { return H(point); },
-        [&](unsigned int i, double right, double left) { g[i] = (right - left) * factor; });
-    return gradient;
+    return centralDifferences(x, h,
+                              [this](const ERVec<double>& point) { return SingleValue{H(point)}; })
+        .asVector();
 }
 
 int ERCNewtonH::HDomaine(const ERVec<double>&) { return 1; }
@@ -231,7 +240,7 @@ int ERNewtonSSolver::Resoudre(double& x, double tol) {
     double value = problem_->f(at);
     iterations_ = 0;
     status_ = running;
-    RoundSkipper rounds(at);
+    CycleDetector cycles(at);
     while (iterations_ < maxIterations_ && status_ == running) {
         derivative_ = problem_->fprime(at);
         if (!isSteep(value, derivative_, epsilon_)) {
@@ -244,8 +253,8 @@ int ERNewtonSSolver::Resoudre(double& x, double tol) {
         value = problem_->f(at);
         if (std::fabs(value) <= tol)
             status_ = stepTest(std::fabs(from - at), std::fabs(at), tol);
-        else if (skipsRounds_)
-            iterations_ += rounds.skipped(at, maxIterations_ - iterations_);
+        else if (skipsCycles_)
+            iterations_ += cycles.skipped(at, maxIterations_ - iterations_);
     }
     previousX_ = x = at;
     lastF_ = value;
@@ -262,46 +271,13 @@ NewtonVectorSolver::NewtonVectorSolver(unsigned int dimension, double flatness, 
 
 double NewtonVectorSolver::GetLastCriteria() const { return norm(residual); }
 
-std::optional<ERLUDecomp> NewtonVectorSolver::factorDerivative(ERCNewtonM& problem,
-                                                               const ERVec<double>& x,
-                                                               double size) {
-    jacobian = problem.fprime(x);
-    std::optional<ERLUDecomp> lu(jacobian);
-    if (lu->isSingular())
-        status = failed;
-    else if (size * epsilon > norm(jacobian))
-        status = flatDerivative;
-    if (status != running) lu.reset();
-    return lu;
-}
-
 ERNewtonMSolver::ERNewtonMSolver(ERCNewtonM* given, unsigned int dimension, double flatness,
                                  int maxIter)
     : NewtonVectorSolver(dimension, flatness, maxIter), problem_(given) {}
 
 int ERNewtonMSolver::Resoudre(ERVec<double>& x, double tol) {
-    previousX = x;
-    residual = problem_->f(x);
-    double size = norm(residual);
-    double best = std::numeric_limits<double>::max();
-    int growths = 0;
-    iterations = 0;
-    status = running;
-    while (iterations < maxIterations && status == running) {
-        const std::optional<ERLUDecomp> lu = factorDerivative(*problem_, x, size);
-        if (!lu) break;
-        ++iterations;
-        const ERVec<double> step = solve(*lu, residual);
-        KERF_CHECK_ARGUMENT(step.length() == x.length());
-        moveAlong(x, previousX, -1.0, step);
-        residual = problem_->f(x);
-        size = norm(residual);
-        if (best < size && tol * growthScale < size && ++growths > forgivenGrowths) status = failed;
-        best = size;
-        if (size <= tol) status = stepTest(distance(x, previousX), norm(x), tol);
-        if (status == running && x == previousX) status = convergedOnFunction;
-        previousX = x;
-    }
+    VectorStorage storage(*problem_, x, previousX, residual, jacobian);
+    newton::iterate(storage, {epsilon, maxIterations, status, iterations}, tol);
     return status;
 }
 
@@ -309,19 +285,18 @@ ERNewtonMSolverEx::ERNewtonMSolverEx(ERCNewtonH* given, double flatness, int max
     : NewtonVectorSolver(0, flatness, maxIter), problem_(given) {}
 
 int ERNewtonMSolverEx::Resoudre(ERVec<double>& x, double tol) {
-    previousX = x;
+    VectorStorage storage(*problem_, x, previousX, residual, jacobian);
+    storage.remember();
     double value = 0.0;
     const bool usable = evaluate(x, value);
-    residual = problem_->f(x);
-    double size = norm(residual);
+    double size = storage.evaluate();
     iterations = 0;
     status = running;
     while (iterations < maxIterations && status == running) {
-        const std::optional<ERLUDecomp> lu = factorDerivative(*problem_, x, size);
-        if (!lu) break;
+        status = newton::factorDerivative(storage, size, epsilon);
+        if (status != running) break;
 
-        ERVec<double> direction = solve(*lu, residual);
-        KERF_CHECK_ARGUMENT(direction.length() == x.length());
+        ERVec<double> direction = storage.solution();
         scale(direction, -1.0);
         const double slope = dot(residual, direction);
         const bool atRest = slope == 0.0 && size <= tol;
@@ -340,11 +315,10 @@ int ERNewtonMSolverEx::Resoudre(ERVec<double>& x, double tol) {
             break;
         }
         ++iterations;
-        residual = problem_->f(x);
-        size = norm(residual);
-        if (size <= tol) status = stepTest(distance(x, previousX), norm(x), tol);
-        if (status == running && x == previousX) status = convergedOnFunction;
-        previousX = x;
+        size = storage.evaluate();
+        if (size <= tol) status = stepTest(storage.stepLength(), storage.size(), tol);
+        if (status == running && storage.isUnmoved()) status = convergedOnFunction;
+        storage.remember();
     }
     return status;
 }
@@ -442,7 +416,7 @@ int ERNewtonMSolverWithBackTracking::LinearSearch(ERVec<double>& xold, double fo
         moveAlong(x, xold, lambda, p);
         residual = problem_->f(x);
         f = 0.5 * dot(residual, residual);
-        // Also the end of a search among infinities and NaNs.
+        // Negated, so that it also ends a search among infinities and NaNs.
         if (!(lambda >= smallest && lambda > 0.0)) {
             x = xold;
             return 1;
@@ -452,7 +426,7 @@ int ERNewtonMSolverWithBackTracking::LinearSearch(ERVec<double>& xold, double fo
         double next = 0.0;
         if (first) {
             next = -slope / (2.0 * (f - fold - slope));
-            // On a descent it is about a half at most; without one it may lead away.
+            // On a descent this is about a half at most; without one it may exceed lambda.
             if (!(next < lambda)) next = weakestDamping * lambda;
         } else {
             const double r1 = f - fold - lambda * slope;

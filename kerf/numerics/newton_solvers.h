@@ -1,13 +1,17 @@
 #pragma once
-#include <optional>
-
 #include "kerf/numerics/matrix.h"
 #include "kerf/numerics/vector.h"
 #include "kerf/platform/config.h"
 
-// Newton's method for one equation, for systems, and for minima. The problem is an object that
-// gives a function and its derivative; the solver is an object set up with a limit and a tolerance,
-// and its Resoudre moves the start value in place and answers a status.
+// Newton's method for one equation, for systems, and for minima. A problem is an object that gives
+// a function and its derivative. A solver is set up with a problem, a limit and a tolerance; its
+// Resoudre moves the start value in place and returns a status.
+//
+// Which to prefer:
+//     ERNewtonSSolver                  one equation
+//     ERNewtonMSolver                  a system, from a start near the root: the fewest evaluations
+//     ERNewtonMSolverWithBackTracking  a system, from a start that may be far
+//     ERNewtonMSolverEx                the minimum of a function
 //
 // Status of ERNewtonSSolver, ERNewtonMSolver and ERNewtonMSolverEx:
 //     0  converged on function and step
@@ -17,13 +21,10 @@
 //     4  singular system, or repeated growth of the residual
 // ERNewtonMSolverWithBackTracking has results of its own.
 //
-// Failure: nothing throws of itself, and the iteration limit bounds the work whatever the problem
-//          answers, NaN included. On every exit x is the last iterate, of use even unconverged.
-// Threads: a solver and its problem are used by one thread at a time.
-// Owners:  a problem is not owned and outlives its solver.
+// Failure:  nothing throws of itself, and the iteration limit bounds the work whatever the problem
+//           returns, NaN included. On every exit x is the last iterate, of use even unconverged.
+// Lifetime: a problem is not owned and outlives its solver.
 namespace kerf {
-
-class ERLUDecomp;
 
 /// One equation f(x) = 0.
 class KERF_EXPORT ERCNewtonS {
@@ -56,9 +57,9 @@ class KERF_EXPORT ERCNewtonMDelta : public ERCNewtonM {
 public:
     explicit ERCNewtonMDelta(double increment) : h(increment) {}
 
-    /// (f(x + h e_i) - f(x - h e_i)) * (1 / (2 h)) in column i, then symmetrised: elements (i, j)
-    /// and (j, i) both take their mean. This is right for gradients and wrong for any other system;
-    /// callers rely on the symmetry.
+    /// (f(x + h e_i) - f(x - h e_i)) * (1 / (2 h)) in column i, then symmetrised.
+    /// Kept: elements (i, j) and (j, i) both take their mean, which is wrong for a system that is no
+    ///       gradient. Newton's method then converges linearly.
     ERMatrix<double> fprime(const ERVec<double>& x) override;
 
     void SetIncrement(double increment) { h = increment; }
@@ -86,14 +87,15 @@ public:
     /// epsilon guards against a flat derivative: |f| epsilon > |f'| ends with status 3.
     ERNewtonSSolver(ERCNewtonS* problem, double epsilon, int maxIter);
 
-    /// Converged when |f(x)| <= tol: 0 if the last step was at most tol |x|, else 1. At least one
-    /// step is made, from a root too. Where f and f' are both 0.0 that step divides 0 by 0 and x
-    /// becomes NaN: callers test where the result lies. A NaN ends with 3.
+    /// Converged when |f(x)| <= tol: 0 if the last step was at most tol |x|, else 1. A NaN ends with
+    /// 3.
+    /// Kept: at least one step is made, from a root too. Where f and f' are both 0.0 that step
+    ///       divides 0 by 0 and x becomes NaN.
     int Resoudre(double& x, double tol);
 
-    /// Counts iterations that would go round earlier ones up to the limit without making them: for
-    /// an f and an fprime that depend on x alone. The result is the same.
-    void skipRounds() { skipsRounds_ = true; }
+    /// Switches cycle detection on, for an f and an fprime that depend on x alone. Iterates that
+    /// repeat themselves up to the limit are counted without being computed; the result is the same.
+    void skipRounds() { skipsCycles_ = true; }
 
     int GetStatus() const { return status_; }  ///< of the last Resoudre
     int GetIterations() const { return iterations_; }
@@ -107,7 +109,7 @@ private:
     int maxIterations_;
     double derivative_ = 0.0;
     double epsilon_;
-    bool skipsRounds_ = false;
+    bool skipsCycles_ = false;
 };
 
 /// What the solvers of several unknowns have in common: settings, and the record of the last run.
@@ -125,11 +127,6 @@ protected:
     NewtonVectorSolver(unsigned int dimension, double epsilon, int maxIter);
     ~NewtonVectorSolver() = default;
 
-    /// The derivative at x, kept in `jacobian`, and factored; nothing, with the status set, when it
-    /// is singular or too small beside a residual of that size.
-    std::optional<ERLUDecomp> factorDerivative(ERCNewtonM& problem, const ERVec<double>& x,
-                                               double size);
-
     int status;
     int iterations = 0;
     ERVec<double> previousX;
@@ -146,7 +143,7 @@ public:
     ERNewtonMSolver(ERCNewtonM* problem, unsigned int dimension, double epsilon, int maxIter);
 
     /// Converged when norm(f(x)) <= tol: 0 if the last step is at most tol norm(x), else 1. At
-    /// least one step is made. Growth of the residual counts while it is above 1e7 tol; the 21st
+    /// least one step is made. The residual may grow 20 times while it is above 1e7 tol; once more
     /// ends with 4.
     int Resoudre(ERVec<double>& x, double tol);
 
@@ -155,11 +152,11 @@ private:
 };
 
 /// Minimises H by damped Newton steps: the residual is the gradient, the Jacobian the Hessian.
-/// Damping: t d, with d the Newton step, is accepted when H falls by 1e-4 t |g . d| (Armijo). Else
-///          t becomes the minimiser of the parabola through both values and the slope, kept
-///          between 0.1 t and 0.5 t. Where HDomaine refuses or H is not finite, t is halved.
-/// Length:  with s = max(norm(x), sqrt(n)) a step is at most 200 s long. A full step accepted at
-///          once is doubled while it stays within that and H falls on.
+/// The part t d of the Newton step d is accepted when H falls by 1e-4 t |g . d| (Armijo). Else t
+/// becomes the minimiser of the parabola through both values and the slope, kept between 0.1 t and
+/// 0.5 t. Where HDomaine refuses or H is not finite, t is halved. With s = max(norm(x), sqrt(n)) a
+/// step is at most 200 s long. A full step that is accepted at once is doubled while it stays within
+/// that length and H goes on falling.
 class KERF_EXPORT ERNewtonMSolverEx : public NewtonVectorSolver {
 public:
     /// epsilon as for ERNewtonMSolver.
@@ -167,7 +164,7 @@ public:
 
     /// Converged when norm(g) <= tol after a step: 0 and 1 as for ERNewtonMSolver. 3, with x where
     /// that iteration began, when the step does not descend, as near a maximum, or no t down to
-    /// 1e-10 brings a descent. A null gradient, be it at a maximum, converges by a null step.
+    /// 1e-10 brings a descent. A zero gradient converges by a zero step, at a maximum too.
     int Resoudre(ERVec<double>& x, double tol);
 
 private:
@@ -181,10 +178,10 @@ private:
 /// Newton's method for a system made globally convergent by a line search on M = f . f / 2, after
 /// Numerical Recipes, section 9.7. Results:
 ///     -1  iteration limit
-///      0  stopped by a null gradient of M (a local minimum), or by a singular system
+///      0  stopped by a zero gradient of M (a local minimum), or by a singular system
 ///      1  converged on f
 ///      2  converged on x
-///      5  the line search stopped where the gradient of M is not null
+///      5  the line search stopped where the gradient of M is not zero
 class KERF_EXPORT ERNewtonMSolverWithBackTracking : public NewtonVectorSolver {
 public:
     /// epsilon is not used.
@@ -195,10 +192,12 @@ public:
     int Resoudre(ERVec<double>& x, double tol);
 
     /// Looks along p from xold, where M is fold and its gradient g, for a sufficient decrease of M.
-    /// p is first cut to the length stepMax. Answers 0 with the accepted x and its M in f; or 1
-    /// when the factor gets too small, with x = xold. The residual and f are then still those of
-    /// the last trial, at most 1e-9 away, and Resoudre takes them for converged if they are:
-    /// callers rely on that result.
+    /// p is first cut to the length stepMax.
+    /// Returns: 0 with the accepted x and its M in f; 1, with x = xold, when the factor gets too
+    ///          small.
+    /// Kept:    after 1 the residual and f are those of the last trial, at most 1e-9 away from x. If
+    ///          these are within the tolerance, Resoudre returns 1 with an x whose own residual may
+    ///          lie above it.
     int LinearSearch(ERVec<double>& xold, double fold, ERVec<double>& g, ERVec<double>& p,
                      ERVec<double>& x, double& f, double stepMax);
 

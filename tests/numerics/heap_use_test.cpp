@@ -4,6 +4,7 @@
 #include <new>
 
 #include "kerf/numerics/eigen.h"
+#include "kerf/numerics/internal/newton_iteration.h"
 #include "kerf/numerics/linear_solvers.h"
 #include "kerf/numerics/newton_solvers.h"
 
@@ -67,6 +68,19 @@ TEST(HeapUse, SolversNeedNoHeapOnceWarm) {
     const unsigned long before = heapCalls;
     work();
     EXPECT_EQ(heapCalls, before);
+}
+
+TEST(HeapUse, SystemsOnTheStackNeedNoHeapAtAll) {
+    struct {
+        void f(const double* x, double* y) { y[0] = x[0] * x[0] - 2, y[1] = x[0] - 2 * x[1]; }
+        void fprime(const double* x, double* j) { j[0] = 2 * x[0], j[1] = 0, j[2] = 1, j[3] = -2; }
+    } system;
+    double x[] = {3, 2};
+    const unsigned long before = heapCalls;
+    const newton::Result result = newton::solveOnStack(system, x, 1e-12, 50, 1e-12);
+    EXPECT_EQ(heapCalls, before);
+    EXPECT_LE(result.status, 1);
+    EXPECT_NEAR(x[1] * x[1], 0.5, 1e-12);
 }
 
 }  // namespace

@@ -73,12 +73,13 @@ Problem squareMinus(double c) {
     return scalar([c](double x) { return x * x - c; }, [](double x) { return 2 * x; });
 }
 
-// Into a round of two, and of a few values around a root that is not quite reached.
-TEST(ScalarNewton, SkippedRoundsEndWhereAllIterationsDo) {
+// Into a cycle of two, and of a few values around a root that is not quite reached.
+TEST(ScalarNewton, SkippedCyclesEndWhereAllIterationsDo) {
     const Problem cubic = scalar([](double x) { return x * x * x - 2 * x + 2; },
                                  [](double x) { return 3 * x * x - 2; });
     for (const auto& [problem, start] : {std::pair(cubic, 0.1), {cubic, 0.0}, {squareMinus(2), 9}})
         for (int limit = 0; limit < 60; ++limit) {
+            SCOPED_TRACE(testing::Message() << "from " << start << ", limit " << limit);
             Equation whole = problem, skipping = problem;
             ERNewtonSSolver everyStep(&whole, 0, limit), fewer(&skipping, 0, limit);
             fewer.skipRounds();
@@ -86,49 +87,17 @@ TEST(ScalarNewton, SkippedRoundsEndWhereAllIterationsDo) {
             EXPECT_EQ(everyStep.Resoudre(x, 0), fewer.Resoudre(y, 0));
             EXPECT_EQ(x, y);
             EXPECT_EQ(everyStep.GetIterations(), fewer.GetIterations());
-            EXPECT_TRUE(limit < 30 || skipping.problem.path.size() < whole.problem.path.size());
+            if (limit >= 30) {
+                EXPECT_LT(skipping.problem.path.size(), whole.problem.path.size());
+            }
         }
 }
 
-TEST(ScalarNewton, VisitsItsIteratesAndTellsWhyItStops) {
-    const Problem halfSlope = scalar([](double x) { return x; }, [](double) { return 0.5; });
-    const Problem logarithm =
-        scalar([](double x) { return std::log(x); }, [](double x) { return 1 / x; });
-    const struct {
-        const char* name;
-        Problem problem;
-        double epsilon;
-        int limit, status;
-        Values path;
-    } cases[] = {
-        // |f| falls to 4.5e-12 four steps on, while that step is still 2e-6.
-        {"Heron", squareMinus(2), 0, 99, 1, {1, 1.5, 17.0 / 12, 577.0 / 408, 665857.0 / 470832}},
-        {"from the root", squareMinus(4), 0, 99, 0, {2, 2}},
-        {"flat", squareMinus(-1), 1e-300, 99, 3, {0}},
-        {"|f| epsilon = |f'|", halfSlope, 0.125, 1, 2, {4, -4}},
-        {"|f| epsilon > |f'|", halfSlope, 0.1250001, 1, 3, {4}},
-        {"limit -1", halfSlope, 0, -1, 2, {7}},
-        {"f becomes NaN", logarithm, 0, 99, 3, {3, 3 - 3 * std::log(3)}},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
-        Equation equation = c.problem;
-        ERNewtonSSolver solver(&equation, c.epsilon, c.limit);
-        double x = c.path[0];
-        EXPECT_EQ(solver.Resoudre(x, 1e-10), c.status);
-        EXPECT_THAT(equation.problem.path, Pointwise(DoubleNear(1e-14), c.path));
-        EXPECT_EQ(x, equation.problem.path.back());
-        EXPECT_EQ(solver.GetIterations(), static_cast<int>(c.path.size()) - 1);
-    }
-}
-
-TEST(VectorNewton, MakesFullStepsToTheRoot) {
-    Problem problem = circleAndHyperbola;
-    ERVec<double> x = vecOf({3, 1});
-    EXPECT_LE(ERNewtonMSolver(&problem, 2, 0, 50).Resoudre(x, 1e-12), 1);
-    // J = (6 2; 1 3), f = (5, 1): the first step is (13/16, 1/16).
-    EXPECT_NEAR(problem.path[1], 2.1875, 1e-14);
-    EXPECT_THAT(listOf(x), Pointwise(DoubleNear(1e-14), Values{2, 1}));
+TEST(ScalarNewton, AFlatRootIsLeftByAStepToNaN) {
+    Equation square = squareMinus(0);
+    double x = 0;
+    EXPECT_EQ(ERNewtonSSolver(&square, 0, 9).Resoudre(x, 1e-9), 3);
+    EXPECT_TRUE(std::isnan(x));
 }
 
 struct Case {
@@ -148,7 +117,9 @@ void expectStops(const std::vector<Case>& cases) {
         Solver solver(&problem, c.epsilon, c.limit);
         EXPECT_EQ(solver.Resoudre(x, c.tol), c.status);
         EXPECT_EQ(solver.GetIterations(), c.iterations);
-        EXPECT_TRUE(c.iterations > 0 || listOf(x) == c.start);
+        if (c.iterations == 0) {
+            EXPECT_EQ(listOf(x), c.start);
+        }
     }
 }
 
@@ -245,7 +216,7 @@ TEST(Minimiser, TellsWhyItStops) {
     Problem walled = power(2, 2);
     walled.domain = [](double x) { return x == 1; };
     expectStops<ERNewtonMSolverEx>({
-        {"gradient null after a long step", power(2, 2), {1}, 0, 1e-9, 9, 1, 1},
+        {"zero gradient after a long step", power(2, 2), {1}, 0, 1e-9, 9, 1, 1},
         {"from the minimum", power(2, 2), {0}, 0, 1e-9, 9, 0, 1},
         {"unmoved", power(2, 1e20), {1}, 0, 1e-9, 9, 1, 1},
         {"limit 1", power(1, 1), {1}, 0, 1e-9, 1, 2, 1},
@@ -293,38 +264,13 @@ struct Search {
     }
 };
 
-TEST(LineSearch, ChoosesItsFactorsFromTheValuesSeen) {
-    // The minimiser of -2 t^3 + 3 t^2 - t, the cubic through 0, 0 at 1/2 and 0 at 1 with slope -1.
-    const double cubic = (6 - std::sqrt(12)) / 12;
-    const struct {
-        const char* name;
-        Values merits, factors;  // M seen, whatever x
-    } cases[] = {
-        {"accepted at once", {0.499}, {1}},
-        {"parabola, cubic", {0.5, 0.5, 0}, {1, 0.5, cubic}},
-        // 100 t^3 - t has its minimum at 0.0577.
-        {"floor, cubic over its cap, floor", {99.5, 0.5, 1e6, 0}, {1, 0.1, 0.05, 0.005}},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
-        Problem script(nullptr, nullptr);
-        script.residual = [&](const Values&) {
-            return Values{std::sqrt(2 * c.merits.at(script.path.size() - 1))};
-        };
-        Search search{0, 0.5, -1, 1, 10};
-        EXPECT_EQ(search(script), 0);
-        EXPECT_THAT(script.path, Pointwise(DoubleNear(1e-12), c.factors));
-        EXPECT_EQ(search.x[0], script.path.back());
-    }
-}
-
-TEST(LineSearch, CutsTheStepAndComesBackWhenItGetsTooSmall) {
+TEST(LineSearch, LeavesTheResidualOfItsLastTrial) {
     Problem problem([](const Values& x) { return Values{2 + std::fabs(x[0] - 3)}; }, nullptr);
     Search search{3, 2, -1, 1000, 5};
     EXPECT_EQ(search(problem), 1);
-    EXPECT_EQ(problem.path.front(), 8);
+    EXPECT_EQ(problem.path.front(), 8) << "the step is cut to 5";
     EXPECT_EQ(search.x[0], 3);
-    // What is left in the residual is the last trial's, less than 1e-9 * 3 away.
+    // That of a point less than 1e-9 * 3 away.
     EXPECT_GT(search.merit, 2);
     EXPECT_LT(problem.path.back(), 3 + 3e-9);
 }
