@@ -1,19 +1,17 @@
 #include "kerf/processing/best_fit.h"
 
-#include <algorithm>
 #include <cmath>
 
-#include "kerf/processing/point_pair_sums.h"
+#include "kerf/numerics/internal/growth.h"
+#include "kerf/processing/internal/point_pair_sums.h"
 
 namespace kerf {
 
 int ERPointSetBestFitSolverBase::nb_points() const { return static_cast<int>(first.length()); }
 
 void ERPointSetBestFitSolverBase::add_point(const ERPoint3D& p, const ERPoint3D& q) {
-    // Vectors grow by a few elements at a time; doubling keeps any number of points linear.
-    constexpr unsigned int most = 0xFFFFF000u / sizeof(ERPoint3D);  // whose bytes 32 bits count
-    for (ERVec<ERPoint3D>* const list : {&first, &second})
-        if (list->length() == list->capacity()) list->capacity(std::min(2 * list->length(), most));
+    doubleWhenFull(first);
+    doubleWhenFull(second);
     first.append(p);
     second.append(q);
 }

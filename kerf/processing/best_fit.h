@@ -14,17 +14,22 @@
 // the least sum of squared distances, and the deviation that remains. No scale and no mirror image
 // is fitted.
 //
-//     ERPointSetBestFitSolver   Newton iteration on three rotation parameters.
 //     ERPointSetBestFitSolver1  closed form (Horn, Closed-form solution of absolute orientation
-//                               using unit quaternions, 1987); takes locks of axis, translation
-//                               and origin.
+//                               using unit quaternions, 1987). To be preferred: it finds the best
+//                               motion wherever the lists lie, fits degenerate sets too, and
+//                               takes locks of axis, translation and origin.
+//     ERPointSetBestFitSolver   Newton iteration on three rotation parameters, which finds a
+//                               stationary rotation near its start. For programs that want points
+//                               in line or coincident refused.
 //
-// Use: reset, add_point for each pair, locks, solve, get_deviation.
+// A program calls reset, add_point for each pair, the locks, solve and get_deviation, in this order.
+//
+// Threads: a solver is used by one thread at a time.
 namespace kerf {
 
 struct LinearMap;
 
-/// What solve answers.
+/// What solve returns.
 enum BSTF_RESULT {
     BestFitDone = 0,
     BestFitTooFewPoints = -1,    ///< fewer than three pairs
@@ -34,9 +39,8 @@ enum BSTF_RESULT {
 };
 
 /// The pairs, the last transformation found and its deviation.
-/// Failure: solve answers a code, nothing throws. Points that are no numbers give one of the
-///          codes, or a transformation that is none either.
-/// Threads: a solver belongs to one thread.
+/// Failure: solve returns a code, nothing throws. Points with NaN or infinite coordinates give one
+///          of the codes, or a transformation that is not finite.
 class KERF_EXPORT ERPointSetBestFitSolverBase {
 public:
     virtual int nb_points() const;
@@ -74,26 +78,27 @@ protected:
 /// start.
 class KERF_EXPORT ERPointSetBestFitSolver : public ERPointSetBestFitSolverBase {
 public:
-    /// The rotation parameters: 0 for three angles, anything else for a quaternion. The angle form
-    /// converges linearly, and slowly on long thin sets, for its Jacobian is symmetrised.
+    /// The rotation parameters: 0 for three angles, anything else for a quaternion. Prefer the
+    /// quaternion: the Jacobian of the angle form is symmetrised, so that it converges linearly, and
+    /// slowly on long thin sets.
     explicit ERPointSetBestFitSolver(int quaternionForm) : useQuaternion(quaternionForm) {}
 
     /// Any of the codes. The result is the identity after -2 and -3 and left as it was after -1 and
-    /// -4; get_deviation answers 1000.0 after each of them.
+    /// -4; get_deviation returns 1000.0 after each of them.
     BSTF_RESULT solve(ERPmIsometrie3D& result) override;
 
 protected:
     int useQuaternion;
 };
 
-/// The problem of the Newton solver: the sum of (R a) x b over all pairs, which is null for the
+/// The problem of the Newton solver: the sum of (R a) x b over all pairs, which is zero for the
 /// least-squares rotation R. It is linear in the nine entries of R.
 class KERF_EXPORT ERPointSetBestFitSolverFunction : public ERCNewtonMDelta {
 public:
     /// From three parameters to the nine entries of a rotation matrix.
     using Rotation = LinearMap (*)(const ERVec<double>& parameters);
 
-    /// coefficients: 3 rows of 9, for the entries of R row by row.
+    /// The coefficients are 3 rows of 9, for the entries of R row by row.
     ERPointSetBestFitSolverFunction(const ERMatrix<double>& coefficients, Rotation rotation,
                                     double increment);
 
@@ -104,14 +109,14 @@ private:
     Rotation rotation_;
 };
 
-/// The closed form, with locks. Locks stay over reset. Degenerate sets are no error: of the
-/// rotations that fit equally well one is taken, for coincident points too.
+/// The closed form, with locks, which stay over reset. With an axis locked, translation locks do
+/// nothing; without one they allow no rotation. lock_origin acts on the free problem and with an
+/// axis: lists are then not centred, so the origin stays where it is.
 ///
-/// Locks: an axis goes before translation locks, which then do nothing. Translation locks fix the
-///        rotation to none. lock_origin acts on the free problem and with an axis: lists are then
-///        not centred, so the origin stays where it is.
-/// Deviation: with an axis locked get_deviation answers the mean of the squares, not its root; with
-///        translation locks solve leaves the former deviation. Callers rely on both.
+/// Degenerate: sets in line or coincident are fitted. One of the rotations that fit equally well is
+///             taken.
+/// Kept:       with an axis locked get_deviation returns the mean of the squares, not its root; with
+///             translation locks it returns that of the fit before.
 class KERF_EXPORT ERPointSetBestFitSolver1 : public ERPointSetBestFitSolverBase {
 public:
     ERPointSetBestFitSolver1();
@@ -128,8 +133,8 @@ public:
     void lock_translations_perp_axis() { lockPerpAxis = true; }
     void lock_origin() { lockOrigin = true; }
     /// No rotation, and no translation along each vector whose int is not 0; the others keep their
-    /// lock. The vectors are used as they stand: length 1 is the caller's duty. Only a caller who
-    /// has set all three gets a finite translation.
+    /// lock. The vectors are used as they stand: length 1 is the caller's duty.
+    /// Kept: as long as one of the three was never set, the translation is not finite.
     void lock_translations(int lock1, int lock2, int lock3, const ERVector3D& v1,
                            const ERVector3D& v2, const ERVector3D& v3);
 
@@ -151,7 +156,7 @@ public:
                      ERVec<double>& values);
     void find_free_transform(const ERVec<ERPoint3D>& from, const ERVec<ERPoint3D>& to,
                              ERPmIsometrie3D& result);
-    /// Answers the mean of the squared distances.
+    /// Returns the mean of the squared distances.
     double find_fixed_axis_transform(const ERVec<ERPoint3D>& from, const ERVec<ERPoint3D>& to,
                                      const ERVector3D& axis, ERPmIsometrie3D& result);
     void find_locked_rotations_transform(const ERVec<ERPoint3D>& from, const ERVec<ERPoint3D>& to,

@@ -4,9 +4,11 @@
 #include <limits>
 #include <utility>
 
+#include "kerf/numerics/constants.h"
 #include "kerf/numerics/newton_solvers.h"
+#include "kerf/numerics/vector_arithmetic.h"
 #include "kerf/processing/best_fit.h"
-#include "kerf/processing/point_pair_sums.h"
+#include "kerf/processing/internal/point_pair_sums.h"
 #include "kerf/values/orthonormal_frame.h"
 #include "kerf/values/transformation_3d_representation.h"
 
@@ -20,9 +22,8 @@ constexpr unsigned int none = 0xFFFFFFFF;
 constexpr double differenceStep = 1e-8;
 constexpr double flatness = 1e-8;
 constexpr double tolerance = 1e-11;
-constexpr double unitTolerance = 1e-11;
 constexpr int constructionLimit = 400;
-// Set on the solver after its construction, whose limit it overrides.
+// Set on the solver after its construction, in place of the limit given there.
 constexpr int iterationLimit = 500;
 constexpr int furtherTries = 4;
 
@@ -33,7 +34,8 @@ unsigned int farthestFrom(const ERPoint3D* points, unsigned int n, unsigned int 
     unsigned int found = none;
     for (unsigned int i = 0; i < n; ++i) {
         const double length2 = distance2(points[i], origin);
-        // Lengths decide: of two with the same root the first stays. The point itself has none.
+        // Lengths decide: of two squares with the same root the first stays. The point itself is at
+        // length 0 and never found.
         if (length2 > largest2 && std::sqrt(length2) > std::sqrt(largest2)) {
             largest2 = length2;
             found = i;
@@ -45,8 +47,8 @@ unsigned int farthestFrom(const ERPoint3D* points, unsigned int n, unsigned int 
 // The point other than i1 and i2 with the largest sum of its distances to these two.
 unsigned int farthestFromBoth(const ERPoint3D* points, unsigned int n, unsigned int i1,
                               unsigned int i2) {
-    // A sum above s of two lengths with the squares q and r needs 4 q r > (s^2 - q - r)^2. With some
-    // room for rounding this spares most points the roots.
+    // The sum of two lengths with the squares q and r is above s only if 4 q r > (s^2 - q - r)^2.
+    // Tested with some room for rounding, this spares most points the square roots.
     constexpr double room = 1.0 - 1e-12;
     constexpr double smallestRest = 1e-140;  // has an accurate square
     const ERPoint3D p1 = points[i1], p2 = points[i2];
@@ -67,10 +69,10 @@ unsigned int farthestFromBoth(const ERPoint3D* points, unsigned int n, unsigned 
     return found;
 }
 
-// The point most nearly square to `direction` as seen from point i3; a point that coincides with i3
-// counts as square.
-unsigned int squarestTo(const ERPoint3D* points, unsigned int n, unsigned int i3,
-                        const ERVector3D& direction) {
+// The point seen from point i3 most nearly at a right angle to `direction`. A point that coincides
+// with i3 counts as at a right angle.
+unsigned int perpendicularTo(const ERPoint3D* points, unsigned int n, unsigned int i3,
+                             const ERVector3D& direction) {
     const ERPoint3D p3 = points[i3];
     double smallest = std::numeric_limits<double>::infinity();
     unsigned int found = none;
@@ -84,11 +86,11 @@ unsigned int squarestTo(const ERPoint3D* points, unsigned int n, unsigned int i3
     return found;
 }
 
-bool isNull(const ERVector3D& v) { return v.i() == 0.0 && v.j() == 0.0 && v.k() == 0.0; }
+bool isZero(const ERVector3D& v) { return v.i() == 0.0 && v.j() == 0.0 && v.k() == 0.0; }
 
 // The matrix of ERChgRepere3D(x, y, ERPoint3D()).
 LinearMap cleanFrame(const ERVector3D& x, const ERVector3D& y) {
-    return orthonormalFrame(x, y).snapped(unitTolerance);
+    return orthonormalFrame(x, y).snapped(comparisonTolerance);
 }
 
 // Two difference vectors between four points, of which an orthonormal frame is made.
@@ -100,17 +102,17 @@ struct FrameVectors {
         : x(points[i2], points[i1]), y(points[i4], points[i3]) {}
 
     // Exact: any length above 0 passes.
-    bool spanPlane() const { return !isNull(x) && !isNull(y) && !isNull(x ^ y); }
-    // Made twice: of vectors nearly in line the product is all rounding and not square to them, so
-    // that the first frame is orthonormal only in so far as its two first axes are at right angles.
+    bool spanPlane() const { return !isZero(x) && !isZero(y) && !isZero(x ^ y); }
+    // Made twice. Of vectors nearly in line the product is mostly rounding and not at right angles to
+    // them; then the first frame has two axes at right angles, of which the second frame is made.
     LinearMap frame() const {
         const LinearMap rough = cleanFrame(x, y);
         return cleanFrame({rough.xx, rough.yx, rough.zx}, {rough.xy, rough.yy, rough.zy});
     }
 };
 
-// The rotation that turns a frame on four well-spread points of `a` onto the same in `b`. False
-// when there is none.
+// The rotation from a frame on four well-spread points of `a` to the frame on the same points of
+// `b`. False when there is none.
 bool findStart(const ERPoint3D* a, const ERPoint3D* b, unsigned int n, LinearMap& start) {
     const unsigned int i1 = farthestFrom(a, n, 0);
     if (i1 == none) return false;
@@ -118,7 +120,7 @@ bool findStart(const ERPoint3D* a, const ERPoint3D* b, unsigned int n, LinearMap
     if (i2 == none) return false;
     const unsigned int i3 = farthestFromBoth(a, n, i1, i2);
     if (i3 == none) return false;
-    const unsigned int i4 = squarestTo(a, n, i3, ERVector3D(a[i2], a[i1]));
+    const unsigned int i4 = perpendicularTo(a, n, i3, ERVector3D(a[i2], a[i1]));
     if (i4 == none) return false;
 
     const FrameVectors from(a, i1, i2, i3, i4);
@@ -134,7 +136,7 @@ double largestDistance(const ERPoint3D* points, unsigned int n, const ERPoint3D&
         const double squared = distance2(p, origin);
         largest = squared > largest ? squared : largest;
     };
-    // Side by side, which the compiler makes vector code of.
+    // Eight maxima at a time, which the compiler makes vector code of.
     constexpr unsigned int run = 8;
     double largest[run] = {};
     for (; n >= run; n -= run, points += run)
@@ -162,7 +164,7 @@ LinearMap rotationOfQuaternion(const ERVec<double>& parameters) {
     return ERQuaternion(parameters).asLinearMap();
 }
 
-// Turns by c about x, then b about y, then a about z.
+// Rotation by c about x, then by b about y, then by a about z.
 LinearMap rotationOfAngles(const ERVec<double>& parameters) {
     const double* const angles = parameters.data();
     const double cosA = std::cos(angles[0]), sinA = std::sin(angles[0]);
@@ -194,8 +196,7 @@ ERVec<double> ERPointSetBestFitSolverFunction::f(const ERVec<double>& x) {
     const double* row = coefficients_.asVector().data();
     double values[3];
     for (double& value : values) {
-        value = 0.0;
-        for (unsigned int k = 0; k < 9; ++k) value += row[k] * entries[k];
+        value = dot(row, entries, 9);
         row += 9;
     }
     return ERVec<double>(values, 3);
@@ -211,8 +212,8 @@ BSTF_RESULT ERPointSetBestFitSolver::solve(ERPmIsometrie3D& result) {
     LinearMap start;
     if (!findStart(a, b, n, start)) return BestFitNoStartingFrame;
 
-    // The start keeps distances and turns about the centres, so all that it does to the sums of the
-    // moved points is to turn those of the points as they are.
+    // The start is a rotation about the centres: the sums of the moved points are the rotated sums of
+    // the points as they are, and distances stay.
     const PointPairSums sums = PointPairSums::over(a, b, n);
     double scale = std::fmax(largestDistance(a, n, sums.first), largestDistance(b, n, sums.second));
     if (scale == 0.0) scale = 1.0;
@@ -240,8 +241,8 @@ BSTF_RESULT ERPointSetBestFitSolver::solve(ERPmIsometrie3D& result) {
     const LinearMap found = rotation(x);
     const LinearMap clean =
         cleanFrame({found.xx, found.yx, found.zx}, {found.xy, found.yy, found.zy});
-    const LinearMap turn = (clean * start).snapped(unitTolerance);
-    result = ERPmIsometrie3D(new _ERWorkplane(turn.asMatrix(), sums.second - turn(sums.first)));
+    const LinearMap total = (clean * start).snapped(comparisonTolerance);
+    result = ERPmIsometrie3D(new _ERWorkplane(total.asMatrix(), sums.second - total(sums.first)));
     deviation = notComputed;
     lastTransform = result;
     return BestFitDone;

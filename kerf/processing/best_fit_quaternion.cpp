@@ -1,26 +1,24 @@
 #include <array>
 #include <cmath>
 
+#include "kerf/numerics/constants.h"
 #include "kerf/processing/best_fit.h"
-#include "kerf/processing/point_pair_sums.h"
+#include "kerf/processing/internal/point_pair_sums.h"
 #include "kerf/values/transformation_3d_representation.h"
 
 namespace kerf {
 
 namespace {
 
-constexpr double pi = 3.141592653589793;
-constexpr double unitTolerance = 1e-11;
-
 ERVector3D componentAlong(const ERVector3D& v, const ERVector3D& axis) { return axis * (v * axis); }
 
-// What ERRotation3D turns by.
-LinearMap turnBy(const ERQuaternion& rotation) {
-    return rotation.asLinearMap().snapped(unitTolerance);
+// The matrix that ERRotation3D makes of the quaternion.
+LinearMap matrixOf(const ERQuaternion& rotation) {
+    return rotation.asLinearMap().snapped(comparisonTolerance);
 }
 
-ERPmIsometrie3D rigidMotion(const LinearMap& turn, const ERVector3D& shift) {
-    return ERPmIsometrie3D(new _ERWorkplane(turn.asMatrix(), ERPoint3D(shift)));
+ERPmIsometrie3D rigidMotion(const LinearMap& rotation, const ERVector3D& translation) {
+    return ERPmIsometrie3D(new _ERWorkplane(rotation.asMatrix(), ERPoint3D(translation)));
 }
 
 PointPairSums sumsOver(const ERVec<ERPoint3D>& from, const ERVec<ERPoint3D>& to) {
@@ -68,13 +66,14 @@ LinearMap ERPointSetBestFitSolver1::centre(const ERVec<ERPoint3D>& from,
     const PointPairSums sums = sumsOver(from, to);
     firstCentre = lockOrigin ? ERPoint3D() : sums.first;
     secondCentre = lockOrigin ? ERPoint3D() : sums.second;
-    // Without an axis there is nothing that these two could refer to.
+    // Without an axis these two locks have no meaning. With one, moving the first centre changes only
+    // the last bits of the translation, which find_fixed_axis_transform projects anyway.
     if (lockedAxis.i() != unlocked) {
         if (lockAlongAxis)
             firstCentre += componentAlong(ERVector3D(firstCentre, secondCentre), lockedAxis);
         if (lockPerpAxis) {
-            const ERVector3D gap(firstCentre, secondCentre);
-            firstCentre += gap - componentAlong(gap, lockedAxis);
+            const ERVector3D difference(firstCentre, secondCentre);
+            firstCentre += difference - componentAlong(difference, lockedAxis);
         }
     }
 
@@ -120,9 +119,9 @@ void ERPointSetBestFitSolver1::find_free_transform(const ERVec<ERPoint3D>& from,
     rotation.x = eigen.GetEigenvector(1, 3);
     rotation.y = eigen.GetEigenvector(2, 3);
     rotation.z = eigen.GetEigenvector(3, 3);
-    const LinearMap turn = turnBy(rotation);
-    translation = secondCentre - turn(firstCentre);
-    result = rigidMotion(turn, translation);
+    const LinearMap matrix = matrixOf(rotation);
+    translation = secondCentre - matrix(firstCentre);
+    result = rigidMotion(matrix, translation);
 }
 
 // About a fixed axis the sum of squares is, but for a constant, -(A cos t + 2 B sin t) with the
@@ -146,28 +145,28 @@ double ERPointSetBestFitSolver1::find_fixed_axis_transform(const ERVec<ERPoint3D
     const double angle = std::atan2(2.0 * halfSine, cosine);
 
     struct Candidate {
-        ERQuaternion turn;
-        ERVector3D shift;
+        ERQuaternion rotation;
+        ERVector3D translation;
         ERPmIsometrie3D motion;
         double squares;
     };
-    const auto candidate = [&](double turnedBy) {
+    const auto candidate = [&](double radians) {
         Candidate c;
-        c.turn = ERQuaternion(unit, turnedBy);
-        const LinearMap turn = turnBy(c.turn);
-        c.shift = secondCentre - turn(firstCentre);
-        if (lockAlongAxis) c.shift -= componentAlong(c.shift, unit);
-        if (lockPerpAxis) c.shift = componentAlong(c.shift, unit);
-        c.motion = rigidMotion(turn, c.shift);
+        c.rotation = ERQuaternion(unit, radians);
+        const LinearMap matrix = matrixOf(c.rotation);
+        c.translation = secondCentre - matrix(firstCentre);
+        if (lockAlongAxis) c.translation -= componentAlong(c.translation, unit);
+        if (lockPerpAxis) c.translation = componentAlong(c.translation, unit);
+        c.motion = rigidMotion(matrix, c.translation);
         c.squares = sumOfSquaredDistances(from.data(), to.data(), from.length(),
                                           LinearMap(c.motion.getMatrix()), c.motion.getTrans());
         return c;
     };
-    const Candidate turned = candidate(angle);
+    const Candidate direct = candidate(angle);
     const Candidate opposite = candidate(angle + pi);
-    const Candidate& best = turned.squares < opposite.squares ? turned : opposite;
-    rotation = best.turn;
-    translation = best.shift;
+    const Candidate& best = direct.squares < opposite.squares ? direct : opposite;
+    rotation = best.rotation;
+    translation = best.translation;
     result = best.motion;
     return from.length() == 0 ? 0.0 : best.squares / from.length();
 }
@@ -180,8 +179,8 @@ void ERPointSetBestFitSolver1::find_locked_rotations_transform(const ERVec<ERPoi
     secondCentre = sums.second;
     translation = secondCentre - firstCentre;
     for (const ERVector3D& lock : {translationLock1, translationLock2, translationLock3}) {
-        // An unset lock holds the negative of this and is not left out, so that its huge x takes
-        // the translation out of range: callers rely on setting all three.
+        // An unset lock holds the negative of this, so that it is not left out, and its huge x takes
+        // the translation out of range.
         if (lock.i() == std::numeric_limits<double>::max()) continue;
         translation -= componentAlong(translation, lock);
     }

@@ -1,4 +1,4 @@
-#include "kerf/processing/point_pair_sums.h"
+#include "kerf/processing/internal/point_pair_sums.h"
 
 #include <algorithm>
 
@@ -8,7 +8,7 @@ namespace {
 
 constexpr unsigned int blockLength = 1024;
 
-// Two doubles computed with side by side, in one vector register where the compiler can be told so.
+// Two doubles that are computed together, in one vector register where the compiler can be told so.
 #if defined(__GNUC__)
 using Pair = double __attribute__((vector_size(16)));
 #else
@@ -41,8 +41,8 @@ void addProduct(LinearMap& cross, const ERPoint3D& u, const ERPoint3D& v, double
     cross.zz += f.z() * v.z();
 }
 
-// The sums over these n > 0 pairs about their own barycentres, from sums about the first pair. Of
-// each point x and y go together, and the z of a go with those of b: nine registers hold all sums.
+// The sums over these n > 0 pairs about their own barycentres, from sums about the first pair. The x
+// and y of a point share a register, and so do the z of a and of b: nine registers hold all sums.
 PointPairSums ofBlock(const ERPoint3D* a, const ERPoint3D* b, unsigned int n) {
     const ERPoint3D a0 = a[0], b0 = b[0];
     const Pair originA{a0.x(), a0.y()}, originB{b0.x(), b0.y()}, originZ{a0.z(), b0.z()};
@@ -75,9 +75,9 @@ PointPairSums ofBlock(const ERPoint3D* a, const ERPoint3D* b, unsigned int n) {
 
 }  // namespace
 
-// Blocks are summed about their first pair and merged by the pairwise update (Chan, Golub, LeVeque,
-// Updating formulae and a pairwise algorithm for computing sample variances, 1979): the distance of
-// the points from the origin costs no digits.
+// Blocks are summed about their first pair, so that a large distance from the origin costs no digits,
+// and merged by the pairwise update (Chan, Golub, LeVeque, Updating formulae and a pairwise algorithm
+// for computing sample variances, 1979).
 PointPairSums PointPairSums::over(const ERPoint3D* a, const ERPoint3D* b, unsigned int n) {
     PointPairSums sums;
     for (unsigned int done = 0; done < n;) {
@@ -103,15 +103,15 @@ PointPairSums PointPairSums::over(const ERPoint3D* a, const ERPoint3D* b, unsign
 }
 
 double sumOfSquaredDistances(const ERPoint3D* a, const ERPoint3D* b, unsigned int n,
-                             const LinearMap& linear, const ERPoint3D& shift) {
+                             const LinearMap& linear, const ERPoint3D& translation) {
     const LinearMap m = linear;
-    const ERPoint3D t = shift;
+    const ERPoint3D t = translation;
     double sumX = 0.0, sumY = 0.0, sumZ = 0.0;
     for (unsigned int i = 0; i < n; ++i) {
-        const ERPoint3D gap = m(a[i]) + t - b[i];
-        sumX += gap.x() * gap.x();
-        sumY += gap.y() * gap.y();
-        sumZ += gap.z() * gap.z();
+        const ERPoint3D residual = m(a[i]) + t - b[i];
+        sumX += residual.x() * residual.x();
+        sumY += residual.y() * residual.y();
+        sumZ += residual.z() * residual.z();
     }
     return sumX + sumY + sumZ;
 }

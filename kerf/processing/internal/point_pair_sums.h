@@ -4,8 +4,8 @@
 
 namespace kerf {
 
-/// Sums over paired points: the barycentres of both lists, null without pairs, and
-/// cross = sum of (a - first) (b - second)^T. Serves the best-fit solvers.
+/// Sums over paired points: the barycentres of both lists, which are the origin without pairs, and
+/// cross = sum of (a - first) (b - second)^T.
 struct PointPairSums {
     ERPoint3D first;
     ERPoint3D second;
@@ -15,8 +15,8 @@ struct PointPairSums {
     static PointPairSums over(const ERPoint3D* a, const ERPoint3D* b, unsigned int n);
 };
 
-/// The sum of the squared distances between linear(a) + shift and b.
+/// The sum of the squared distances between linear(a) + translation and b.
 double sumOfSquaredDistances(const ERPoint3D* a, const ERPoint3D* b, unsigned int n,
-                             const LinearMap& linear, const ERPoint3D& shift);
+                             const LinearMap& linear, const ERPoint3D& translation);
 
 }  // namespace kerf
