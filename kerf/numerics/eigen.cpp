@@ -12,7 +12,7 @@ namespace {
 
 constexpr int maxIterations = 32;
 
-// std::hypot, several times as fast where the sum of squares has all its digits.
+// std::hypot, but several times as fast where the sum of squares is neither subnormal nor infinite.
 double hypotenuse(double x, double y) {
     constexpr double smallest =
         std::numeric_limits<double>::min() / std::numeric_limits<double>::epsilon();
@@ -21,8 +21,8 @@ double hypotenuse(double x, double y) {
     return accurate ? std::sqrt(squares) : std::hypot(x, y);
 }
 
-// Selection sort of the eigenvalues; `before(a, b)` tells that a belongs in front of b. The columns
-// of the eigenvector matrix move along.
+// Selection sort of the eigenvalues; `before(a, b)` tells that a belongs before b. The columns of
+// the eigenvector matrix move along.
 template <class Before>
 void sortBySelection(int n, double* eigval, double** eigvec, Before before) {
     for (int i = 0; i + 1 < n; ++i) {
@@ -52,7 +52,7 @@ Eigen& Eigen::operator=(const Eigen& other) {
     return *this;
 }
 
-// The rows lie behind each other, then the diagonal and the subdiagonal.
+// The rows lie one after another, then the diagonal and the subdiagonal.
 void Eigen::copyFrom(const Eigen& other) {
     const auto count = static_cast<std::size_t>(size_);
     if (count != 0) std::copy_n(other.rows_[0], count * (count + 2), rows_[0]);
@@ -63,10 +63,10 @@ void Eigen::makeRoom() {
     rows_ = inlineRows_;
     if (size_ > inlineSize) {
         const auto count = static_cast<std::size_t>(size_);
-        heapElements_ = std::make_unique<double[]>(count * (count + 2));
-        heapRows_ = std::make_unique<double*[]>(count);
-        elements = heapElements_.get();
-        rows_ = heapRows_.get();
+        heapElements_.assign(count * (count + 2), 0.0);
+        heapRows_.assign(count, nullptr);
+        elements = heapElements_.data();
+        rows_ = heapRows_.data();
     }
     for (int i = 0; i < size_; ++i, elements += size_) rows_[i] = elements;
     diagonal_ = elements;
@@ -78,8 +78,8 @@ void Eigen::SetMatrix(const double* const* source) {
         for (int j = 0; j < size_; ++j) rows_[i][j] = source[i][j];
 }
 
-// The powers and quotients of the steps lose digits, or overflow, far from 1: a matrix from there is
-// brought near 1 by a power of two, and its eigenvalues back.
+// Far from 1 the products and quotients of the steps lose digits or overflow. A matrix of such
+// elements is scaled to about 1 by a power of two, and its eigenvalues are scaled back.
 template <class Reduce>
 bool Eigen::solve(Reduce reduce) {
     constexpr double smallest = 0x1p-900, greatest = 0x1p900;
@@ -108,7 +108,7 @@ void Eigen::Tridiagonal2(double** mat, double* diag, double* subd) {
     mat[0][1] = mat[1][0] = 0.0;
 }
 
-// The reflection [[b, c], [c, -b]] of the last two coordinates turns (m01, m02) into (length, 0).
+// The reflection [[b, c], [c, -b]] of the last two coordinates maps (m01, m02) to (length, 0).
 void Eigen::Tridiagonal3(double** mat, double* diag, double* subd) {
     const double m00 = mat[0][0], m01 = mat[0][1], m02 = mat[0][2];
     const double m11 = mat[1][1], m12 = mat[1][2], m22 = mat[2][2];
@@ -139,8 +139,8 @@ void Eigen::Tridiagonal3(double** mat, double* diag, double* subd) {
     mat[2][2] = -b;
 }
 
-// A Householder reflection H = I - u u^T / h of the last three coordinates turns (m01, m02, m03)
-// into (-sign(m01) length, 0, 0); what it makes of the lower right 3 by 3 block is reduced as above.
+// A Householder reflection H = I - u u^T / h of the last three coordinates maps (m01, m02, m03) to
+// (-sign(m01) length, 0, 0). The reflected lower right 3 by 3 block is reduced as above.
 void Eigen::Tridiagonal4(double** mat, double* diag, double* subd) {
     double s00 = mat[1][1], s01 = mat[1][2], s02 = mat[1][3];
     double s11 = mat[2][2], s12 = mat[2][3], s22 = mat[3][3];
@@ -232,7 +232,7 @@ void Eigen::TridiagonalN(int n, double** mat, double* diag, double* subd) {
         const double length = mat[k + 1][k] < 0.0 ? -std::sqrt(squares) : std::sqrt(squares);
         const double h = squares + length * mat[k + 1][k];
         mat[k + 1][k] += length;
-        // The matrix keeps its coupling in the upper triangle, which nothing reads any more.
+        // The coupling is kept in the upper triangle, which nothing reads any more.
         mat[k][k + 1] = -scale * length;
         diag[k] = h;
 
@@ -255,8 +255,8 @@ void Eigen::TridiagonalN(int n, double** mat, double* diag, double* subd) {
     }
     subd[n - 1] = 0.0;
 
-    // Q = H0 H1 ...: from the last reflection to the first the product grows by one row and column,
-    // and the diagonal leaves the matrix just before its place is used.
+    // Q = H0 H1 ... is built from the last reflection to the first. Each adds a row and a column, so
+    // the diagonal element that stands there is saved first.
     for (int k = n - 1; k >= 0; --k) {
         const double h = k + 2 < n ? diag[k] : 0.0;
         diag[k] = mat[k][k];

@@ -1,5 +1,5 @@
 #pragma once
-#include <memory>
+#include <vector>
 
 #include "kerf/platform/config.h"
 
@@ -10,10 +10,10 @@ namespace kerf::Mgc {
 /// II/3). Fill the matrix, call one of the EigenStuff operations, read the results; the
 /// eigenvectors replace the matrix, so it must be filled again for the next one.
 ///
-/// Failure: an eigenvalue that is not found within 32 iterations ends the work; the operations then
-///          return false and the eigenvalues stay as they stand. A matrix with NaNs ends so.
-/// Range:   that of the doubles. An eigenvalue beyond it comes out as infinity.
-/// Sizes:   up to 4 the object needs no memory of its own and the reduction is written out.
+/// Parameter: elements of any size. An eigenvalue beyond the range of the doubles becomes infinity.
+/// Failure:   an eigenvalue that is not found within 32 iterations ends the work; the operations
+///            then return false and the eigenvalues stay as they stand. A matrix with NaNs ends so.
+/// Storage:   up to size 4 in the object itself, where the reduction is written out.
 class KERF_EXPORT Eigen {
 public:
     explicit Eigen(int size);  ///< size below 0 counts as 0; the matrix starts as zeros
@@ -60,7 +60,7 @@ public:
 
     // The steps, for elements far from both ends of the doubles' range. `diag` and `subd` hold n
     // elements, subd[i] couples i and i + 1 and the last is 0; `mat` is replaced by the orthogonal
-    // matrix of the reduction, or turned along with the rotations.
+    // matrix of the reduction, or multiplied by the rotations.
     static void Tridiagonal2(double** mat, double* diag, double* subd);
     static void Tridiagonal3(double** mat, double* diag, double* subd);
     static void Tridiagonal4(double** mat, double* diag, double* subd);
@@ -83,8 +83,8 @@ private:
     double* subdiagonal_;
     double inlineElements_[inlineSize * (inlineSize + 2)] = {};
     double* inlineRows_[inlineSize] = {};
-    std::unique_ptr<double[]> heapElements_;
-    std::unique_ptr<double*[]> heapRows_;
+    std::vector<double> heapElements_;
+    std::vector<double*> heapRows_;
 };
 
 }  // namespace kerf::Mgc
