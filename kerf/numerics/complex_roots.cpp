@@ -14,13 +14,13 @@ namespace {
 
 using Complex = std::complex<double>;
 
-// Polishing starts beside the root: a few steps do, and a long way leads to another root.
+// Polishing starts beside the root: a few steps do, and long ones lead to another root.
 constexpr int polishingSteps = 10;
 constexpr double longestCorrection = 1e-2;
-// A value up to so many times its rounding error is that of a root, polished or not.
+// Where polishing fails, a value up to this many times its rounding error still is that of a root.
 constexpr double unpolishedNoise = 1e9;
 
-// Laguerre's method can run in a circle. One step in so many is taken by a part that changes.
+// Laguerre's method can run in a cycle. Each tenth step is shortened, by a factor that changes.
 constexpr int shortenedStepPeriod = 10;
 constexpr double shortenedSteps[] = {0.5, 0.25, 0.75, 0.13, 0.38, 0.62, 0.88};
 
@@ -45,8 +45,8 @@ double magnitude(double a) { return std::fabs(a); }
 // At least the modulus, at most 1.5 times it.
 double magnitude(const Complex& a) { return std::fabs(a.real()) + std::fabs(a.imag()); }
 
-// A polynomial near x: g = p'/p and h = g^2 - p''/p, which is -g'. The value of p, up to a power
-// of x, is `residual`; one within `noise` is a rounding error.
+// A polynomial near x: g = p'/p and h = g^2 - p''/p, which is -g'. `residual` is |p|, divided by a
+// power of |x| where x is large; within `noise` it is a rounding error.
 template <class Number>
 struct LocalForm {
     Number g;
@@ -56,9 +56,9 @@ struct LocalForm {
     bool isRoot() const { return residual <= noise; }
 };
 
-// Horner's scheme for the value, the derivative and half the second one, along `degree`
-// coefficients behind *c, with the running error bound of Adams (Communications of the ACM 10,
-// 1967).
+// Horner's scheme for the value, the derivative and half the second one, with the running error
+// bound of Adams (Communications of the ACM 10, 1967). *c is the leading coefficient, and the others
+// follow `next` elements apart.
 template <class Number>
 LocalForm<Number> horner(const double* c, std::ptrdiff_t next, const Coefficients& p,
                          const Number& x) {
@@ -94,7 +94,8 @@ LocalForm<Number> localForm(const Coefficients& p, const Number& x) {
     return form;
 }
 
-// A real x, as all are as long as the roots are, takes a quarter of the work.
+// At a real x real arithmetic does, with a quarter of the work. While the roots are real, so is
+// every x.
 LocalForm<Complex> complexForm(const Coefficients& p, const Complex& x) {
     if (x.imag() != 0.0) return localForm(p, x);
     const LocalForm<double> form = localForm(p, x.real());
@@ -103,7 +104,7 @@ LocalForm<Complex> complexForm(const Coefficients& p, const Complex& x) {
 
 bool isFinite(const Complex& z) { return std::isfinite(z.real()) && std::isfinite(z.imag()); }
 
-// Moves z to a root of p. Answers whether it was reached.
+// Moves z to a root of p. Returns whether it was reached.
 bool laguerre(const Coefficients& p, double tolerance, double maxIterations, Complex& z) {
     const double n = p.degree;
     for (int iteration = 1; iteration <= maxIterations; ++iteration) {
@@ -117,8 +118,8 @@ bool laguerre(const Coefficients& p, double tolerance, double maxIterations, Com
         if (divisor != 0.0) {
             step = n / divisor;
         } else {
-            // All roots look alike from here, as those of x^n - a do from 0: out to their mean
-            // distance.
+            // No direction is better than another, as at 0 for x^n - a. The step leads to the
+            // geometric mean of the distances of all roots.
             const double a0 = std::log(std::fabs(p.c[0]));
             const double an = std::log(std::fabs(p.c[p.degree]));
             step = std::polar(std::exp((a0 - an) / n), static_cast<double>(iteration));
@@ -138,8 +139,8 @@ struct ValueAndSlope {
     double slope;
 };
 
-// The value is as if computed in twice the precision (Graillat, Langlois and Louvet, "Compensated
-// Horner scheme", 2005).
+// The value is as good as if computed in twice the precision (Graillat, Langlois and Louvet,
+// "Compensated Horner scheme", 2005).
 ValueAndSlope accurateValue(const Coefficients& p, double x) {
     double value = p.c[p.degree] * p.scale;
     double slope = 0.0;
@@ -147,18 +148,18 @@ ValueAndSlope accurateValue(const Coefficients& p, double x) {
     for (unsigned int i = p.degree; i-- > 0;) {
         slope = slope * x + value;
         const double c = p.c[i] * p.scale;
-        const double shifted = value * x;
-        const double shiftError = std::fma(value, x, -shifted);
-        value = shifted + c;
-        const double added = value - shifted;
-        const double sumError = (shifted - (value - added)) + (c - added);
-        correction = correction * x + (shiftError + sumError);
+        const double scaled = value * x;
+        const double scalingError = std::fma(value, x, -scaled);
+        value = scaled + c;
+        const double added = value - scaled;
+        const double sumError = (scaled - (value - added)) + (c - added);
+        correction = correction * x + (scalingError + sumError);
     }
     return {value + correction, slope};
 }
 
-// Newton steps for as long as the value falls. The last bit counts: a root on a limit has to be
-// within.
+// Newton steps for as long as the value falls. The last bit counts: a root that lies on a limit of
+// the search must not fall outside.
 double polishReal(const Coefficients& p, double r) {
     const double farthest = longestCorrection * std::fabs(r);
     ValueAndSlope at = accurateValue(p, r);
@@ -173,9 +174,10 @@ double polishReal(const Coefficients& p, double r) {
     return r;
 }
 
-// Makes a root z of the deflated polynomial one of the given polynomial p, real if it is nearly so.
-// Answers whether it is one: at degrees of some hundreds deflation ends up elsewhere. Beside a
-// multiple root polishing may lead astray, and the root is good enough as it is.
+// Moves a root z of the deflated polynomial to one of the given polynomial p, and makes it real if it
+// is nearly so. Beside a multiple root polishing may lead to another root; then z stays where it is,
+// if that is good enough. Returns whether z is a root: at degrees of some hundreds the deflated
+// polynomial has others.
 bool polish(const Coefficients& p, double tolerance, Complex& z) {
     const Complex from = z;
     const bool converged = p.degree <= 2 || laguerre(p, tolerance, polishingSteps, z);
@@ -207,44 +209,44 @@ unsigned int largestTerm(const double* c, unsigned int degree, double modulus) {
     return found;
 }
 
-// Deflation takes the quotient from the last coefficient down to the largest term at the root, and
-// from the first one up to it: neither way amplifies errors so far, and what does not fit is
-// dropped there (Peters and Wilkinson, Journal of the IMA 8, 1971).
+// Deflation computes the quotient from both ends of the polynomial to its largest term at the root:
+// so far, neither direction amplifies errors. The remainder falls on that term and is dropped
+// (Peters and Wilkinson, Journal of the IMA 8, 1971).
 
 // Divides by x - r.
 void deflate(double* c, unsigned int& degree, double r) {
-    const unsigned int joint = largestTerm(c, degree, std::fabs(r));
+    const unsigned int middle = largestTerm(c, degree, std::fabs(r));
     double quotient = 0.0;
-    for (unsigned int i = degree; i > joint; --i) c[i] = quotient = c[i] + r * quotient;
+    for (unsigned int i = degree; i > middle; --i) c[i] = quotient = c[i] + r * quotient;
     quotient = 0.0;
-    for (unsigned int i = 0; i < joint; ++i) c[i] = quotient = (quotient - c[i]) / r;
-    std::copy(c + joint + 1, c + degree + 1, c + joint);
+    for (unsigned int i = 0; i < middle; ++i) c[i] = quotient = (quotient - c[i]) / r;
+    std::copy(c + middle + 1, c + degree + 1, c + middle);
     degree -= 1;
 }
 
 // Divides by (x - z)(x - conj z).
 void deflate(double* c, unsigned int& degree, const Complex& z) {
-    const unsigned int joint = std::min(largestTerm(c, degree, std::abs(z)), degree - 1);
+    const unsigned int middle = std::min(largestTerm(c, degree, std::abs(z)), degree - 1);
     const double sum = 2.0 * z.real();
     const double square = std::norm(z);
     double before = 0.0;
     double quotient = 0.0;
-    for (unsigned int i = degree; i > joint + 1; --i) {
+    for (unsigned int i = degree; i > middle + 1; --i) {
         c[i] += sum * quotient - square * before;
         before = std::exchange(quotient, c[i]);
     }
     before = quotient = 0.0;
-    for (unsigned int i = 0; i < joint; ++i) {
+    for (unsigned int i = 0; i < middle; ++i) {
         c[i] = (c[i] + sum * quotient - before) / square;
         before = std::exchange(quotient, c[i]);
     }
-    std::copy(c + joint + 2, c + degree + 1, c + joint);
+    std::copy(c + middle + 2, c + degree + 1, c + middle);
     degree -= 2;
 }
 
-// The roots of c[0] + c[1] x + c[2] x^2, the smaller or the one below the axis first. Neither form
-// cancels: the discriminant is exact but for one rounding (Kahan), and the second root comes from
-// the product of both.
+// The roots of c[0] + c[1] x + c[2] x^2: of real ones the smaller first, else the one below the real
+// axis. Nothing cancels: the discriminant is exact but for one rounding (Kahan), and the second root
+// follows from the product of both.
 std::pair<Complex, Complex> quadraticRoots(const double* c) {
     const double half = 0.5 * c[1];
     const double ac = c[2] * c[0];
@@ -259,7 +261,7 @@ std::pair<Complex, Complex> quadraticRoots(const double* c) {
     return {std::min(one, other), std::max(one, other)};
 }
 
-// A power of two that brings the largest coefficient to the order of 1, as far as one power can.
+// A power of two that brings the largest coefficient to about 1, or as near as a double can.
 double scaleOf(const double* c, unsigned int degree) {
     double largest = 0.0;
     for (unsigned int i = 0; i <= degree; ++i) largest = std::max(largest, std::fabs(c[i]));

@@ -57,8 +57,8 @@ void ERDoubleCube::saveGuts(ERFile& file) const {
 }
 
 void ERDoubleCube::restoreGuts(ERFile& file) {
-    // Without elements two extents may still be positive, but no larger than a loop over them
-    // bears.
+    // Without elements two extents may still be positive; damage may not make them so large that
+    // loops over them take long.
     constexpr unsigned int largestEmptyExtent = 0xFF;
     unsigned int nx = 0;
     unsigned int ny = 0;

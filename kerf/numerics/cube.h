@@ -6,9 +6,9 @@ namespace kerf::QuickAlgebra {
 /// A block of nx * ny * nz doubles on a shared vector. Element (x, y, z) is element
 /// (ny * z + y) * nx + x of the vector.
 ///
-/// The sticks address the elements as if they were laid out (nz * y + z) * nx + x, which is another
-/// order unless ny and nz are equal; then a stick through (y, z) runs through what operator() has
-/// at (z, y). Callers rely on both as they are.
+/// Kept: the sticks address the elements as if they were laid out (nz * y + z) * nx + x. Where ny
+///       and nz are equal, a stick through (y, z) runs through the elements that operator() has at
+///       (z, y); else the two orders have nothing to do with each other.
 class KERF_EXPORT ERDoubleCube : public ERVec<double> {
 public:
     ERDoubleCube() = default;
@@ -46,7 +46,7 @@ public:
 
     /// nx, ny, nz (32 bits each), then the vector.
     void saveGuts(ERFile& file) const;
-    /// Extents that do not match the number of elements restore as an empty cube.
+    /// Damage: extents that do not match the number of elements restore as an empty cube.
     void restoreGuts(ERFile& file);
     ERULong binaryStoreSize() const { return ERVec<double>::binaryStoreSize() + 12; }
 
@@ -59,7 +59,7 @@ private:
 /// The plane x of the cube as a matrix of ny rows and nz columns, taken in the order of the sticks:
 /// element (y, z) is element (nz * y + z) * nx + x of the vector.
 KERF_EXPORT ERMatrix<double> ExtractMatFromX(const ERDoubleCube& cube, unsigned int x);
-/// The inverse: writes a matrix of ny * nz elements to the plane x. Answers the cube.
+/// The inverse: writes a matrix of ny * nz elements to the plane x. Returns the cube.
 KERF_EXPORT ERDoubleCube& SetMatFromX(ERDoubleCube& cube, const ERMatrix<double>& plane,
                                       unsigned int x);
 

@@ -7,11 +7,11 @@ namespace kerf::QuickAlgebra {
 
 /// A dense matrix on a shared vector: element (r, c) is element cols * r + c of the vector.
 ///
-/// Sharing, failure, threads: as for ERSimpleVec.
-/// Edits:  the position comes first, then what is inserted; a position equal to the count appends.
-///         What is inserted may be the matrix itself or a part of it. A matrix without elements
-///         takes its other extent from what is inserted.
-/// Checks: indices and shapes are the caller's duty.
+/// Parameter:  indices and shapes are the caller's duty. In edits the position comes first, then the
+///             rows or columns to insert, which may be those of the matrix itself; a position equal
+///             to the count appends.
+/// Degenerate: a matrix without elements takes its other extent from what is inserted.
+/// Ownership, Failure: as for ERSimpleVec.
 template <class T>
 class ERMatrix : public ERVec<T> {
     using Base = ERVec<T>;
@@ -48,8 +48,8 @@ public:
     ERSlice<T> row(unsigned int r) { return this->slice(cols_ * r, 1, cols_); }
     const ERSlice<T> col(unsigned int c) const { return this->slice(c, stride(), rows_); }
     ERSlice<T> col(unsigned int c) { return this->slice(c, stride(), rows_); }
-    /// As long as the matrix has rows, whatever its columns: callers take it of square matrices,
-    /// and of one with more rows than columns it would leave the elements.
+    /// Kept: as long as the matrix has rows, whatever its columns. Of a matrix with more rows than
+    ///       columns its last elements lie past the end of the matrix.
     const ERSlice<T> diagonal() const { return this->slice(0, stride() + 1, rows_); }
     ERSlice<T> diagonal() { return this->slice(0, stride() + 1, rows_); }
 
@@ -82,7 +82,7 @@ public:
     void replaceCol(unsigned int pos, const ERVec<T>& col);
     void replaceCol(unsigned int pos, unsigned int n, const ERMatrix& cols);
 
-    /// Keeps the rows (columns) before pos and answers those from pos on. A part with none of them
+    /// Keeps the rows (columns) before pos and returns those from pos on. A part with none of them
     /// is 0 by 0.
     ERMatrix splitAtRow(unsigned int pos);
     ERMatrix splitAtCol(unsigned int pos);
@@ -98,18 +98,18 @@ public:
 
     /// Rows, columns (32 bits each), then the vector.
     void saveGuts(ERFile& file) const;
-    /// A shape that does not match the number of elements restores as 0 by 0.
+    /// Damage: a shape that does not match the number of elements restores as 0 by 0.
     void restoreGuts(ERFile& file);
     ERULong binaryStoreSize() const { return Base::binaryStoreSize() + 8; }
 
     /// "( r= " rows ", c=" cols ")" and end of line; then each row as "[", each element at width 12
-    /// and a space, "]" and end of line. Elements are fixed with 7 decimals, left-aligned, signed,
-    /// and the stream stays set so: what callers print next shows it.
+    /// and a space, "]" and end of line. Elements are fixed with 7 decimals, left-aligned, signed.
+    /// Kept: the stream stays set so, and what is printed next is fixed and signed too.
     void printOn(std::ostream& os) const;
 
-    /// Consumes a text without filling the matrix, which stays as it is: columns, rows, then one
-    /// separator character for each row and each element, or up to where the stream fails. Existing
-    /// readers rely on how far this goes.
+    /// Kept: consumes a text without filling the matrix, which stays as it is. It reads columns,
+    ///       rows, then one separator character for each row and each element, or up to where the
+    ///       stream fails.
     void readFrom(std::istream& is);
 
 private:
@@ -134,7 +134,7 @@ namespace kerf {
 using QuickAlgebra::ERMatrix;
 }  // namespace kerf
 
-/// Behind KERF_DECLARE_VECTOR(T); see vector.h.
+// After KERF_DECLARE_VECTOR(T); see vector.h.
 #define KERF_DECLARE_MATRIX(T) \
     extern template class KERF_DECLARED_INSTANCE ::kerf::QuickAlgebra::ERMatrix<T>;
 

@@ -11,7 +11,7 @@
 namespace kerf::QuickAlgebra {
 
 /// Whether extents read from a file describe that many elements. Without elements one extent may
-/// still be positive, but no larger than a loop over it can bear.
+/// still be positive; damage may not make it so large that a loop over it takes long.
 inline bool isShapeOf(std::uint64_t length, unsigned int rows, unsigned int cols) {
     constexpr unsigned int largestEmptyExtent = 0xFFFF;
     if (length == 0 && std::max(rows, cols) > largestEmptyExtent) return false;
@@ -73,7 +73,7 @@ void ERMatrix<T>::swapCol(unsigned int a, unsigned int b) {
     std::swap_ranges(first.begin(), first.end(), col(b).begin());
 }
 
-// Drops what a matrix without elements still has of extents.
+// Drops the extents that a matrix without elements may still have.
 template <class T>
 void ERMatrix<T>::becomeEmpty() {
     this->clear();
@@ -82,7 +82,7 @@ void ERMatrix<T>::becomeEmpty() {
 }
 
 // Opens n undefined rows of that width, which must be the matrix's own unless it has no elements.
-// Answers where the first of them starts.
+// Returns where the first of them starts.
 template <class T>
 T* ERMatrix<T>::openRows(unsigned int pos, unsigned int n, unsigned int width) {
     if (this->length() == 0 && width != cols_) {
@@ -96,8 +96,8 @@ T* ERMatrix<T>::openRows(unsigned int pos, unsigned int n, unsigned int width) {
     return this->data() + std::size_t{pos} * cols_;
 }
 
-// Opens n undefined columns of that height, as openRows does. Answers the first of them in row 0;
-// the next row has it cols() elements on.
+// Opens n undefined columns of that height, as openRows does. Returns the place of the first of them
+// in row 0; in the next row it lies cols() elements later.
 template <class T>
 T* ERMatrix<T>::openCols(unsigned int pos, unsigned int n, unsigned int height) {
     if (this->length() == 0 && height != rows_) {
@@ -230,19 +230,19 @@ void ERMatrix<T>::replaceCol(unsigned int pos, unsigned int n, const ERMatrix& c
 template <class T>
 ERMatrix<T> ERMatrix<T>::splitAtRow(unsigned int pos) {
     KERF_CHECK_ARGUMENT(pos <= rows_);
-    ERMatrix behind(*this);
-    behind.deleteRow(0, pos);
+    ERMatrix tail(*this);
+    tail.deleteRow(0, pos);
     deleteRow(pos, rows_ - pos);
-    return behind;
+    return tail;
 }
 
 template <class T>
 ERMatrix<T> ERMatrix<T>::splitAtCol(unsigned int pos) {
     KERF_CHECK_ARGUMENT(pos <= cols_);
-    ERMatrix behind(*this);
-    behind.deleteCol(0, pos);
+    ERMatrix tail(*this);
+    tail.deleteCol(0, pos);
     deleteCol(pos, cols_ - pos);
-    return behind;
+    return tail;
 }
 
 template <class T>

@@ -12,26 +12,26 @@ class ERVec;
 
 /// A view of every stride-th element of a vector: element i is parent[start + i * stride].
 ///
-/// Ownership:  none. The view names the vector object, not its block: writing through it first
-///             gives the vector a block of its own, so other vectors never see the write, and the
-///             view stays good afterwards. It must not outlive the vector, nor the elements that
-///             it addresses.
-/// Const:      a view made of a const vector is const; copied into a variable it can write, and
-///             then writes the vector.
-/// Assignment: copies elements; copying by construction copies the view.
-/// Checks:     none; indices wrap at 32 bits, which is how a negative stride goes backwards.
+/// Parameter: indices are not checked. They wrap at 32 bits, by which a negative stride goes
+///            backwards.
+/// Ownership: the view names the vector object, not its block. Writing through it first gives the
+///            vector a block of its own, so other vectors never see the write, and the view stays
+///            good afterwards. Assignment copies elements; copying by construction copies the view.
+/// Lifetime:  it must not outlive the vector, nor the elements that it addresses.
+/// Kept:      a view made of a const vector is const, but a copy of it in a variable can write, and
+///            then writes the vector.
 template <class T>
 class ERSlice {
 public:
     ERSlice(const ERVec<T>& vec);  ///< the whole of it
-    /// The order of the last two differs from that of slice(); callers use both.
+    /// Kept: the order of the last two differs from that of slice().
     ERSlice(const ERVec<T>& vec, unsigned int start, unsigned int length, int stride);
     /// A view of a view; start and stride are in elements of `view`.
     ERSlice(const ERSlice& view, unsigned int start, unsigned int length, int stride);
     ERSlice(const ERSlice&) = default;
 
-    /// Copies over the length of this view, in ascending order; `from` must be as long. Where both
-    /// views overlap, elements already written are read again.
+    /// Copies over the length of this view, in ascending order; `from` must be as long.
+    /// Kept: where both views overlap, elements already written are read again.
     ERSlice& operator=(const ERSlice& from);
     ERSlice& operator=(const ERVec<T>& from);
     ERSlice& operator=(const T& value);  ///< fills
@@ -41,7 +41,7 @@ public:
     const T& operator()(unsigned int i) const { return (*this)[i]; }
     T& operator()(unsigned int i) { return (*this)[i]; }
 
-    /// The order of the last two differs from that of the constructor; callers use both.
+    /// Kept: the order of the last two differs from that of the constructor.
     const ERSlice slice(unsigned int start, int stride, unsigned int length) const {
         return ERSlice(*this, start, length, stride);
     }

@@ -8,8 +8,12 @@
 // Reference-counted arrays of plain values. Copying one, returning it or storing it costs one
 // increment; elements are duplicated at the first write through a shared vector.
 //
+// Threads: an object of this folder is used by one thread at a time, and so are all vectors that
+//          share a block; clone() makes a copy that can be handed to another thread. Functions
+//          keep nothing between calls. ERFactorialFactory may be used by any thread at any time.
+//
 // The library holds the instances of its own element types. A header that defines a type T and
-// wants vectors of it says, at namespace kerf and behind T and its operators
+// wants vectors of it says, at namespace kerf and after T and its operators
 //
 //     KERF_DECLARE_VECTOR(ERPoint3D)           // ERSimpleVec, ERVec and ERSlice of it
 //     KERF_DECLARE_SIMPLE_VECTOR(ERMinimax3D)  // ERSimpleVec alone
@@ -17,10 +21,12 @@
 //
 // and one source includes "kerf/numerics/vector_impl.h" and says KERF_INSTANTIATE_VECTOR(ERPoint3D)
 // and so on. A matrix has KERF_DECLARE_MATRIX and KERF_INSTANTIATE_MATRIX beside these, in matrix.h
-// and matrix_impl.h. For types outside the library, including the _impl header is enough.
+// and matrix_impl.h. A program that wants vectors of a type of its own includes the _impl header
+// and needs no macro.
 //
-// T is trivially copyable, aligned to at most 16 bytes, and all bytes 0 are a value of it. Members
-// that need more of T exist only where T has it; elements without << print as nothing.
+// T is trivially copyable and aligned to at most 16 bytes, and bytes that are all zero are a value
+// of it. A member that needs == or += of T exists only where T has that operator. Elements without
+// << print as nothing.
 namespace kerf::QuickAlgebra {
 
 template <class T>
@@ -34,15 +40,15 @@ concept HasSum = requires(T sum, const T& value) {
 
 /// A shared array of T.
 ///
-/// Sharing: const access never copies. Non-const access gives this vector a block of its own when
-///          it shares one; a reference got from it is good until the next operation that can move
-///          the elements. In loops take data() once.
-/// Growth:  additive (see ERVecRep), so a vector filled by append is sized up front by capacity(n).
-/// Checks:  positions and counts are the caller's duty.
-/// Failure: without memory, or with more bytes than 32 bits count, the operation ends in a memory
-///          fault.
-/// Threads: all vectors that share a block are used by one thread at a time; clone() makes a copy
-///          that can be handed over.
+/// Parameter: positions and counts are the caller's duty.
+/// Failure:   without memory, or with more bytes than 32 bits count, the operation ends in a memory
+///            fault.
+/// Ownership: vectors share a block until one of them is written. Const access never copies;
+///            non-const access first gives a vector that shares its block one of its own.
+/// Lifetime:  a reference to an element is good until the next operation that can move the
+///            elements. In loops take data() once.
+/// Storage:   a vector grows by addition (see ERVecRep), so one that append fills is sized up front
+///            by capacity(n).
 template <class T>
 class ERSimpleVec {
     static_assert(alignof(T) <= alignof(ERVecRep));
@@ -60,7 +66,7 @@ public:
     unsigned int length() const { return block()->length / size; }
     unsigned int capacity() const { return block()->capacity / size; }
     /// Reallocates to the capacity of a fresh vector of n elements, if n exceeds the length and is
-    /// not the capacity already. Answers the resulting capacity.
+    /// not the capacity already. Returns the resulting capacity.
     unsigned int capacity(unsigned int n);
 
     const T& operator[](unsigned int i) const {
@@ -105,7 +111,7 @@ public:
     void removeLast(unsigned int n);
     void remove(unsigned int pos, unsigned int n);  ///< cut to the elements there are
     void remove(unsigned int pos) { remove(pos, 1); }
-    T removeAt(unsigned int pos);  ///< answers what was there
+    T removeAt(unsigned int pos);  ///< returns what was there
     /// Puts m elements from src, which may lie in this vector, in the place of the n at pos.
     void replace(unsigned int pos, unsigned int n, const T* src, unsigned int m);
     void clear();
@@ -137,12 +143,12 @@ protected:
         block.rep->addReference();
     }
 
-    // The bytes of n elements; ERVecRep::maxBytes, of which no block is made, beyond 32 bits.
+    // The bytes of n elements. Beyond 32 bits it is ERVecRep::maxBytes, and no block is that long.
     static unsigned int bytesOf(std::uint64_t n);
     void appendGrowing(const T& value, unsigned int count);
-    // Replaces n elements by m undefined ones and answers where these are.
+    // Replaces n elements by m undefined ones and returns where these are.
     T* openGap(unsigned int pos, unsigned int n, unsigned int m);
-    // Appends `count` undefined elements and answers where they are.
+    // Appends `count` undefined elements and returns where they are.
     T* extend(unsigned int count);
 
 private:
@@ -158,7 +164,8 @@ public:
 
     unsigned int cols() const { return cols_; }
     unsigned int rows() const { return rows_; }
-    /// Gives the grid another shape; elements keep their place in memory, new ones are zero bytes.
+    /// Gives the grid another shape. Elements keep their place in memory, so that those of a new
+    /// width change their row and column; new elements are zero bytes.
     void setSize(unsigned int rows, unsigned int cols);
 
     unsigned int inVec(unsigned int r, unsigned int c) const { return cols_ * r + c; }
@@ -199,7 +206,7 @@ public:
     ERVecIterator<T> begin() { return this->data(); }
     ERVecIterator<T> end() { return this->data() + this->length(); }
 
-    // What is inserted, appended or replaced by may be taken from this vector itself.
+    // The values to insert or append may be taken from this vector itself.
 
     using Base::append;
     void append(const ERSlice<T>& values);
@@ -223,9 +230,9 @@ public:
     unsigned int findFirst(const T& value) const requires HasEquality<T>;
     unsigned int findLast(const T& value) const requires HasEquality<T>;
 
-    /// Whether the lengths are the same and all elements equal, without tolerance. Vectors that
-    /// share their block are equal even where an element, like a NaN, differs from itself: callers
-    /// rely on a copy being equal.
+    /// Whether the lengths are the same and all elements equal, without tolerance.
+    /// Kept: vectors that share their block are equal even where an element, like a NaN, differs
+    ///       from itself, so that a copy always equals its original.
     bool operator==(const ERVec& other) const requires HasEquality<T>;
 
 protected:

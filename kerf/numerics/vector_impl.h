@@ -8,8 +8,8 @@
 // The bodies of the vectors and slices; only for sources that instantiate them (see vector.h).
 namespace kerf::QuickAlgebra {
 
-// Elements are copied as raw bytes: this neither asks for nor calls anything of T. Long runs are
-// copied from what is there already, twice as much each time.
+// Elements are copied as raw bytes, so that nothing of T is called. Long runs are copied from what is
+// there already, twice as much each time.
 template <class T>
 void fillElements(T* to, std::size_t n, const T& value) {
     constexpr std::size_t singly = 32;
@@ -31,7 +31,7 @@ void gatherElements(T* to, const T* from, std::ptrdiff_t stride, std::size_t n) 
                     sizeof(T));
 }
 
-// A value that outlives what happens to the vector it may lie in, again as raw bytes.
+// A copy of a value, again as raw bytes: the value may lie in a vector whose block is about to go.
 template <class T>
 class SavedElement {
 public:
@@ -42,7 +42,8 @@ private:
     alignas(T) unsigned char bytes_[sizeof(T)];
 };
 
-// One compiler instantiates even the members that a type is not to have, so these compile without.
+// MSVC instantiates even members whose requirement is not met, so these functions compile for types
+// without the operator too.
 template <class T>
 bool areEqual([[maybe_unused]] const T& a, [[maybe_unused]] const T& b) {
     if constexpr (HasEquality<T>)
@@ -234,7 +235,7 @@ ERVec<T>& ERVec<T>::operator=(const T& value) {
 template <class T>
 void ERVec<T>::append(const ERSlice<T>& values) {
     const unsigned int n = values.length();
-    // A view of this vector finds its elements in the new block too, before the ones appended.
+    // A view of this vector finds its elements in the new block too, before the appended ones.
     T* const to = this->extend(n);
     gatherElements(to, values.constFirst(), values.stride(), n);
 }
@@ -331,7 +332,7 @@ ERSlice<T>& ERSlice<T>::operator=(const ERSlice& from) {
     KERF_CHECK_ARGUMENT(length_ <= from.length_);
     if (length_ == 0) return *this;
     T* const to = first();
-    const T* const source = from.constFirst();  // behind first(), which may move these too
+    const T* const source = from.constFirst();  // after first(), which may move these too
     const auto count = static_cast<std::ptrdiff_t>(length_);
     for (std::ptrdiff_t i = 0; i < count; ++i) to[i * stride_] = source[i * from.stride_];
     return *this;

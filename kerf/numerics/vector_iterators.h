@@ -4,7 +4,7 @@
 #include <iterator>
 #include <type_traits>
 
-// What begin() and end() of vectors, matrices and slices answer. All are random access iterators of
+// What begin() and end() of vectors, matrices and slices return. All are random access iterators of
 // the standard kind. A non-const begin() or end() gives its vector a block of its own first; the
 // iterators are good until the next operation that can move the elements.
 namespace kerf::QuickAlgebra {
@@ -59,8 +59,8 @@ public:
     }
 
 private:
-    // An index and not a moving pointer: the end of a backward view lies before the elements, where
-    // no pointer may be formed.
+    // An index and not a moving pointer: a view that runs backwards ends before the elements, where no
+    // pointer may be formed.
     T* first_ = nullptr;
     difference_type stride_ = 1;
     difference_type index_ = 0;

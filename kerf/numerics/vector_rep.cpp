@@ -17,7 +17,7 @@ unsigned int initialBytes = 64;
 unsigned int incrementBytes = 64;
 unsigned int wasteBytes = 64;
 
-// memcpy and memmove do not take null, not even for 0 bytes.
+// memcpy does not take null, not even for 0 bytes.
 void copyBytes(void* to, const void* from, std::size_t bytes) {
     if (bytes > 0) std::memcpy(to, from, bytes);
 }
@@ -43,9 +43,9 @@ struct GiveBack {
 
 }  // namespace
 
-// The count of a block that is never freed and always shared. Threads that count it at the same
-// time can lose steps; from here those never add up to an end of the range.
-constinit EmptyBlock globalEmptyBlock = {{{{0x40000000}, 0, 0, globalEmptyBlock.behind}}, {}};
+// The block is never freed and always shared. Threads that count it at the same time can lose
+// steps, but from a count in the middle of the range these never add up to one of its ends.
+constinit EmptyBlock globalEmptyBlock = {{{{0x40000000}, 0, 0, globalEmptyBlock.data}}, {}};
 
 unsigned int ERVecRep::initialCapacity(unsigned int bytes) {
     return std::exchange(initialBytes, bytes);
@@ -73,8 +73,8 @@ ERVecRep* ERVecRep::getRep(unsigned int bytes, int noInit) {
     if (!block) return nullptr;
     block->length = bytes;
     if (!noInit) {
-        // Of a fixed size for the many small blocks, where the room behind the length is zeroed
-        // too.
+        // Small blocks are many: for these the size is a constant, and the room after the length is
+        // zeroed too.
         constexpr unsigned int small = 64;
         if (bytes <= small && room >= small)
             std::memset(block->data, 0, small);
@@ -144,9 +144,9 @@ ERVecRep* ERVecRep::replace(ERVecRep* rep, unsigned int pos, unsigned int remove
 ERVecRep* ERVecRep::polyInsert(const ERVecRep* rep, unsigned int pos, unsigned int gap,
                                unsigned int period) {
     KERF_CHECK_ARGUMENT(pos <= rep->length && period > 0);
-    const unsigned int behind = rep->length - pos;
+    const unsigned int tail = rep->length - pos;
     const std::uint64_t gaps =
-        std::min<std::uint64_t>(rep->length / period, std::uint64_t{behind} / period + 1);
+        std::min<std::uint64_t>(rep->length / period, std::uint64_t{tail} / period + 1);
     ERVecRep* result = getRep(toBytes(rep->length + gaps * gap), 1);
     if (!result) return nullptr;
 

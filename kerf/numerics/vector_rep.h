@@ -8,23 +8,24 @@ class ERFile;
 
 namespace QuickAlgebra {
 
-/// The block that vectors share: a header with the data right behind it. All sizes are in bytes.
+/// The block that vectors share: a header, and right after it the data. All sizes are in bytes.
 ///
-/// Sizes:   a request is rounded up by adjustCapacity: `initialCapacity` bytes, then steps of
-///          `resizeIncrement`. A vector thus grows by addition and not by doubling, and users count
-///          on how little memory it takes: size long vectors up front.
-/// Source:  a block comes from the calling thread's cache or else from the heap, and goes back to
-///          the cache of the thread that drops it.
-/// Failure: what makes a block answers null when there is no memory, or when the size is maxBytes
-///          or more.
-/// Threads: counting is not atomic; one thread at a time uses a block with all its owners. The
-///          three settings are of the whole process and are meant to be set once, at the start.
+/// Failure:   a function that makes a block returns null when there is no memory, or when the size
+///            is maxBytes or more.
+/// Ownership: the block counts its owners, not atomically.
+/// Threads:   the three settings are of the whole process and are meant to be set once, at the
+///            start.
+/// Storage:   a block comes from the calling thread's cache or else from the heap, and goes back to
+///            the cache of the thread that drops it. A request is rounded up by adjustCapacity:
+///            `initialCapacity` bytes, then steps of `resizeIncrement`. A vector thus grows by
+///            addition and not by doubling. This saves memory, but a long vector that append fills
+///            takes quadratic time unless it is sized up front.
 class KERF_EXPORT ERVecRep : public ERVecBlock {
 public:
     /// No block holds this many bytes; sizes that do not fit 32 bits are passed as this.
     static constexpr unsigned int maxBytes = 0xFFFFFFFF;
 
-    // The setters answer the former value.
+    // The setters return the former value.
     static unsigned int initialCapacity(unsigned int bytes);
     static unsigned int getInitialCapacity();
     static unsigned int resizeIncrement(unsigned int bytes);  ///< bytes > 0
@@ -43,25 +44,27 @@ public:
     static ERVecRep* getRep(const void* src, unsigned int bytes);
     /// `count` elements, each a copy of *value.
     static ERVecRep* getRep(unsigned int count, unsigned int elementSize, const void* value);
-    /// Reads the form that saveGuts writes. A length that is negative or longer than what remains
-    /// in the file reads as 0.
+    /// Reads the form that saveGuts writes.
+    /// Damage: a length that is negative or longer than what remains in the file reads as 0.
     static ERVecRep* getRep(ERFile& file);
 
     /// A block of capacity for `bytes` that holds the first min(bytes, from->length) bytes of
-    /// `from`. Its length is that of `from`, whatever `bytes`: a clone made to grow keeps the old
-    /// length, and one made shorter is given its length by the caller.
+    /// `from`.
+    /// Kept: its length is that of `from`, whatever `bytes`. A clone made to grow keeps the old
+    ///       length; the caller sets the length of one made shorter.
     static ERVecRep* clone(const ERVecRep* from, unsigned int bytes);
     ERVecRep* duplicate() const;  ///< same content and length
 
     /// Puts `inserted` bytes from src in the place of the `removed` bytes at pos; a null src leaves
-    /// them undefined. pos <= length; `removed` is cut to what lies behind pos. Answers the block
-    /// with the result: rep itself when it has one owner, holds the new length without wasting more
-    /// than maxWaste, and src does not lie in it; else a new one, with rep unchanged.
+    /// them undefined. pos <= length; `removed` is cut to the bytes there are after pos.
+    /// Returns: the block with the result. It is rep itself when rep has one owner, holds the new
+    ///          length without wasting more than maxWaste, and src does not lie in it; else it is a
+    ///          new one, with rep unchanged.
     static ERVecRep* replace(ERVecRep* rep, unsigned int pos, unsigned int removed, const void* src,
                              unsigned int inserted);
 
     /// A new block with gaps of `gap` undefined bytes at pos, pos + period, pos + 2 period ... in
-    /// terms of rep: as many as rep has whole periods, none beyond its end. pos <= length and
+    /// terms of rep: as many as rep has whole periods, none past its end. pos <= length and
     /// period > 0.
     static ERVecRep* polyInsert(const ERVecRep* rep, unsigned int pos, unsigned int gap,
                                 unsigned int period);
@@ -69,7 +72,7 @@ public:
     /// pos <= length, period > 0, gap <= period.
     void polyRemove(unsigned int pos, unsigned int gap, unsigned int period);
 
-    // Low-level fills: in place, without regard to who else owns the block.
+    // Low-level fills: in place, whoever else owns the block.
 
     void setLength(unsigned int bytes) { length = bytes; }  ///< bytes <= capacity
     void init(unsigned int pos, unsigned int bytes);        ///< zeros
@@ -107,7 +110,7 @@ public:
 
 struct EmptyBlock {
     ERVecRep header;
-    alignas(ERVecRep) unsigned char behind[alignof(ERVecRep)];
+    alignas(ERVecRep) unsigned char data[alignof(ERVecRep)];
 };
 /// Constant-initialised, so that vectors of static storage may be empty at any time.
 extern KERF_EXPORT EmptyBlock globalEmptyBlock;
