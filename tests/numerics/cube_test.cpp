@@ -36,11 +36,15 @@ TEST(Cube, SticksAndPlanesAddressTheirOwnOrder) {
     EXPECT_TRUE(SetMatFromX(written, plane, 1) == cube);
 }
 
-TEST(CubeFile, IsTheExtentsAndTheVectorOrEmptyWhenTheyDoNotMatch) {
+TEST(CubeFile, IsTheExtentsAndTheVector) {
     const std::string bytes = stored(numbered());
     EXPECT_EQ(bytes, words({2, 3, 4}) + stored(numbered().asVector()));
     EXPECT_TRUE(restored<ERDoubleCube>(bytes) == numbered());
+    const ERDoubleCube wide(300, 1, 1);
+    EXPECT_TRUE(restored<ERDoubleCube>(stored(wide)) == wide);
+}
 
+TEST(CubeFile, ExtentsThatDoNotMatchRestoreAsEmpty) {
     const std::string twoElements = words({16, 0, 0, 0, 0});
     for (const std::string& damaged :
          {words({1, 1, 1}) + twoElements, words({0x80000000, 0x80000000, 4}) + twoElements,

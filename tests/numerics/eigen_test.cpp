@@ -49,10 +49,11 @@ INSTANTIATE_TEST_SUITE_P(Sizes, EigenOfSize, ::testing::Values(1, 2, 3, 4, 5, 17
 TEST_P(EigenOfSize, VectorsAndValuesSatisfyTheirDefinition) {
     const int size = GetParam();
     const auto n = static_cast<unsigned int>(size);
-    std::mt19937 random(23);
+    const unsigned int seed = 23;
+    std::mt19937 random(seed);
     std::uniform_real_distribution<double> exponent(-6.0, 6.0);
     for (int trial = 0; trial < 60; ++trial) {
-        SCOPED_TRACE(trial);
+        SCOPED_TRACE(testing::Message() << "seed " << seed << ", trial " << trial);
         // Elements of one size, of very different sizes, sparse ones, and integers with equal
         // values; the last near the ends of the doubles' range.
         const double scale = trial < 50 ? 1.0 : trial % 2 == 0 ? 1e305 : 1e-306;
@@ -82,14 +83,11 @@ TEST_P(EigenOfSize, VectorsAndValuesSatisfyTheirDefinition) {
     }
 }
 
-TEST_P(EigenOfSize, NoInputKeepsItFromReturning) {
+TEST_P(EigenOfSize, AMatrixOfNaNsEndsTheWork) {
     const auto n = static_cast<unsigned int>(GetParam());
-    for (const double element : {std::nan(""), HUGE_VAL, 1e300, 1e-320, 0.0}) {
-        Eigen eigen(GetParam());
-        fill(eigen, Matrix(n, n, element));
-        const bool found = eigen.DecrSortEigenStuff();
-        EXPECT_FALSE(std::isnan(element) && n > 1 && found);
-    }
+    Eigen eigen(GetParam());
+    fill(eigen, Matrix(n, n, std::nan("")));
+    EXPECT_EQ(eigen.DecrSortEigenStuff(), n == 1);
 }
 
 // Rosser 1951; two values are equal, two nearly so.

@@ -43,7 +43,8 @@ TEST(Matrix, DiagonalIsAsLongAsThereAreRows) {
 // Rows and columns are edited alike, with parts of the matrix itself too. Oracle: the same edits of
 // a list of rows, or of columns.
 TEST(Matrix, RandomEditsEqualThoseOfAListOfLines) {
-    std::mt19937 random(20240503);
+    const unsigned int seed = 20240503;
+    std::mt19937 random(seed);
     const auto upTo = [&](std::size_t n) { return static_cast<unsigned int>(random() % (n + 1)); };
     Matrix m;
     for (int step = 0; step < 8000; ++step) {
@@ -63,8 +64,8 @@ TEST(Matrix, RandomEditsEqualThoseOfAListOfLines) {
 
         const auto put = [&](unsigned int removed, const Lines& inserted) {
             const auto from = lines.begin() + at;
-            const auto behind = lines.erase(from, from + std::min(removed, height - at));
-            lines.insert(behind, inserted.begin(), inserted.end());
+            const auto after = lines.erase(from, from + std::min(removed, height - at));
+            lines.insert(after, inserted.begin(), inserted.end());
         };
         const struct {
             std::function<void()> ofRows, ofColumns, ofLines;
@@ -95,7 +96,8 @@ TEST(Matrix, RandomEditsEqualThoseOfAListOfLines) {
              [&] { std::rotate(lines.begin(), lines.begin() + at, lines.end()); }},
         };
         const unsigned int edit = upTo(std::size(edits) - 1);
-        SCOPED_TRACE(testing::Message() << "edit " << edit << " in step " << step);
+        SCOPED_TRACE(testing::Message()
+                     << "edit " << edit << " in step " << step << ", seed " << seed);
         byRows ? edits[edit].ofRows() : edits[edit].ofColumns();
         edits[edit].ofLines();
         ASSERT_EQ(rowsOf(m), byRows ? lines : transposed(lines));
@@ -107,26 +109,30 @@ TEST(Matrix, RandomEditsEqualThoseOfAListOfLines) {
     }
 }
 
-TEST(Matrix, PrintsSignedFixedAndLeavesTheStreamSo) {
+TEST(Matrix, PrintingLeavesTheStreamFixedAndSigned) {
     std::ostringstream os;
     os << Matrix(vecOf({1.5, -0.25}), 1, 2) << 2.0;
     EXPECT_EQ(os.str(), "( r= 1, c=2)\n[+1.5000000   -0.2500000   ]\n+2.0000000");
 }
 
 // It reads no values and fills nothing; only how far it reads is of use.
-TEST(Matrix, ReaderConsumesSeparatorsAndLeavesTheMatrix) {
+TEST(Matrix, ReadingConsumesSeparatorsAlone) {
     Matrix m = numbered(1, 1);
     std::istringstream in("2 3 [,,[,,[,,rest");
     m.readFrom(in);
     std::string rest;
     in >> rest;
-    EXPECT_TRUE(rest == "rest" && m == numbered(1, 1));
+    EXPECT_EQ(rest, "rest");
+    EXPECT_TRUE(m == numbered(1, 1));
 }
 
-TEST(MatrixFile, IsRowsColumnsAndTheVectorOr0By0WhenTheyDoNotMatch) {
+TEST(MatrixFile, IsRowsColumnsAndTheVector) {
     const Matrix m = numbered(2, 3);
     EXPECT_EQ(stored(m), words({2, 3}) + stored(m.asVector()));
     EXPECT_TRUE(restored<Matrix>(stored(m)) == m);
+}
+
+TEST(MatrixFile, AShapeThatDoesNotMatchRestoresAs0By0) {
     for (const std::string& bytes : {words({2, 2, 16, 0, 0, 0, 0}),
                                      words({0x80000001, 2, 16, 0, 0, 0, 0}),  // matches at 32 bits
                                      words({0xFFFFFFFF, 0, 0}), words({2})})
