@@ -37,7 +37,7 @@ void sortBySelection(int n, double* eigval, double** eigvec, Before before) {
 
 }  // namespace
 
-Eigen::Eigen(int n) : size_(n > 0 ? n : 0) { makeRoom(); }
+Eigen::Eigen(int size) : size_(size > 0 ? size : 0) { makeRoom(); }
 
 Eigen::Eigen(const Eigen& other) : size_(other.size_) {
     makeRoom();

@@ -232,8 +232,8 @@ ERVec<double> ERCNewtonH::f(const ERVec<double>& x) {
 
 int ERCNewtonH::HDomaine(const ERVec<double>&) { return 1; }
 
-ERNewtonSSolver::ERNewtonSSolver(ERCNewtonS* given, double flatness, int maxIter)
-    : status_(running), problem_(given), maxIterations_(maxIter), epsilon_(flatness) {}
+ERNewtonSSolver::ERNewtonSSolver(ERCNewtonS* problem, double epsilon, int maxIter)
+    : status_(running), problem_(problem), maxIterations_(maxIter), epsilon_(epsilon) {}
 
 int ERNewtonSSolver::Resoudre(double& x, double tol) {
     double at = x;
@@ -271,9 +271,9 @@ NewtonVectorSolver::NewtonVectorSolver(unsigned int dimension, double flatness, 
 
 double NewtonVectorSolver::GetLastCriteria() const { return norm(residual); }
 
-ERNewtonMSolver::ERNewtonMSolver(ERCNewtonM* given, unsigned int dimension, double flatness,
+ERNewtonMSolver::ERNewtonMSolver(ERCNewtonM* problem, unsigned int dimension, double flatness,
                                  int maxIter)
-    : NewtonVectorSolver(dimension, flatness, maxIter), problem_(given) {}
+    : NewtonVectorSolver(dimension, flatness, maxIter), problem_(problem) {}
 
 int ERNewtonMSolver::Resoudre(ERVec<double>& x, double tol) {
     VectorStorage storage(*problem_, x, previousX, residual, jacobian);
@@ -281,8 +281,8 @@ int ERNewtonMSolver::Resoudre(ERVec<double>& x, double tol) {
     return status;
 }
 
-ERNewtonMSolverEx::ERNewtonMSolverEx(ERCNewtonH* given, double flatness, int maxIter)
-    : NewtonVectorSolver(0, flatness, maxIter), problem_(given) {}
+ERNewtonMSolverEx::ERNewtonMSolverEx(ERCNewtonH* problem, double flatness, int maxIter)
+    : NewtonVectorSolver(0, flatness, maxIter), problem_(problem) {}
 
 int ERNewtonMSolverEx::Resoudre(ERVec<double>& x, double tol) {
     VectorStorage storage(*problem_, x, previousX, residual, jacobian);
@@ -360,9 +360,9 @@ bool ERNewtonMSolverEx::search(const ERVec<double>& from, double start, const ER
     return true;
 }
 
-ERNewtonMSolverWithBackTracking::ERNewtonMSolverWithBackTracking(ERCNewtonM* given,
-                                                                 double tolerance, int maxIter)
-    : NewtonVectorSolver(0, tolerance, maxIter), problem_(given) {}
+ERNewtonMSolverWithBackTracking::ERNewtonMSolverWithBackTracking(ERCNewtonM* problem,
+                                                                 double flatness, int maxIter)
+    : NewtonVectorSolver(0, flatness, maxIter), problem_(problem) {}
 
 int ERNewtonMSolverWithBackTracking::Resoudre(ERVec<double>& x, double tol) {
     previousX = x;

@@ -116,7 +116,7 @@ private:
 class KERF_EXPORT NewtonVectorSolver {
 public:
     void SetMaxIter(int maxIter) { maxIterations = maxIter; }
-    /// Sets the epsilon of the constructor.
+    /// Sets the flatness of the constructor.
     void SetTolerance(double tolerance) { epsilon = tolerance; }
 
     double GetLastCriteria() const;  ///< the Euclidean norm of the last residual
@@ -124,7 +124,7 @@ public:
     int GetIterations() const { return iterations; }
 
 protected:
-    NewtonVectorSolver(unsigned int dimension, double epsilon, int maxIter);
+    NewtonVectorSolver(unsigned int dimension, double flatness, int maxIter);
     ~NewtonVectorSolver() = default;
 
     int status;
@@ -139,8 +139,8 @@ protected:
 /// Newton's method for a system, with full steps.
 class KERF_EXPORT ERNewtonMSolver : public NewtonVectorSolver {
 public:
-    /// epsilon: norm(f) epsilon > norm(J), all elements of J taken as a vector, ends with status 3.
-    ERNewtonMSolver(ERCNewtonM* problem, unsigned int dimension, double epsilon, int maxIter);
+    /// norm(f) flatness > norm(J), all elements of J taken as a vector, ends with status 3.
+    ERNewtonMSolver(ERCNewtonM* problem, unsigned int dimension, double flatness, int maxIter);
 
     /// Converged when norm(f(x)) <= tol: 0 if the last step is at most tol norm(x), else 1. At
     /// least one step is made. The residual may grow 20 times while it is above 1e7 tol; once more
@@ -159,8 +159,8 @@ private:
 /// that length and H goes on falling.
 class KERF_EXPORT ERNewtonMSolverEx : public NewtonVectorSolver {
 public:
-    /// epsilon as for ERNewtonMSolver.
-    ERNewtonMSolverEx(ERCNewtonH* problem, double epsilon, int maxIter);
+    /// The flatness is that of ERNewtonMSolver.
+    ERNewtonMSolverEx(ERCNewtonH* problem, double flatness, int maxIter);
 
     /// Converged when norm(g) <= tol after a step: 0 and 1 as for ERNewtonMSolver. 3, with x where
     /// that iteration began, when the step does not descend, as near a maximum, or no t down to
@@ -184,8 +184,8 @@ private:
 ///      5  the line search stopped where the gradient of M is not zero
 class KERF_EXPORT ERNewtonMSolverWithBackTracking : public NewtonVectorSolver {
 public:
-    /// epsilon is not used.
-    ERNewtonMSolverWithBackTracking(ERCNewtonM* problem, double epsilon, int maxIter);
+    /// The flatness is not used.
+    ERNewtonMSolverWithBackTracking(ERCNewtonM* problem, double flatness, int maxIter);
 
     /// Converged on f when the largest |f_i| is below tol, or below 1.0000000000000002e-10 at the
     /// start; on x when the largest |step_i| / max(|x_i|, 1) is below 1e-9.

@@ -75,10 +75,10 @@ public:
     // Low-level fills: in place, whoever else owns the block.
 
     void setLength(unsigned int bytes) { length = bytes; }  ///< bytes <= capacity
-    void init(unsigned int pos, unsigned int bytes);        ///< zeros
+    void init(unsigned int pos, unsigned int count);        ///< zero bytes
     void initWithValue(unsigned int pos, unsigned int count, unsigned int elementSize,
                        const void* value);
-    void initWithVector(unsigned int pos, const void* src, unsigned int bytes);
+    void initWithVector(unsigned int pos, const void* src, unsigned int count);
 
     bool isShared() const { return referenceCount.load(std::memory_order_relaxed) > 0; }
     void addReference() {

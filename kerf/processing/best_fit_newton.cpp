@@ -183,11 +183,10 @@ LinearMap rotationOfAngles(const ERVec<double>& parameters) {
 
 }  // namespace
 
-ERPointSetBestFitSolverFunction::ERPointSetBestFitSolverFunction(const ERMatrix<double>& given,
-                                                                 Rotation parametrisation,
-                                                                 double increment)
-    : ERCNewtonMDelta(increment), coefficients_(given), rotation_(parametrisation) {
-    KERF_CHECK_ARGUMENT(given.rows() == 3 && given.cols() == 9);
+ERPointSetBestFitSolverFunction::ERPointSetBestFitSolverFunction(
+    const ERMatrix<double>& coefficients, Rotation rotation, double increment)
+    : ERCNewtonMDelta(increment), coefficients_(coefficients), rotation_(rotation) {
+    KERF_CHECK_ARGUMENT(coefficients.rows() == 3 && coefficients.cols() == 9);
 }
 
 ERVec<double> ERPointSetBestFitSolverFunction::f(const ERVec<double>& x) {

@@ -56,7 +56,8 @@ Problem constant(const Values& f, const Values& jacobian) {
     return {[f](const Values&) { return f; }, [jacobian](const Values&) { return jacobian; }};
 }
 
-Problem scalar(std::function<double(double)> f, std::function<double(double)> derivative) {
+Problem scalar(const std::function<double(double)>& f,
+               const std::function<double(double)>& derivative) {
     return {[f](const Values& x) { return Values{f(x[0])}; },
             [derivative](const Values& x) { return Values{derivative(x[0])}; }};
 }
