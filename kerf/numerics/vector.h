@@ -10,7 +10,7 @@
 //
 // Threads: an object of this folder is used by one thread at a time, and so are all vectors that
 //          share a block; clone() makes a copy that can be handed to another thread. Functions
-//          keep nothing between calls. ERFactorialFactory may be used by any thread at any time.
+//          keep nothing between calls.
 //
 // The library holds the instances of its own element types. A header that defines a type T and
 // wants vectors of it says, at namespace kerf and after T and its operators

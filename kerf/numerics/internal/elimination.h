@@ -47,6 +47,7 @@ inline int eliminate(double* a, unsigned int rows, unsigned int cols, int* permu
         }
     }
     if (rows > cols) return 0;
+    if (rows == cols) return 1;  // no right-hand side
 
     for (unsigned int i = rows; i-- > 0;) {
         double* const row = a + std::size_t{i} * cols;
