@@ -1,5 +1,6 @@
 #!/usr/bin/env python3
-"""Rejects an include that points to a higher floor of the library, and a loop of includes.
+"""Rejects an include that points to a higher floor of the library, a loop of includes, and an
+internal header in kerf/kerf.h, which programs read.
 
 usage: check_includes.py ROOT
 """
@@ -64,6 +65,8 @@ def main():
                 faults.append(f"{path}: includes {target}, which does not exist")
             elif floor(target) > floor(path) or (folder(path), folder(target)) in ABOVE:
                 faults.append(f"{path}: includes {target} of a higher floor or folder")
+            elif path == "kerf/kerf.h" and "internal" in target.split("/"):
+                faults.append(f"{path}: includes {target}, which is internal")
     loop = find_loop(graph)
     if loop:
         faults.append("loop of includes: " + " -> ".join(loop))

@@ -31,6 +31,10 @@ for shared in ON OFF; do
         -DBUILD_SHARED_LIBS=$shared -DKERF_BUILD_TESTS=OFF -DKERF_BUILD_EXAMPLES=OFF \
         -DKERF_BUILD_BENCHMARKS=OFF -DCMAKE_INSTALL_PREFIX="$place/prefix-$shared" >/dev/null
     cmake --build "$place/build-$shared" --target install >/dev/null
+    if [ -e "$place/prefix-$shared/include/kerf/platform/internal/windows_headers.h" ]; then
+        echo "A header that no program needs is installed."
+        exit 1
+    fi
     cmake -S "$place/program" -B "$place/program-$shared" -G Ninja \
         -DCMAKE_PREFIX_PATH="$place/prefix-$shared" >/dev/null
     cmake --build "$place/program-$shared" >/dev/null

@@ -36,11 +36,14 @@ ERVecRepCache::ERVecRepCache(unsigned int byteLimit, unsigned int countLimit, un
     : byteLimit_(byteLimit),
       countLimit_(countLimit),
       bucketCount_(buckets),
-      buckets_(std::make_unique<FreeList*[]>(buckets)) {
+      buckets_(new FreeList* [buckets] {}) {
     KERF_CHECK_ARGUMENT(buckets > 0);
 }
 
-ERVecRepCache::~ERVecRepCache() { flush(); }
+ERVecRepCache::~ERVecRepCache() {
+    flush();
+    delete[] buckets_;
+}
 
 // A list that is asked for moves to the front of its bucket: a thread works with few capacities at
 // a time, so the search ends at the first link however many capacities it has ever used.

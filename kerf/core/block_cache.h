@@ -2,7 +2,6 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
-#include <memory>
 
 #include "kerf/platform/config.h"
 
@@ -92,7 +91,7 @@ private:
     unsigned int hits_ = 0;
     unsigned int misses_ = 0;
     unsigned int bucketCount_;
-    std::unique_ptr<FreeList*[]> buckets_;
+    FreeList** buckets_;  // owned
 };
 
 inline ERVecBlock* ERVecRepCache::getRep(unsigned int capacity) {

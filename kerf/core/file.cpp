@@ -5,7 +5,7 @@
 #include <cstring>
 #include <limits>
 
-#include "kerf/platform/byte_order.h"
+#include "kerf/platform/internal/byte_order.h"
 
 namespace kerf {
 

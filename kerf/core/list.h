@@ -6,7 +6,7 @@
 #include <type_traits>
 #include <utility>
 
-#include "kerf/core/element_storage.h"
+#include "kerf/core/internal/element_storage.h"
 #include "kerf/core/memory_pool.h"
 #include "kerf/platform/config.h"
 

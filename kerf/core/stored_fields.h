@@ -3,7 +3,7 @@
 #include <tuple>
 #include <type_traits>
 
-#include "kerf/core/element_storage.h"
+#include "kerf/core/internal/element_storage.h"
 #include "kerf/core/file.h"
 #include "kerf/platform/config.h"
 

@@ -15,7 +15,7 @@
 
 #include "kerf/core/file.h"
 #include "kerf/core/regexp.h"
-#include "kerf/platform/byte_order.h"
+#include "kerf/platform/internal/byte_order.h"
 
 namespace kerf {
 

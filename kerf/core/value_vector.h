@@ -4,7 +4,7 @@
 #include <ostream>
 #include <utility>
 
-#include "kerf/core/element_storage.h"
+#include "kerf/core/internal/element_storage.h"
 #include "kerf/platform/config.h"
 
 // Vectors of values for any element with a default constructor. Indices are the caller's duty.

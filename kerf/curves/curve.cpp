@@ -2,7 +2,7 @@
 
 #include <cmath>
 
-#include "kerf/platform/random.h"
+#include "kerf/platform/internal/random.h"
 #include "kerf/values/box.h"
 #include "kerf/values/info_point.h"
 #include "kerf/values/point_list.h"

@@ -3,8 +3,8 @@
 #include <cstring>
 
 #include "kerf/persistence/internal/tree_shape.h"
-#include "kerf/platform/byte_order.h"
 #include "kerf/platform/config.h"
+#include "kerf/platform/internal/byte_order.h"
 
 namespace kerf {
 

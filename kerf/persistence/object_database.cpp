@@ -12,7 +12,7 @@
 #include "kerf/persistence/record_file.h"
 #include "kerf/platform/exceptions.h"
 #include "kerf/platform/sinks.h"
-#include "kerf/platform/stack.h"
+#include "kerf/platform/internal/stack.h"
 
 namespace kerf {
 

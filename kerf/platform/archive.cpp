@@ -4,7 +4,7 @@
 #include <cstring>
 #include <exception>
 
-#include "kerf/platform/byte_order.h"
+#include "kerf/platform/internal/byte_order.h"
 #include "kerf/platform/exceptions.h"
 #include "kerf/platform/file.h"
 

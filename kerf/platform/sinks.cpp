@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-#include "kerf/platform/windows_headers.h"
+#include "kerf/platform/internal/windows_headers.h"
 
 namespace kerf {
 

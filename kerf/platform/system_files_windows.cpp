@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "kerf/platform/file.h"
-#include "kerf/platform/windows_headers.h"
+#include "kerf/platform/internal/windows_headers.h"
 
 namespace kerf {
 

@@ -5,7 +5,7 @@
 #include <new>
 #include <vector>
 
-#include "kerf/platform/windows_headers.h"
+#include "kerf/platform/internal/windows_headers.h"
 
 namespace kerf {
 

@@ -1,4 +1,4 @@
-#include "kerf/core/element_storage.h"
+#include "kerf/core/internal/element_storage.h"
 
 #include <gtest/gtest.h>
 

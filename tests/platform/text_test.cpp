@@ -7,7 +7,7 @@
 #include <random>
 #include <string>
 
-#include "kerf/platform/random.h"
+#include "kerf/platform/internal/random.h"
 
 namespace kerf {
 namespace {

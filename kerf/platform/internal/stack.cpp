@@ -1,9 +1,9 @@
-#include "kerf/platform/stack.h"
+#include "kerf/platform/internal/stack.h"
 
 #include <cstddef>
 #include <cstdint>
 
-#include "kerf/platform/windows_headers.h"
+#include "kerf/platform/internal/windows_headers.h"
 
 #if defined(__linux__)
 #include <pthread.h>
