@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <memory>
 #include <new>
+#include <thread>
 #include <vector>
 
 #include "kerf/platform/internal/windows_headers.h"
@@ -20,8 +21,8 @@ struct Record {
 // Plain values, so that they can be read before and after the life of the thread's objects.
 constinit thread_local std::vector<Record>* records = nullptr;
 
-// What the loading thread left when it ended.
-constinit std::vector<Record>* leftByLoadingThread = nullptr;
+// The records of the thread that loaded the library, once that thread has ended.
+constinit std::atomic<std::vector<Record>*> leftByLoadingThread{nullptr};
 
 void destroy(const Record& record) {
     if (record.found != nullptr && record.found->serial == record.serial) *record.found = {};
@@ -46,9 +47,10 @@ void destroyOf(std::uintptr_t serial, std::vector<Record>& among, bool threadLiv
     destroy(record);
 }
 
-// The objects of a thread go when it ends, those of the loading thread with their owners.
-void endThread(std::vector<Record>* ended, bool isLoadingThread) {
-    if (isLoadingThread) {
+// Destroys the objects of a thread that ends; those of the loading thread are left to their
+// owners. After the loading thread has ended, a new thread may have its id.
+void endThread(std::vector<Record>* ended, bool hasIdOfLoadingThread) {
+    if (hasIdOfLoadingThread && leftByLoadingThread == nullptr) {
         leftByLoadingThread = ended;
         return;
     }
@@ -62,8 +64,8 @@ void endThread(std::vector<Record>* ended, bool isLoadingThread) {
 
 const DWORD loadingThread = ::GetCurrentThreadId();
 
-// Thread-local variables may be gone before their destructors run (with GCC they are), and `found`
-// is one: the end of a thread is told by a slot of the system's, which has the records.
+// With GCC, thread-local variables are gone before the destructors of a thread run, and `found` is
+// one of them. So a slot of the system's holds the records and reports the end of the thread.
 void WINAPI threadEnds(void* ended) {
     if (ended == nullptr || ended == leftByLoadingThread) return;
     std::vector<Record>* const left = static_cast<std::vector<Record>*>(ended);
@@ -88,13 +90,13 @@ void tellEndOfThread() {
 
 #else
 
-constinit thread_local bool isLoadingThread = false;
-
-[[maybe_unused]] const bool loadingThreadIsMarked = isLoadingThread = true;
+// In a variable of the process: a thread-local flag that is set while the library loads may be
+// taken by the compiler for the flag's value in every thread, as Clang does.
+const std::thread::id loadingThread = std::this_thread::get_id();
 
 struct ThreadEnd {
     ~ThreadEnd() {
-        if (records != nullptr) endThread(records, isLoadingThread);
+        if (records != nullptr) endThread(records, std::this_thread::get_id() == loadingThread);
     }
     void arm() const {}
 };
@@ -150,8 +152,8 @@ CThreadLocalObject::~CThreadLocalObject() {
     const std::uintptr_t own = serial.load(std::memory_order_relaxed);
     if (own == 0) return;
     if (records != nullptr) destroyOf(own, *records, true);
-    if (leftByLoadingThread != nullptr && leftByLoadingThread != records)
-        destroyOf(own, *leftByLoadingThread, false);
+    std::vector<Record>* const left = leftByLoadingThread;
+    if (left != nullptr && left != records) destroyOf(own, *left, false);
 }
 
 }  // namespace kerf

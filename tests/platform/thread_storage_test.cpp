@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <cstdio>
+#include <cstdlib>
 #include <optional>
 #include <string>
 #include <thread>
@@ -62,10 +64,12 @@ template <char name>
 struct Named : CNoTrackObject {
     ~Named() override {
         order += name;
-        askedLate.GetData()->value = 1;  // even when all others are gone
+        askedLate.GetData()->value = 1;
+        order += static_cast<char>('0' + living);
     }
 };
 
+// What the destructor of b asks for is destroyed before that of a runs, which gets a new one.
 TEST(ThreadLocal, TheLastBuiltGoesFirstAndMayStillAskForObjects) {
     CThreadLocal<Named<'a'>> a;
     CThreadLocal<Named<'b'>> b;
@@ -73,8 +77,34 @@ TEST(ThreadLocal, TheLastBuiltGoesFirstAndMayStillAskForObjects) {
         a.GetData();
         b.GetData();
     }).join();
-    EXPECT_TRUE(order == "ba" && living == 0);
+    EXPECT_EQ(order, "b1a1");
+    EXPECT_EQ(living, 0);
 }
+
+#if defined(__linux__)
+
+struct Reporting : CNoTrackObject {
+    ~Reporting() override { std::fprintf(stderr, "destroyed with %d", value); }
+    int value = 0;
+};
+
+struct SetLate {
+    explicit SetLate(CThreadLocal<Reporting>& object) : object_(object) {}
+    ~SetLate() { object_->value = 5; }
+    CThreadLocal<Reporting>& object_;
+};
+
+TEST(ThreadLocalDeathTest, ObjectsOfTheLoadingThreadLastAsLongAsStaticObjects) {
+    const auto program = [] {
+        static CThreadLocal<Reporting> object;
+        static SetLate late(object);
+        object->value = 1;
+        std::exit(0);  // ends the thread, then destroys `late`, then `object`
+    };
+    EXPECT_EXIT(program(), ::testing::ExitedWithCode(0), "^destroyed with 5$");
+}
+
+#endif
 
 }  // namespace
 }  // namespace kerf
