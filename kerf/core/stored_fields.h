@@ -3,8 +3,8 @@
 #include <tuple>
 #include <type_traits>
 
-#include "kerf/core/internal/element_storage.h"
 #include "kerf/core/file.h"
+#include "kerf/core/internal/element_storage.h"
 #include "kerf/platform/config.h"
 
 // The second half of the class block: how a class whose state is a list of fields is copied, stored

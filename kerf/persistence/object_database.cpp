@@ -11,8 +11,8 @@
 #include "kerf/persistence/internal/number_key.h"
 #include "kerf/persistence/record_file.h"
 #include "kerf/platform/exceptions.h"
-#include "kerf/platform/sinks.h"
 #include "kerf/platform/internal/stack.h"
+#include "kerf/platform/sinks.h"
 
 namespace kerf {
 

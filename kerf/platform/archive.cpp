@@ -4,9 +4,9 @@
 #include <cstring>
 #include <exception>
 
-#include "kerf/platform/internal/byte_order.h"
 #include "kerf/platform/exceptions.h"
 #include "kerf/platform/file.h"
+#include "kerf/platform/internal/byte_order.h"
 
 namespace kerf {
 

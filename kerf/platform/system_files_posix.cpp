@@ -19,7 +19,7 @@ namespace {
 
 static_assert(sizeof(off_t) == 8);
 
-// What one system call transfers at most on the systems we know.
+// The most that one system call is asked to transfer; the systems we know have a limit above it.
 constexpr std::size_t largestTransfer = 0x40000000;
 
 std::error_code lastError() { return {errno, std::system_category()}; }
@@ -41,7 +41,8 @@ class PosixFile : public OpenFile {
 public:
     explicit PosixFile(int openDescriptor) : descriptor(openDescriptor) {}
     ~PosixFile() override {
-        if (descriptor >= 0) ::close(descriptor);
+        std::error_code ignored;
+        if (descriptor >= 0) PosixFile::close(ignored);
     }
 
     std::size_t read(void* data, std::size_t count, std::int64_t offset,
@@ -82,14 +83,46 @@ public:
 
     void lock(std::int64_t offset, std::int64_t count, std::error_code& error) override {
         setLock(F_WRLCK, offset, count, error);
+        locksRanges_ = true;
+        locker_ = ::getpid();
     }
     void unlock(std::int64_t offset, std::int64_t count, std::error_code& error) override {
         setLock(F_UNLCK, offset, count, error);
     }
 
+    // Gives the locks back first: a child process forked meanwhile has the open file too, which would
+    // stay locked as long as the child lives. A child that closes leaves its parent's locks alone.
     void close(std::error_code& error) override {
+        std::error_code ignored;
+        if (locker_ == ::getpid()) {
+            ::flock(descriptor, LOCK_UN);
+            if (locksRanges_) setLock(F_UNLCK, 0, 0, ignored);  // from 0 to the end
+        }
         // The descriptor is gone even when close is interrupted.
         if (::close(std::exchange(descriptor, -1)) != 0 && errno != EINTR) error = lastError();
+    }
+
+    // Refuses a file that is denied by another opening, and denies what the flags say.
+    //
+    // Sharing is built on advisory locks of the open file. An opening that denies all others, or
+    // that writes and denies writers, holds the exclusive lock; one that reads and denies writers
+    // holds a shared lock. One that denies nothing takes the lock that it would need and gives it
+    // back at once, to learn whether it is denied.
+    // So an opening that writes and denies writers keeps out readers too.
+    bool share(unsigned int flags, std::error_code& error) {
+        const bool writes = (flags & CFile::modeWrite) != 0;
+        const bool exclusive = (flags & CFile::shareExclusive) != 0 || writes;
+        const int wanted = exclusive ? LOCK_EX : LOCK_SH;
+        if (retryInterrupted([&] { return ::flock(descriptor, wanted | LOCK_NB); }) != 0) {
+            if (errno != EWOULDBLOCK) return true;  // a file system without locks
+            error = lastError();
+            return false;
+        }
+        if ((flags & (CFile::shareExclusive | CFile::shareDenyWrite)) != 0)
+            locker_ = ::getpid();
+        else
+            ::flock(descriptor, LOCK_UN);
+        return true;
     }
 
     int descriptor;
@@ -110,25 +143,10 @@ private:
         error = std::make_error_code(std::errc::operation_not_supported);
 #endif
     }
-};
 
-// Sharing stands on advisory locks of the open file. Who denies all others, or writes and denies
-// other writers, holds the exclusive lock; who reads and denies writers holds a shared one. Who
-// denies nothing asks whether it is denied itself, by taking the lock that it would need and giving
-// it back. So a writer that denies writers refuses readers too.
-bool share(int descriptor, unsigned int flags, std::error_code& error) {
-    const bool writes = (flags & CFile::modeWrite) != 0;
-    const bool exclusive = (flags & CFile::shareExclusive) != 0 || writes;
-    const int wanted = exclusive ? LOCK_EX : LOCK_SH;
-    if (retryInterrupted([&] { return ::flock(descriptor, wanted | LOCK_NB); }) != 0) {
-        if (errno != EWOULDBLOCK) return true;  // a file system without locks
-        error = lastError();
-        return false;
-    }
-    const bool denies = (flags & (CFile::shareExclusive | CFile::shareDenyWrite)) != 0;
-    if (!denies) ::flock(descriptor, LOCK_UN);
-    return true;
-}
+    pid_t locker_ = 0;  // the process that holds locks, 0 for none
+    bool locksRanges_ = false;
+};
 
 int accessOf(unsigned int flags) {
     switch (flags & CFile::modeReadWrite) {
@@ -160,9 +178,10 @@ public:
             error = lastError();
         else if (S_ISDIR(info.st_mode))
             error = std::make_error_code(std::errc::is_a_directory);
-        else if (share(descriptor, flags, error) && creates &&
-                 (flags & CFile::modeNoTruncate) == 0 && info.st_size != 0)
-            empty(*file, path, flags, error);  // only now: a file that is denied keeps its bytes
+        else if (file->share(flags, error) && creates && (flags & CFile::modeNoTruncate) == 0 &&
+                 info.st_size != 0)
+            empty(*file, path, flags,
+                  error);  // after sharing: a file that is denied keeps its bytes
         if (error) return nullptr;
         return file;
     }

@@ -4,7 +4,6 @@
 #include <cstdlib>
 #include <ctime>
 #include <filesystem>
-#include <functional>
 #include <limits>
 #include <random>
 #include <string>
@@ -13,11 +12,15 @@
 
 #include "tests/platform/disturbed_file.h"
 
+#if !defined(_WIN32)
+#include <sys/wait.h>
+#include <unistd.h>
+#endif
+
 namespace kerf {
 namespace {
 
 using test::createExclusive;
-using test::FileCall;
 using test::TemporaryFile;
 
 using File = test::DisturbedFile<CFile>;
@@ -75,7 +78,7 @@ TEST_F(File, FollowsAStringThroughRandomOperations) {
     }
     backend.resetCounts();
     for (int i = 0; i < 100; ++i) file.Seek(0, CFile::end);
-    // Where nobody else writes, the length is asked once.
+    // Where no other opening can write, the length is asked once.
     EXPECT_LE(backend.transferCalls(), test::exclusive == CFile::shareExclusive ? 1u : 100u);
 }
 
@@ -85,14 +88,17 @@ TEST_F(File, OffsetsGoBeyondFourGigabytesAndNotOutside) {
     file.Write("far", 3);
     EXPECT_EQ(std::filesystem::file_size(temporary.path()), static_cast<std::uintmax_t>(far + 3));
     char bytes[3];
-    EXPECT_TRUE(file.Seek(-3, CFile::end) == far && file.Read(bytes, 3) == 3);
+    EXPECT_EQ(file.Seek(-3, CFile::end), far);
+    EXPECT_EQ(file.Read(bytes, 3), 3u);
     EXPECT_EQ(std::string(bytes, 3), "far");
     file.SetLength(3);
     const std::pair<std::int64_t, unsigned int> outside[] = {
         {-1, 0}, {-4, 1}, {-4, 2}, {largest, 1}, {largest, 2}, {-largest - 1, 2}, {0, 3}};
     for (const auto& to : outside)
-        EXPECT_EQ(errorOf([&] { file.Seek(to.first, to.second); }), std::errc::invalid_argument);
-    EXPECT_TRUE(errorOf([&] { file.SetLength(-1); }) && file.GetPosition() == 3);
+        EXPECT_EQ(errorOf([&] { file.Seek(to.first, to.second); }), std::errc::invalid_argument)
+            << to.first << ", " << to.second;
+    EXPECT_TRUE(errorOf([&] { file.SetLength(-1); }));
+    EXPECT_EQ(file.GetPosition(), 3);
 }
 
 TEST(FileOpening, ModeCreateEmptiesUnlessToldNotTo) {
@@ -102,7 +108,7 @@ TEST(FileOpening, ModeCreateEmptiesUnlessToldNotTo) {
     for (unsigned int flags : {CFile::modeReadWrite | create | CFile::modeNoTruncate,
                                CFile::modeWrite | create, CFile::modeRead | create}) {
         temporary.setBytes("old");
-        CFile(temporary.path(), flags);
+        CFile(temporary.path(), flags).Close();
         EXPECT_EQ(temporary.bytes(), flags & CFile::modeNoTruncate ? "old" : "") << flags;
     }
 }
@@ -122,12 +128,36 @@ TEST(FileOpening, WhatCannotBeReadOrWrittenIsRefused) {
 TEST_F(File, TellsItsStatus) {
     CFileStatus status;
     EXPECT_EQ(CFile::GetStatus("/no such file", status), 0);
-    EXPECT_TRUE(CFile::GetStatus("/", status) == 1 && status.isDirectory);
+    EXPECT_EQ(CFile::GetStatus("/", status), 1);
+    EXPECT_TRUE(status.isDirectory);
     file.Write("abc", 3);
-    file.Open(temporary.path(), createExclusive | CFile::modeNoTruncate);
-    EXPECT_EQ(file.GetPosition(), 0);  // opening again has let the former file go
-    EXPECT_TRUE(file.GetStatus(status) == 1 && status.size == 3 && !status.isDirectory);
+    EXPECT_EQ(file.GetStatus(status), 1);
+    EXPECT_EQ(status.size, 3);
+    EXPECT_FALSE(status.isDirectory);
     EXPECT_LE(std::abs(std::difftime(std::time(nullptr), status.modified)), 60);
+}
+
+TEST_F(File, OpeningAnotherFileForgetsPositionAndLengthOfTheFormer) {
+    file.Write("abcdef", 6);
+    EXPECT_EQ(file.GetLength(), 6);  // known from now on
+    const TemporaryFile other;
+    other.setBytes("xyz");
+    file.Open(other.path(), CFile::modeRead | CFile::shareDenyWrite);
+    EXPECT_EQ(file.GetPosition(), 0);
+    EXPECT_EQ(file.GetLength(), 3);
+    EXPECT_EQ(file.Seek(0, CFile::end), 3);
+}
+
+TEST_F(File, AFailureNamesOperationPathAndReason) {
+    backend.failCall(test::FileCall::read, 1);
+    char byte;
+    try {
+        file.Read(&byte, 1);
+        ADD_FAILURE() << "nothing thrown";
+    } catch (const CFileException& error) {
+        EXPECT_EQ(error.what(), std::string("read '") + temporary.path() +
+                                    "': " + std::make_error_code(std::errc::io_error).message());
+    }
 }
 
 TEST(FileSharing, IsRefusedWithinTheProcessToo) {
@@ -174,32 +204,72 @@ TEST(FileSharing, WhatOthersAppendLockOrCutIsSeen) {
     EXPECT_EQ(shared.GetLength(), 6);
     std::filesystem::resize_file(temporary.path(), 2);  // by somebody who does not ask
     char bytes[6];
-    EXPECT_TRUE(shared.Read(bytes, 6) == 2 && shared.GetLength() == 2);
+    EXPECT_EQ(shared.Read(bytes, 6), 2u);
+    EXPECT_EQ(shared.GetLength(), 2);
 #endif
 }
 
-TEST_F(File, EveryFailureNamesPathOperationAndReason) {
-    char byte = 0;
-    const std::tuple<FileCall, const char*, std::function<void()>> cases[] = {
-        {FileCall::read, "read", [&] { file.Read(&byte, 1); }},
-        {FileCall::write, "write", [&] { file.Write(&byte, 1); }},
-        {FileCall::length, "length", [&] { file.GetLength(); }},
-        {FileCall::close, "close", [&] { file.Close(); }},
-        {FileCall::open, "open", [&] { file.Open(temporary.path(), createExclusive); }}};
-    for (const auto& [call, operation, action] : cases) {
-        backend.failCall(call, 1);
-        try {
-            action();
-            ADD_FAILURE() << operation << " threw nothing";
-        } catch (const CFileException& error) {
-            EXPECT_TRUE(error.path() == temporary.path() && error.code() == std::errc::io_error);
-            EXPECT_STREQ(error.operation(), operation);
-            EXPECT_NE(std::string(error.what()).find(error.path()), std::string::npos);
-        }
+#if defined(__linux__)
+
+// A child process that has the open files of this one, until it is told to go on and ends.
+class Child {
+public:
+    template <class Action>
+    explicit Child(Action beforeEnd) {
+        EXPECT_EQ(::pipe(pipe_), 0);
+        process_ = ::fork();
+        if (process_ != 0) return;
+        ::close(pipe_[1]);
+        char told;
+        static_cast<void>(!::read(pipe_[0], &told, 1));  // until the other end is closed
+        beforeEnd();
+        ::_exit(0);
     }
-    file.Open(temporary.path(), createExclusive);  // a failed close has let the file go
-    backend.failCall(FileCall::close, 1);          // a destructor never throws
+    void end() {
+        ::close(pipe_[1]);
+        ::waitpid(process_, nullptr, 0);
+        ::close(pipe_[0]);
+    }
+
+private:
+    int pipe_[2];
+    pid_t process_;
+};
+
+TEST(FileSharing, EndsWithTheClosingThoughAForkedChildLives) {
+    TemporaryFile temporary;
+    const unsigned int alone = CFile::modeCreate | CFile::modeReadWrite | CFile::shareExclusive;
+    CFile file(temporary.path(), alone);
+    file.LockRange(0, 10);
+    Child child([] {});
+    file.Close();
+    CFile second;
+    EXPECT_FALSE(errorOf([&] { second.Open(temporary.path(), alone); }));
+    EXPECT_FALSE(errorOf([&] { second.LockRange(0, 10); }));
+    child.end();
 }
+
+TEST(FileSharing, OutlivesTheClosingInAForkedChild) {
+    TemporaryFile temporary;
+    CFile file(temporary.path(), CFile::modeCreate | CFile::modeReadWrite | CFile::shareExclusive);
+    Child([&] { file.Close(); }).end();
+    EXPECT_TRUE(errorOf([&] { CFile(temporary.path(), CFile::modeRead); }));
+}
+
+TEST(FileOpening, DescriptorZeroIsAFileToo) {
+    TemporaryFile temporary;
+    const int kept = ::dup(0);
+    ::close(0);
+    {
+        CFile file(temporary.path(), CFile::modeCreate | CFile::modeWrite);
+        file.Write("abc", 3);
+    }
+    EXPECT_EQ(temporary.bytes(), "abc");
+    if (kept >= 0) ::dup2(kept, 0);
+    if (kept >= 0) ::close(kept);
+}
+
+#endif
 
 }  // namespace
 }  // namespace kerf
