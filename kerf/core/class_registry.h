@@ -4,21 +4,24 @@
 #include "kerf/platform/config.h"
 #include "kerf/platform/root_object.h"
 
-// The run-time class registry: one static descriptor for each class of the object family, all on
-// one chain, and the macros that give a class its descriptor and its casts.
+// The run-time class registry: a static descriptor for each class derived from ERObject, all on one
+// chain, and the macros that give a class its descriptor and its casts.
+//
+// Threads: descriptors are linked while static objects are built, and are only read afterwards.
 namespace kerf {
 
 class CString;
 class ERObject;
 struct FeatureResult;
 
-/// What is known of a class at run time. Descriptors are static objects; the chain from pFirstClass
-/// runs from the last class registered to the first.
+/// What is known of a class at run time. Descriptors are static objects. The chain begins at
+/// pFirstClass with the class that was registered last.
 class KERF_EXPORT ERClassRegistration {
 public:
     using Creator = ERObject* (*)();
 
-    /// Builds a descriptor that is not yet on the chain, at compile time where the addresses allow.
+    /// Selects the constructor of a descriptor that is not yet on the chain, which can run at compile
+    /// time.
     struct Unlinked {};
     constexpr ERClassRegistration(Unlinked, const char* className, unsigned int classSize,
                                   const ERClassRegistration** directBases,
@@ -35,8 +38,7 @@ public:
                         const ERClassRegistration** directBases,
                         const ERClassRegistration** memberClasses, Creator builder);
 
-    /// An empty, unlinked descriptor: nothing is copied, name and size included. Callers rely on
-    /// it.
+    /// Kept: copies nothing. The new descriptor is empty, without a name, and not on the chain.
     ERClassRegistration(const ERClassRegistration&) noexcept {}
     ERClassRegistration& operator=(const ERClassRegistration&) = delete;
 
@@ -45,10 +47,11 @@ public:
 
     void link() noexcept;
 
-    /// 1 when this is c or derives from it, directly or not. 0 for a null c.
+    /// 1 when this is c or derives from it, directly or through others; 0 for a null c.
     int isKindOf(const ERClassRegistration* c) const;
 
-    /// The same question on the member lists; `members` must not be null.
+    /// 1 when this is c, or when c is found by following the lists of members instead of the lists of
+    /// bases. `members` must not be null.
     int hasMember(const ERClassRegistration* c) const;
 
     /// The descriptor of that name (exact bytes), or null.
@@ -57,8 +60,8 @@ public:
     /// The creator of that class; null for an unknown or abstract class.
     static Creator findCreator(const char* className);
 
-    /// Writes the tree of bases to the debug output, each line indented by level + 1 tabs and more
-    /// with the depth.
+    /// Writes the tree of bases to the debug output, a line for each: level + 1 tabs before a direct
+    /// base, one more with each step down.
     void DumpBased(int level) const;
 
     const char* name = nullptr;
@@ -72,15 +75,15 @@ public:
     static ERClassRegistration* pFirstClass;
 };
 
-/// What a program that links the static library refers to, so that the linker takes the whole of
-/// it.
+/// What refers to every part of the library. A program that links the static library refers to it, so
+/// that the linker takes the whole library.
 struct WholeLibrary {
-    const ERClassRegistration* const* classes;
+    const ERClassRegistration* const* classes;  ///< of the library, null-terminated
     void (*initModule)();
-    CString (*resultText)(const FeatureResult&);  ///< brings the library's own texts along
+    CString (*resultText)(const FeatureResult&);  ///< its source holds the library's texts
 };
+KERF_EXPORT extern const WholeLibrary wholeLibrary;
 #if defined(KERF_STATIC_PROGRAM)
-extern const WholeLibrary wholeLibrary;
 namespace {
 [[gnu::used]] const WholeLibrary* const wholeLibraryIsNeeded = &wholeLibrary;
 }
@@ -91,8 +94,7 @@ struct ERClassLink {
     explicit ERClassLink(ERClassRegistration& descriptor) noexcept { descriptor.link(); }
 };
 
-/// Called when a cast fails or is ambiguous. The body is empty: a hook for a debugger, it never
-/// stops.
+/// Called when a cast fails or is ambiguous. Does nothing: a place for a debugger to stop at.
 KERF_EXPORT void erreurCastDown(const ERClassRegistration* wanted,
                                 const ERClassRegistration* found);
 
@@ -101,21 +103,21 @@ void* castdownThroughBase(const Object& object, const ERClassRegistration& wante
     return object.Base::_castdown(wanted);
 }
 
-/// Asks each base in turn for its part of the class `wanted`. A later answer that differs from an
-/// earlier one is reported to erreurCastDown and then stands.
+/// Asks each base in turn for its part of the class `wanted`, and returns the last part found. One
+/// that differs from an earlier one is reported to erreurCastDown.
 template <class... Bases, class Object>
 void* castdownThroughBases(const Object& object, const ERClassRegistration& wanted) {
-    void* answer = nullptr;
+    void* found = nullptr;
     const auto consider = [&](void* part) {
         if (part == nullptr) return;
-        if (answer != nullptr && part != answer) erreurCastDown(&wanted, Object::desc());
-        answer = part;
+        if (found != nullptr && part != found) erreurCastDown(&wanted, Object::desc());
+        found = part;
     };
     (consider(castdownThroughBase<Bases>(object, wanted)), ...);
-    return answer;
+    return found;
 }
 
-/// The cast behind `X::castdown`: null for an object that is no X, reported to erreurCastDown.
+/// What `X::castdown` calls. An object that is no X is reported to erreurCastDown and gives null.
 template <class X, class Object>
 X* castdownTo(Object* object) {
     if (object == nullptr) return nullptr;
@@ -124,7 +126,7 @@ X* castdownTo(Object* object) {
     return static_cast<X*>(part);
 }
 
-/// Binds a reference that may be null, as the reference forms of `castdown` answer on failure.
+/// Binds a reference that may be null, which the reference forms of `castdown` return on failure.
 #if defined(__GNUC__)
 template <class X>
 __attribute__((no_sanitize("null"))) X& referenceOrNull(X* object) {
@@ -139,9 +141,10 @@ X& referenceOrNull(X* object) {
 
 }  // namespace kerf
 
-// The members that every class of the family carries. `castdown` of a pointer answers null for null
-// and for an object of another class; of a reference it answers a null reference on failure, which
-// callers must not use: who wants safety takes the pointer form or isKindOf.
+// The members that every class of the registry has. `castdown` of a pointer returns null for null and
+// for an object of another class.
+// Kept: `castdown` of a reference returns a null reference on failure, which must not be used;
+//       callers that cannot be sure of the class take the pointer form, or ask isKindOf.
 #define ER_OBJECT_CLASS_RECORDS(Class)                                                         \
 public:                                                                                        \
     static ::kerf::ERClassRegistration m_ClassDef_##Class;                                     \
@@ -153,7 +156,7 @@ public:                                                                         
     static constexpr const ::kerf::ERClassRegistration* desc() { return &m_ClassDef_##Class; } \
     ::kerf::CRuntimeClass* GetRuntimeClass() const override { return &class##Class; }
 
-/// In the body of a class of the object family; what follows is public.
+/// In the body of a class derived from ERObject; the members after it are public.
 #define ER_OBJECT_CLASS(Class)                                                                     \
     ER_OBJECT_CLASS_RECORDS(Class)                                                                 \
     const ::kerf::ERClassRegistration* isA() const override { return desc(); }                     \
@@ -192,14 +195,15 @@ public:                                                                         
         return ::kerf::castdownThroughBases<__VA_ARGS__>(*this, wanted);      \
     }
 
-/// In the source: a class that can be built empty, to be filled by restoreGuts. The direct bases of
-/// the family follow, in the order in which the descriptor lists them and _castdown asks them.
+/// In the source, for a class that can be built empty, to be filled by restoreGuts. The arguments
+/// after the class are its direct bases in the registry, in the order in which the descriptor lists
+/// them and _castdown asks them.
 #define ER_DEFINE_CLASS(Class, ...)                                                          \
     ER_DEFINE_CLASS_RECORDS(                                                                 \
         Class, []() -> ::kerf::ERObject* { return new Class; }, ER_DESCRIPTORS(__VA_ARGS__)) \
     ER_DEFINE_CLASS_CASTS(Class, __VA_ARGS__)
 
-/// In the source: a class without a creator.
+/// In the source, for a class without a creator.
 #define ER_DEFINE_ABSTRACT_CLASS(Class, ...)                             \
     ER_DEFINE_CLASS_RECORDS(Class, nullptr, ER_DESCRIPTORS(__VA_ARGS__)) \
     ER_DEFINE_CLASS_CASTS(Class, __VA_ARGS__)

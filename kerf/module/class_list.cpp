@@ -1,6 +1,6 @@
-// Every class of the library. The linker takes from a static library only what something refers to;
-// programs refer to this list, and so find every class in the registry and every text of the
-// library, whatever they use themselves.
+// Every class of the library, by folder and then by name. The linker takes from a static library only
+// what something refers to; programs refer to this list, and so find every class in the registry and
+// every text of the library, whatever they use themselves.
 #include "kerf/core/class_registry.h"
 #include "kerf/core/object.h"
 #include "kerf/curves/bezier_curve.h"
@@ -22,57 +22,61 @@ namespace kerf {
 namespace {
 
 const ERClassRegistration* const classes[] = {
+    // core
     ERObject::desc(),
-    EREntity::desc(),
-    ERAuxilaryIndex::desc(),
-    ERDBObject::desc(),
-    ERDBTree::desc(),
-    ERVecPoint23::desc(),
-    ERPersistentVector3D::desc(),
-    ERTr3D::desc(),
-    ERTransfo2D::desc(),
-    EREntity2D::desc(),
-    EREntity3D::desc(),
-    ERPersistentPoint2D::desc(),
-    ERPersistentPoint3D::desc(),
-    ERTr3DRev::desc(),
-    ERTr3DRevEnveloppe::desc(),
-    ERTr3DRevRep::desc(),
-    ERPmSimilitude3D::desc(),
-    ERPmIsometrie3D::desc(),
-    ERAnySimilitude3D::desc(),
-    ERAnyIsometrie3D::desc(),
-    _ERScaling3D::desc(),
-    _ERSimilitude3D::desc(),
-    _ERSymetrie3D::desc(),
-    _ERIdentity3D::desc(),
-    _ERRotation3D::desc(),
-    _ERTranslation3D::desc(),
-    _ERWorkplane::desc(),
-    EREntity2DWF::desc(),
-    EREntity3DWF::desc(),
-    ERFiniteEntity2DWF::desc(),
-    ERFiniteEntity3DWF::desc(),
-    ERFiniteEntity2DWFBoundedWithAngle::desc(),
-    ERFiniteEntity3DWFBoundedWithAngle::desc(),
-    ERLimitedEntity2DWF::desc(),
-    ERLimitedEntity3DWF::desc(),
-    ERTrimmedEntity2DWF::desc(),
-    ERTrimmedEntity3DWF::desc(),
-    ERPlanarEntity3DWF::desc(),
-    ERCpoleRep2D::desc(),
-    ERCpoleRep3D::desc(),
+    // curves
     ERCpoleBezier2D::desc(),
     ERCpoleBezier2DR::desc(),
     ERCpoleBezier3D::desc(),
     ERCpoleBezier3DR::desc(),
     ERCpoleNURBS2D::desc(),
     ERCpoleNURBS3D::desc(),
+    ERCpoleRep2D::desc(),
+    ERCpoleRep3D::desc(),
+    EREntity2DWF::desc(),
+    EREntity3DWF::desc(),
+    ERFiniteEntity2DWF::desc(),
+    ERFiniteEntity2DWFBoundedWithAngle::desc(),
+    ERFiniteEntity3DWF::desc(),
+    ERFiniteEntity3DWFBoundedWithAngle::desc(),
+    ERLimitedEntity2DWF::desc(),
+    ERLimitedEntity3DWF::desc(),
+    ERPlanarEntity3DWF::desc(),
+    ERTrimmedEntity2DWF::desc(),
+    ERTrimmedEntity3DWF::desc(),
+    // persistence
+    ERAuxilaryIndex::desc(),
+    ERDBObject::desc(),
+    ERDBTree::desc(),
+    // values
+    ERAnyIsometrie3D::desc(),
+    ERAnySimilitude3D::desc(),
+    EREntity::desc(),
+    EREntity2D::desc(),
+    EREntity3D::desc(),
+    ERPersistentPoint2D::desc(),
+    ERPersistentPoint3D::desc(),
+    ERPersistentVector3D::desc(),
+    ERPmIsometrie3D::desc(),
+    ERPmSimilitude3D::desc(),
+    ERTr3D::desc(),
+    ERTr3DRev::desc(),
+    ERTr3DRevEnveloppe::desc(),
+    ERTr3DRevRep::desc(),
+    ERTransfo2D::desc(),
+    ERVecPoint23::desc(),
+    _ERIdentity3D::desc(),
+    _ERRotation3D::desc(),
+    _ERScaling3D::desc(),
+    _ERSimilitude3D::desc(),
+    _ERSymetrie3D::desc(),
+    _ERTranslation3D::desc(),
+    _ERWorkplane::desc(),
+    nullptr,
 };
 
 }  // namespace
 
-extern const WholeLibrary wholeLibrary;
 const WholeLibrary wholeLibrary = {classes, &InitKerfDLL, &featureResultText};
 
 }  // namespace kerf
