@@ -11,6 +11,7 @@
 #include <utility>
 
 #include "kerf/core/file.h"
+#include "kerf/core/internal/growth.h"
 
 namespace kerf {
 
@@ -24,7 +25,7 @@ std::uint64_t wordAt(const unsigned char* bytes) {
     return word;
 }
 
-// The first bit that differs from those of `uniform`, a byte of all 0 or all 1.
+// The first bit that differs from those of `uniform`, which is 0 or 0xFF.
 unsigned int firstOther(const unsigned char* bytes, unsigned int n, unsigned char uniform) {
     const unsigned int end = n / 8 + (n % 8 != 0);
     const std::uint64_t uniformWord = uniform == 0 ? 0 : ~std::uint64_t{0};
@@ -174,8 +175,8 @@ void ERBitVec::scanFrom(std::istream& is) {
     ERBitVec room;
     unsigned int read = 0;
     const auto append = [&](int bit) {
-        constexpr unsigned int leastGrowth = 32;
-        if (read == room.size_) room.resize(read + std::max(leastGrowth, read / 2));
+        constexpr unsigned int firstRoom = 32;
+        if (read == room.size_) room.resize(std::max(firstRoom, doubledRoom(read)));
         room[read++] = bit;
     };
     is >> std::ws;

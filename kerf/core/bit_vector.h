@@ -30,13 +30,13 @@ private:
     unsigned char mask_;
 };
 
-/// A vector of bits. Bit i is bit i % 8 of byte i / 8, the low one first. What the last byte holds
-/// above the size is arbitrary and never counts. Indices, and equal sizes in the operations on two
-/// vectors, are the caller's duty.
+/// A vector of bits. Bit i is bit i % 8 of byte i / 8, counted from the lowest. The bits of the last
+/// byte past the size are arbitrary and have no effect. Indices must be valid, and the two vectors of
+/// an operation of the same size.
 class KERF_EXPORT ERBitVec {
 public:
     ERBitVec() = default;
-    explicit ERBitVec(unsigned int n);  ///< n bits of 0
+    explicit ERBitVec(unsigned int n);  ///< n zero bits
     ERBitVec(unsigned int n, int value);
     /// Copies n bits out of (n + 7) / 8 bytes.
     ERBitVec(const unsigned char* source, unsigned int n);
@@ -46,11 +46,11 @@ public:
 
     ERBitVec& operator=(const ERBitVec& other);
     ERBitVec& operator=(ERBitVec&& other) noexcept;
-    /// Sets all bits for a positive value, clears all otherwise.
+    /// Sets all bits for a positive value, clears them otherwise.
     ERBitVec& operator=(int value);
 
     unsigned int length() const { return size_; }
-    /// The (length() + 7) / 8 bytes; null for a length of 0.
+    /// The (length() + 7) / 8 bytes; null for length 0.
     const unsigned char* data() const { return bytes_; }
 
     ERBitRef operator[](unsigned int i) {
@@ -76,29 +76,29 @@ public:
 
     int operator==(const ERBitVec& other) const { return isEqual(other); }
     int operator!=(const ERBitVec& other) const { return !isEqual(other); }
-    /// Whether all bits are set, for a positive value, or all clear; 1 for a vector of size 0.
+    /// For a positive value whether all bits are set, otherwise whether all are clear; 1 for size 0.
     int operator==(int value) const;
     int operator!=(int value) const { return !(*this == value); }
-    /// 1 for the same size and bits.
+    /// 1 for equal sizes and equal bits.
     int isEqual(const ERBitVec& other) const;
-    /// The size, rotated left by 5 and xor'ed with each byte in turn.
+    /// Starts as the size; for each byte it is rotated left by 5 bits, then xor'ed with the byte.
     unsigned int hash() const;
 
-    /// Keeps the first bits; new ones are 0.
+    /// Keeps the bits that are there; new ones are zero.
     void resize(unsigned int n);
 
     /// Writes an int, the size, and the bytes: 4 + (length() + 7) / 8 bytes.
     void saveOn(ERFile& file) const;
-    /// A size that is negative or more than the file can still hold reads as 0.
+    /// Damage: a size that is negative or more than the file can still hold reads as 0.
     void restoreFrom(ERFile& file);
     /// What saveOn writes.
     ERULong binaryStoreSize() const;
     /// The bits as 0 and 1 between brackets, separated by spaces: "[0 1 1]".
     void printOn(std::ostream& os) const;
-    /// Reads what printOn writes, white space or none between the bits, and takes a list without
-    /// brackets as well; that one ends before the first character that is neither bit nor space.
-    /// The vector gets the bits that were read, and the stream fails when a bracket stays open or
-    /// there was nothing to read.
+    /// Reads what printOn writes. White space between the bits may be missing, and so may the
+    /// brackets: the list then ends before the first character that is neither bit nor space.
+    /// Damage: the vector gets the bits that were read; the stream fails when a bracket stays open
+    ///         or when there was no bracket and no bit.
     void scanFrom(std::istream& is);
 
     /// Does nothing: a place for a debugger to stop at. Indices are not checked.
@@ -121,7 +121,7 @@ private:
 KERF_EXPORT ERBitVec operator&(const ERBitVec& a, const ERBitVec& b);
 KERF_EXPORT ERBitVec operator^(const ERBitVec& a, const ERBitVec& b);
 KERF_EXPORT ERBitVec operator|(const ERBitVec& a, const ERBitVec& b);
-/// Every bit turned over.
+/// Every bit inverted.
 KERF_EXPORT ERBitVec operator!(const ERBitVec& a);
 
 /// The number of set bits.

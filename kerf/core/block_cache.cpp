@@ -7,7 +7,7 @@ namespace kerf {
 
 namespace {
 
-// The heap aligns for 16 bytes by itself on most platforms; where it does not, it is asked to.
+// Most heaps align to 16 bytes anyway; where one does not, the alignment is requested.
 constexpr bool heapAlignsBlocks = __STDCPP_DEFAULT_NEW_ALIGNMENT__ >= alignof(ERVecBlock);
 constexpr std::align_val_t blockAlignment{alignof(ERVecBlock)};
 
@@ -45,8 +45,8 @@ ERVecRepCache::~ERVecRepCache() {
     delete[] buckets_;
 }
 
-// A list that is asked for moves to the front of its bucket: a thread works with few capacities at
-// a time, so the search ends at the first link however many capacities it has ever used.
+// Moves the list to the front of its bucket. A thread works with few capacities at a time, so the
+// next search mostly ends at the first list, however many capacities were ever used.
 ERVecRepCache::FreeList* ERVecRepCache::bringToFront(FreeList** bucket, unsigned int capacity) {
     for (FreeList** link = bucket; FreeList* list = *link; link = &list->next) {
         if (list->capacity != capacity) continue;

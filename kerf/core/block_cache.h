@@ -10,49 +10,49 @@
 // free ones.
 namespace kerf {
 
-/// The header of a vector's block; the data lies right behind it, aligned to 16 bytes.
-///
-/// The count is loaded and stored, never read-modify-written: a block belongs to one thread at a
-/// time, so an increment stays as cheap as that of an int. Only the global empty block is counted
-/// by several threads at once; relaxed atomics make that defined, and its count starts far from
-/// both ends.
+/// The header of a vector's block; the data follows directly, aligned to 16 bytes.
+/// Threads: a block belongs to one thread at a time, so the count is loaded and stored, never changed
+///          by an atomic operation: an increment costs what that of an int costs. Several threads at
+///          once count only the global empty block. Relaxed atomics make that defined, and updates
+///          that are lost do no harm: the count starts far from both ends.
 struct alignas(16) ERVecBlock {
     std::atomic<std::int32_t> referenceCount;  ///< owners minus one; -1 in a fresh block
-    std::uint32_t capacity;                    ///< usable bytes
-    std::uint32_t length;                      ///< used bytes
-    void* data;  ///< the first data byte; in the cache the next free block of the same capacity
+    std::uint32_t capacity;                    ///< bytes available
+    std::uint32_t length;                      ///< bytes in use
+    void* data;  ///< the first data byte; in the cache, the next free block of the same capacity
 };
 
-/// A block of that capacity from the heap: no owner, length 0, contents undefined. Null when there
-/// is no memory for it or its size does not fit the address space.
+/// A block of that capacity from the heap, without owner, of length 0, with undefined contents.
+/// Returns null when there is no memory for it or its size does not fit the address space.
 KERF_EXPORT ERVecBlock* allocateBlock(unsigned int capacity);
 
 /// Gives a block of allocateBlock back to the heap.
 KERF_EXPORT void releaseBlock(ERVecBlock* block);
 
-/// The free blocks of one thread, kept by capacity for the next vector that asks. It takes no lock
-/// and does not care which thread made a block. Limits are looked at before a block is pushed, so
-/// both can be exceeded by one block. Each list is last in, first out: what comes back is warm.
+/// The free blocks of one thread, in a list for each capacity. The last block freed is the first one
+/// given out, since it is most likely still in the processor's cache. The limits are compared before
+/// a block is added, so both can be exceeded by one block.
+/// Threads: takes no lock; a block may come from any thread.
 class KERF_EXPORT ERVecRepCache {
 public:
-    /// Blocks of a larger capacity are never kept.
+    /// Blocks of a larger capacity are not kept.
     static constexpr unsigned int largestCapacity = 0x20000;
 
     /// `buckets` (at least 1) is the size of the table from capacity to list.
     ERVecRepCache(unsigned int byteLimit, unsigned int countLimit, unsigned int buckets);
-    ~ERVecRepCache();  ///< gives all kept blocks back to the heap
+    ~ERVecRepCache();  ///< frees all kept blocks
     ERVecRepCache(const ERVecRepCache&) = delete;
     ERVecRepCache& operator=(const ERVecRepCache&) = delete;
 
-    /// Takes a free block of exactly that capacity out of the cache, or answers null. Counts a hit
-    /// or a miss.
+    /// Takes a free block of exactly that capacity out of the cache; returns null when there is none.
+    /// Counts a hit or a miss.
     ERVecBlock* getRep(unsigned int capacity);
 
-    /// Keeps a block that has no owner any more, or gives it to the heap when it is too large.
-    /// Flushes first when the blocks or bytes kept exceed their limit.
+    /// Keeps a block that has no owner any more, or frees it when it is too large. Flushes first when
+    /// the blocks or bytes kept exceed their limit.
     void free(ERVecBlock* block);
 
-    /// Gives all kept blocks back to the heap and forgets their lists; hits and misses stay.
+    /// Frees all kept blocks and their lists; hits and misses stay.
     void flush();
 
     unsigned int byteLimit() const { return byteLimit_; }
@@ -70,10 +70,10 @@ private:
         FreeList* next;  // in the same bucket
     };
 
-    // The list for a capacity, made if there is none yet; null without memory for it.
+    // The list for a capacity, made if there is none yet; null when there is no memory for it.
     FreeList* listOf(unsigned int capacity) {
-        // Capacities are multiples of 64 unless the policy was changed. The product spreads them
-        // over 32 bits; taken as a fraction they choose the bucket without a division.
+        // Capacities are multiples of 64, unless a program changed the policy. The product spreads
+        // them over 32 bits; read as a fraction of 2^32 it selects the bucket without a division.
         const std::uint32_t hash = (capacity / 64 + capacity % 64 * 2048) * 0x9E3779B1u;
         const std::size_t index =
             static_cast<std::size_t>(std::uint64_t{hash} * bucketCount_ >> 32);

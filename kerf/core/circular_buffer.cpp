@@ -6,9 +6,8 @@
 
 namespace kerf {
 
-ER_CirBuf::ER_CirBuf(int byteCount)
-    : data_(new char[static_cast<std::size_t>(byteCount)]), size_(byteCount) {
-    KERF_CHECK_ARGUMENT(byteCount >= 2);
+ER_CirBuf::ER_CirBuf(int size) : data_(new char[static_cast<std::size_t>(size)]), size_(size) {
+    KERF_CHECK_ARGUMENT(size >= 2);
 }
 
 ER_CirBuf::~ER_CirBuf() { delete[] data_; }
@@ -43,18 +42,13 @@ int ER_CirBuf::Get() {
 int ER_CirBuf::operator[](int i) const {
     KERF_CHECK_ARGUMENT(i >= 0);
     if (i >= count_) return -1;
-    return static_cast<unsigned char>(data_[behindTail(i)]);
+    return static_cast<unsigned char>(data_[afterTail(i)]);
 }
 
 void ER_CirBuf::Consomme(int n) {
     KERF_CHECK_ARGUMENT(n >= 0);
-    if (n < count_) {
-        tail_ = behindTail(n);
-        count_ -= n;
-    } else {
-        tail_ = head_;
-        count_ -= n;
-    }
+    tail_ = n < count_ ? afterTail(n) : head_;
+    count_ -= n;
 }
 
 void ER_CirBuf::RAZ() {

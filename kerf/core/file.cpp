@@ -106,7 +106,7 @@ int ERFile::Read(unsigned int* values, unsigned int count) { return readArray(va
 int ERFile::Read(double* values, unsigned int count) { return readArray(values, count); }
 
 int ERFile::Read(char* text) {
-    // Reads ahead and steps back behind the terminator: stepping costs no system call.
+    // Reads ahead, then moves back to just after the terminator, which costs no system call.
     std::array<char, 256> ahead;
     for (;;) {
         const std::size_t arrived = readBytes(ahead.data(), ahead.size());

@@ -7,31 +7,31 @@ namespace kerf {
 
 /// A binary file of little-endian values: 32-bit integers, 64-bit IEEE doubles, no padding.
 ///
-/// Read:     answers 1 when exactly the wanted number of bytes arrived, else 0. A single value that
-///           did not arrive whole becomes 0; of an array, what arrived is in place.
-/// Write:    answers 1. What cannot be written comes as a CFileException.
-/// Location: a signed 32-bit offset from the start of the file.
+/// A location is a signed 32-bit offset from the start of the file.
+/// Returns: Read returns 1 when all the bytes it needs were there, else 0; Write returns 1.
+/// Failure: CFileException for what cannot be written.
+/// Damage:  a single value that is not there whole reads as 0; of an array, what is there is read.
 class KERF_EXPORT ERFile : public CFile {
 public:
     ERFile();  ///< closed
     ERFile(const char* path, unsigned int flags);
     ~ERFile() override;
 
-    /// Answers 1 or throws CFileException; flags as for CFile.
+    /// Returns 1 or throws CFileException; flags as for CFile.
     int Open(const char* path, unsigned int flags);
     void Close();
     int IsEmpty() const;  ///< 1 when the length is 0
-    /// Whether there is a file of this one's name, or of the given name.
+    /// 1 when there is a file of this file's name, or of the given name; a directory is no file.
     int Exists() const;
     static int Exists(const char* path);
 
-    /// Goes to a location, past the end included, and answers it. Throws for a negative one.
+    /// Moves to a location, which may lie past the end, and returns it. Throws for a negative one.
     ERLong SeekTo(ERLong location);
-    ERLong CurOffset() const;  ///< 2147483647 behind it
-    int Eof() const;           ///< 1 at the end of the file and behind it
+    ERLong CurOffset() const;  ///< 2147483647 past it
+    int Eof() const;           ///< 1 at the end of the file and past it
     /// In bytes; 2147483647 for a longer file.
     ERLong GetLength() const;
-    /// The bytes from the position to the end: what a length read from the file may still claim.
+    /// The bytes from the position to the end: the bound of a length that was read from the file.
     ERULong remaining() const;
 
     int Read(char& value);
@@ -49,9 +49,9 @@ public:
     int Read(unsigned int* values, unsigned int count);
     int Read(double* values, unsigned int count);
 
-    /// Reads a string: the bytes up to a byte 0 or 255, which is taken but not stored, closed by a
-    /// 0. When the file ends first, closes the string and answers 0. There is no bound: `text` must
-    /// have room for whatever the file holds, so this is for files that the caller trusts.
+    /// Reads the bytes up to a byte 0 or 255, which is taken but not stored, and puts a 0 after them.
+    /// When the file ends first, it puts the 0 and returns 0. There is no bound: `text` must have room
+    /// for whatever the file holds, so this is only for files that the caller trusts.
     int Read(char* text);
 
     int Write(char value);

@@ -8,9 +8,10 @@
 
 namespace kerf {
 
-/// A dictionary from keys, compared by `==`, to values, by a hash function of the caller's. Its
-/// vector holds the buckets: null, or a list of entries in the order of their arrival. The number
-/// of buckets changes on request only. References to values stay valid until their key is removed.
+/// A dictionary from keys, compared by `==`, to values, with a hash function of the caller's. Its
+/// vector holds the buckets: each is null or a list of entries in the order in which they came. Only
+/// resize changes the number of buckets.
+/// Lifetime: a reference to a value is valid until its key is removed.
 template <class K, class V>
 class ERTValHashDictionary : public ERPtrVector {
 public:
@@ -19,31 +20,32 @@ public:
     /// Empty, with that many buckets; 0 gives 2.
     ERTValHashDictionary(HashFunction hashFunction, unsigned int buckets)
         : ERPtrVector(bucketsFor(buckets)), hash_(hashFunction) {}
-    /// The copy has as many buckets, in the same order. Delegating, so that a copy that throws
-    /// halfway frees what it has.
+    /// A copy with the same buckets in the same order. It delegates, so that a copy that throws
+    /// halfway frees what it has made.
     ERTValHashDictionary(const ERTValHashDictionary& other);
     ~ERTValHashDictionary() { clear(); }
     ERTValHashDictionary& operator=(const ERTValHashDictionary& other);
 
-    /// The value of the key; a missing key gets a value-initialised one.
+    /// The value of the key; a missing key is inserted with a value-initialised one.
     V& operator[](const K& key);
     int contains(const K& key) const { return entryOf(key) != nullptr; }
-    /// Copies the dictionary's own key. 0, with nothing changed, when it is missing; so the next
-    /// two.
+    /// The three copy the dictionary's own key, the value, or both, and return 1. For a missing key
+    /// they copy nothing and return 0.
     int find(const K& key, K& found) const;
     int findValue(const K& key, V& value) const;
     int findKeyAndValue(const K& key, K& found, V& value) const;
-    /// Replaces the value of a key that is there; the dictionary keeps its own key.
+    /// Inserts the key, or replaces the value of one that is there; the dictionary keeps its own key.
     void insertKeyAndValue(const K& key, const V& value) { (*this)[key] = value; }
-    /// 1 when the key was there.
+    /// Removes the key; returns 1 when it was there.
     int remove(const K& key);
     /// Removes all entries; the number of buckets stays.
     void clear();
-    /// Spreads the entries over that many buckets (0 gives 2), walking the former ones in order.
+    /// Moves the entries to that many buckets (0 gives 2), in the order of the former buckets.
     void resize(unsigned int buckets);
 
-    /// Calls the function for every entry, bucket by bucket, with `context` as its last argument.
-    /// It may remove the entry that it is called for, and must not change the dictionary otherwise.
+    /// Calls the function for every entry, bucket by bucket, with `context` as its last argument. The
+    /// function may remove the entry that it is called for, and must not change the dictionary in any
+    /// other way.
     void applyToKeyAndValue(void (*function)(const K&, V&, void*), void* context);
     void applyToKeyAndValue(void (*function)(const K&, const V&, void*), void* context) const;
 
@@ -195,7 +197,7 @@ void ERTValHashDictionary<K, V>::clear() {
 template <class K, class V>
 void ERTValHashDictionary<K, V>::resize(unsigned int buckets) {
     ERTValHashDictionary spread(hash_, buckets);
-    // All that can run out of memory comes first: from then on entries only move.
+    // First everything that can run out of memory: after it entries are only moved.
     visitEntries([&](const Entry& entry) { spread.bucketForUse(spread.hashIndex(entry.key)); });
     for (unsigned int i = 0; i < length(); ++i) {
         Bucket* const bucket = bucketAt(i);

@@ -14,8 +14,8 @@ void ERIsvDlist::insertAt(unsigned int i, ERIsvDlink* link) {
 }
 
 int ERIsvDlist::containsReference(const ERIsvDlink* link) const {
-    for (const ERIsvDlink* walked = head_.next; walked != &tail_; walked = walked->next)
-        if (walked == link) return 1;
+    for (const ERIsvDlink* own = head_.next; own != &tail_; own = own->next)
+        if (own == link) return 1;
     return 0;
 }
 
@@ -39,19 +39,19 @@ ERIsvSlink* ERIsvSlist::at(unsigned int i) const {
 ERIsvSlink* ERIsvSlist::before(unsigned int i) { return i == 0 ? &head_ : at(i - 1); }
 
 int ERIsvSlist::containsReference(const ERIsvSlink* link) const {
-    for (const ERIsvSlink* walked = head_.next; walked != &tail_; walked = walked->next)
-        if (walked == link) return 1;
+    for (const ERIsvSlink* own = head_.next; own != &tail_; own = own->next)
+        if (own == link) return 1;
     return 0;
 }
 
 ERIsvSlink* ERIsvSlist::findLeftIsv(const ERIsvSlink* link) {
-    for (ERIsvSlink* walked = &head_; walked != &tail_; walked = walked->next)
-        if (walked->next == link) return walked;
+    for (ERIsvSlink* left = &head_; left != &tail_; left = left->next)
+        if (left->next == link) return left;
     return nullptr;
 }
 
 ERIsvSlink* ERIsvSlist::removeReference(ERIsvSlink* link) {
-    tail_.next = link;  // stops the search
+    tail_.next = link;  // so that the search ends when the link is not in the list
     ERIsvSlink* left = &head_;
     while (left->next != link) left = left->next;
     tail_.next = &tail_;

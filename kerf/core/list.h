@@ -13,13 +13,13 @@
 // Linked lists. In an intrusive list the elements derive from the link; the list never owns them.
 // The typed lists ERTValDlist and ERTPtrDlist own links that carry a value or a pointer.
 //
-// Every list keeps two sentinels in its header, one before the first element and one behind the
-// last, so that no pointer in a list is null and no operation has a special case for the ends.
-// Indices are the caller's duty; walking them is linear.
+// Every list has two sentinels in its header, one before the first element and one after the last, so
+// that no pointer in a list is null and no operation has a special case for the ends. Indices must be
+// valid; reaching one takes linear time.
 namespace kerf {
 
-/// The base of what lives in a double list. A copy of an element is in no list, and assigning to an
-/// element leaves it where it is.
+/// The base of the elements of a double list. A copy of an element is in no list; an element that is
+/// assigned to stays where it is.
 struct ERIsvDlink {
     ERIsvDlink* next = nullptr;
     ERIsvDlink* prev = nullptr;
@@ -29,7 +29,7 @@ struct ERIsvDlink {
     ERIsvDlink& operator=(const ERIsvDlink&) { return *this; }
 };
 
-/// The base of what lives in a single list; copies as for ERIsvDlink.
+/// The base of the elements of a single list; copies as for ERIsvDlink.
 struct ERIsvSlink {
     ERIsvSlink* next = nullptr;
 
@@ -38,7 +38,8 @@ struct ERIsvSlink {
     ERIsvSlink& operator=(const ERIsvSlink&) { return *this; }
 };
 
-/// An intrusive double list. Removing answers the link taken out; who puts a link in takes it out.
+/// An intrusive double list. What removes a link returns it.
+/// Ownership: the links belong to the caller. One that is in a list must not be destroyed.
 class KERF_EXPORT ERIsvDlist {
 public:
     ERIsvDlist() { clear(); }
@@ -57,7 +58,7 @@ public:
     void insertAt(unsigned int i, ERIsvDlink* link);
     ERIsvDlink* removeAt(unsigned int i) { return removeReference(at(i)); }
     int containsReference(const ERIsvDlink* link) const;
-    /// Takes the link out without looking whether it is in this list; null for null.
+    /// Takes the link out, without a test that it is in this list; null for null.
     ERIsvDlink* removeReference(ERIsvDlink* link) {
         if (link == nullptr) return nullptr;
         link->prev->next = link->next;
@@ -76,7 +77,7 @@ public:
     void prepend(ERIsvDlink* link) { insertAfterLink(&head_, link); }
     void append(ERIsvDlink* link) { insertAfterLink(tail_.prev, link); }
 
-    /// Makes the list empty; the elements are neither freed nor touched.
+    /// Makes the list empty; the elements are left as they are.
     void clear() {
         head_.next = &tail_;
         head_.prev = &head_;
@@ -86,7 +87,7 @@ public:
     }
 
 protected:
-    /// The first link, or the sentinel behind the last when there is none.
+    /// The first link, or the sentinel after the last when there is none.
     ERIsvDlink* beginLink() const { return head_.next; }
     ERIsvDlink* endLink() const { return tail_.next; }
     /// Appends all elements of another list, which is empty afterwards.
@@ -101,7 +102,7 @@ private:
 };
 
 /// An intrusive single list, with the operations of ERIsvDlist. Removing by reference or by index
-/// searches the predecessor from the front.
+/// searches for the predecessor from the front.
 class KERF_EXPORT ERIsvSlist {
 public:
     ERIsvSlist() { clear(); }
@@ -150,7 +151,7 @@ public:
     }
 
 protected:
-    /// The first link, or the sentinel behind the last when there is none.
+    /// The first link, or the sentinel after the last when there is none.
     ERIsvSlink* beginLink() const { return head_.next; }
     ERIsvSlink* endLink() const { return tail_.next; }
 
@@ -165,16 +166,16 @@ private:
     unsigned int count_;
 };
 
-/// A position in a double list: on an element, or on the sentinel before the first (where a fresh
-/// iterator stands) or behind the last. Moves answer the link arrived at, null on a sentinel. It
-/// stays valid while others change the list, as long as its own element is not taken out.
+/// A position in a double list: on an element, on the sentinel before the first, where a new iterator
+/// begins, or on the sentinel after the last. A move returns the link it leads to, null on a sentinel.
+/// Lifetime: valid until its own element is taken out by other means.
 class KERF_EXPORT ERIsvDlistIterator {
 public:
-    explicit ERIsvDlistIterator(ERIsvDlist& walked) : list_(&walked), link_(&walked.head_) {}
+    explicit ERIsvDlistIterator(ERIsvDlist& list) : list_(&list), link_(&list.head_) {}
 
     void reset() { link_ = &list_->head_; }
-    void reset(ERIsvDlist& walked) {
-        list_ = &walked;
+    void reset(ERIsvDlist& list) {
+        list_ = &list;
         reset();
     }
 
@@ -196,10 +197,10 @@ public:
     int atFirst() const { return onElement() && link_ == list_->head_.next; }
     int atLast() const { return onElement() && link_ == list_->tail_.prev; }
 
-    /// Inserts behind the position, which stays; from behind the last element, at the end.
+    /// Inserts after the position, which stays; past the last element, at the end.
     void insertAfterPoint(ERIsvDlink* inserted);
-    /// Takes the element out and moves to the one before it, so that the next step forward arrives
-    /// at the one behind it. Null on a sentinel.
+    /// Takes the element out and moves to the one before it, so that the next step forward leads to
+    /// the one after it. Null on a sentinel.
     ERIsvDlink* remove();
 
 private:
@@ -212,11 +213,11 @@ private:
 /// A position in a single list; as ERIsvDlistIterator, forward only.
 class KERF_EXPORT ERIsvSlistIterator {
 public:
-    explicit ERIsvSlistIterator(ERIsvSlist& walked) : list_(&walked), link_(&walked.head_) {}
+    explicit ERIsvSlistIterator(ERIsvSlist& list) : list_(&list), link_(&list.head_) {}
 
     void reset() { link_ = &list_->head_; }
-    void reset(ERIsvSlist& walked) {
-        list_ = &walked;
+    void reset(ERIsvSlist& list) {
+        list_ = &list;
         reset();
     }
 
@@ -233,7 +234,7 @@ public:
     int atLast() const { return onElement() && link_ == list_->lastElement_; }
 
     void insertAfterPoint(ERIsvSlink* inserted);
-    /// As for the double list; the predecessor is searched from the front.
+    /// As for the double list; searches for the predecessor from the front.
     ERIsvSlink* remove();
 
 private:
@@ -329,8 +330,8 @@ struct ERTPtrDlink : ERIsvDlink, ERMemoryPool {
     explicit ERTPtrDlink(T* v) : value(v) {}
 };
 
-/// What ERTValDlist and ERTPtrDlist share: a list that owns its links, which come from the pools of
-/// the thread. Copying copies the values, moving takes the links over.
+/// The common part of ERTValDlist and ERTPtrDlist: a list that owns its links, which come from the
+/// pools of the thread. Copying copies the values; moving takes the links over.
 template <class Link>
 class ERTOwningDlist : protected ERTIsvDlist<Link> {
     using Links = ERTIsvDlist<Link>;
@@ -354,12 +355,12 @@ public:
         KERF_CHECK_ARGUMENT(i <= entries());
         Links::insertAt(i, new Link(std::move(value)));
     }
-    /// Answers the value taken out.
+    /// Takes the value out and returns it.
     Value removeAt(unsigned int i) {
         const std::unique_ptr<Link> removed(Links::removeAt(i));
         return std::move(removed->value);
     }
-    /// Answers the position behind the element taken out.
+    /// Returns the position after the element taken out.
     iterator erase(const_iterator position) {
         ERIsvDlink* const next = position.link()->next;
         delete static_cast<Link*>(ERIsvDlist::removeReference(position.link()));
@@ -390,7 +391,7 @@ protected:
     static_assert(alignof(Link) <= 2 * sizeof(void*), "the pools align to two words");
 
     ERTOwningDlist() = default;
-    // Delegating, so that a copy that throws halfway frees what it has.
+    // Delegates, so that a copy that throws halfway frees what it has made.
     ERTOwningDlist(const ERTOwningDlist& other) : ERTOwningDlist() {
         for (const Value& value : other) append(value);
     }
@@ -412,7 +413,7 @@ protected:
 };
 
 /// A list of values.
-/// Stored form: an int count, then the elements; nothing when T has no file form.
+/// Storage: an int count, then the elements; nothing when T has no file form.
 template <class T>
 class ERTValDlist : public ERTOwningDlist<ERTValDlink<T>> {
 public:
@@ -425,7 +426,8 @@ public:
 
     virtual ERULong binaryStoreSize() const;
     virtual void saveGuts(ERFile& file) const;
-    /// Replaces the contents. A count that the file cannot hold reads as 0.
+    /// Replaces the contents.
+    /// Damage: a count that the file cannot hold reads as 0.
     virtual void restoreGuts(ERFile& file);
 };
 
@@ -466,9 +468,9 @@ void ERTValDlist<T>::restoreGuts([[maybe_unused]] ERFile& file) {
         this->clear();
         const unsigned int stored = restoreCount<T>(file);
         for (unsigned int i = 0; i < stored; ++i) {
-            // An element may take more than its least: a count that proves wrong ends the reading.
-            constexpr unsigned int looksEvery = 256;
-            if (i != 0 && i % looksEvery == 0 && !canHold<T>(file, stored - i)) return;
+            // Elements may take more than their fewest bytes: a count that turns out wrong ends here.
+            constexpr unsigned int checkInterval = 256;
+            if (i != 0 && i % checkInterval == 0 && !canHold<T>(file, stored - i)) return;
             auto link = std::make_unique<ERTValDlink<T>>();
             restoreElements(file, &link->value, 1);
             this->appendLink(std::move(link));

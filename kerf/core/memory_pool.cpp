@@ -13,8 +13,8 @@ namespace {
 
 constexpr unsigned int waitingItemsOfThreadPools = 1024;
 
-// The header of a block from the general heap: two words keep the object aligned as the heap
-// aligns.
+// The header of a block from the general heap. Two words, so that the object keeps the alignment of
+// the heap.
 constexpr std::size_t heapHeader = 2 * sizeof(void*);
 
 }  // namespace
@@ -115,7 +115,7 @@ void* ERMemoryPool::operator new(std::size_t objectSize, int count) {
 
 void* ERMemoryPool::allocateFromHeap(std::size_t objectSize) {
     constexpr std::size_t most = std::numeric_limits<std::size_t>::max();
-    // A size that wraps is asked for as it is, and refused by the heap in its own way.
+    // A size that would wrap goes to the heap without the header, and the heap refuses it.
     const std::size_t blockSize =
         objectSize > most - heapHeader ? objectSize : objectSize + heapHeader;
     unsigned char* const block = static_cast<unsigned char*>(::operator new(blockSize));

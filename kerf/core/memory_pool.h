@@ -4,26 +4,33 @@
 
 #include "kerf/platform/config.h"
 
-// Pools of small objects: fixed-size items carved out of chunks of 4096 bytes, recycled through a
-// list of waiting items. The links of all lists come from here.
+// Pools of small objects: items of one size cut from chunks of 4096 bytes. Freed items wait in a list
+// to be used again. The links of all lists come from here.
 //
-// Sizes are named as for a 4-byte pointer, whatever the pointer of the build: a request, the index
-// of its pool and the item size of that pool are the same everywhere. What an item really takes in
-// its chunk follows from the build's word through chunkSlotSize.
+// Item sizes are those of a build with 4-byte pointers, on every platform: the pool that serves a
+// request, and the item size of that pool, do not depend on the pointer. chunkSlotSize gives the bytes
+// that such an item takes in this build.
+//
+// Threads: a pool belongs to one thread at a time and takes no lock.
 namespace kerf {
 
 class ERMemPool;
 
-/// The bytes that a chunk spends on one item: the back pointer, then the item, whose header word
-/// grows with the word. An object behind that header is aligned to two words if it can be that
-/// large, so to 16 bytes with a word of 8 and to 8 bytes with a word of 4.
+/// The bytes of one slot of a chunk, for a pointer ("word") of wordSize bytes:
+///
+///     pointer to the chunk   1 word
+///     item                   itemSize bytes for a word of 4, 4 more for a word of 8: it begins with
+///                            the object's header, a word, and the object follows
+///
+/// The slot is rounded up so that the object is aligned to two words, or to one word when it is
+/// smaller than two.
 constexpr std::size_t chunkSlotSize(std::size_t itemSize, std::size_t wordSize = sizeof(void*)) {
     const std::size_t natural = wordSize + itemSize + (wordSize - 4);
     const std::size_t alignment = itemSize >= 4 + 2 * wordSize ? 2 * wordSize : wordSize;
     return (natural + alignment - 1) / alignment * alignment;
 }
 
-/// The slots of a chunk for items of that size; 0 when not even one fits.
+/// The number of slots in a chunk for items of that size; 0 when not even one fits.
 constexpr unsigned int chunkSlots(std::size_t itemSize, std::size_t wordSize = sizeof(void*)) {
     constexpr std::size_t chunkSize = 4096;
     const std::size_t header = 16 + 4 * wordSize;
@@ -31,24 +38,23 @@ constexpr unsigned int chunkSlots(std::size_t itemSize, std::size_t wordSize = s
     return static_cast<unsigned int>((chunkSize - header) / chunkSlotSize(itemSize, wordSize));
 }
 
-/// A chunk: one allocation of 4096 bytes that starts with this header, the slots behind it. Each
-/// slot is a pointer back to the chunk, followed by the item. A free item holds the link to the
-/// next one.
+/// A chunk: one allocation of 4096 bytes, with this header first and the slots after it. Each slot is
+/// a pointer to the chunk and then the item. A free item holds the pointer to the next one.
 class KERF_EXPORT ERChunk {
 public:
     static constexpr std::size_t size = 4096;
 
-    /// An empty chunk for items of that size, put in front of `next` (null for none) in its chain.
+    /// An empty chunk for items of that size, placed before `next`, which may be null, in its chain.
     ERChunk(unsigned int itemSize, ERChunk* next, ERMemPool* pool);
     ERChunk(const ERChunk&) = delete;
     ERChunk& operator=(const ERChunk&) = delete;
 
-    /// The item size plus 4: an item and its back pointer as for a 4-byte pointer. What they take
-    /// in this build is chunkSlotSize(itemSize()).
+    /// The item size plus 4, which is a slot in a build with 4-byte pointers. In this build a slot
+    /// takes chunkSlotSize(itemSize()) bytes.
     unsigned int sizeOfBlock() const { return itemSize_ + 4; }
-    /// 1 when p lies between the first slot and the end of the last, used or not.
+    /// 1 when p lies in one of the slots, used or not.
     int IsInBound(const void* p) const;
-    /// An item for use, or null. A chunk leaves its last slot unused, unless it is the only one.
+    /// An item for use, or null. The last slot of a chunk stays unused, unless it is the only one.
     void* GetNextFreeItem() {
         if (freeItems_ == nullptr) return carve();
         FreeLink* const item = freeItems_;
@@ -56,19 +62,19 @@ public:
         ++live_;
         return item;
     }
-    /// Takes an item back. The chunk unlinks and deletes itself with its last item in use.
+    /// Takes an item back. A chunk without an item in use unlinks and deletes itself.
     void FreeItem(void* item) {
         freeItems_ = ::new (item) FreeLink{freeItems_};
         if (--live_ == 0) unlinkAndDelete();
     }
     ERChunk* GetPrevious() const { return previous_; }
     ERChunk* GetNext() const { return next_; }
-    /// Leaves the chain of the pool and frees the chunk, whatever is still in use.
+    /// Takes the chunk out of the pool's chain and frees it, even with items in use.
     void unlinkAndDelete();
 
     unsigned int itemSize() const { return itemSize_; }
     unsigned int capacity() const { return capacity_; }  ///< slots
-    unsigned int used() const { return used_; }          ///< slots ever carved
+    unsigned int used() const { return used_; }          ///< slots that were ever used
     /// Items in use, those waiting in the pool included.
     unsigned int live() const { return live_; }
     ERMemPool* pool() const { return pool_; }
@@ -86,7 +92,7 @@ private:
         FreeLink* next;
     };
 
-    // An item from the slots that were never used.
+    // An item in a slot that was never used.
     void* carve() {
         const bool full = capacity_ > 1 ? used_ + 1 == capacity_ : used_ == capacity_;
         if (full) return nullptr;
@@ -109,21 +115,19 @@ private:
 
 static_assert(sizeof(ERChunk) == 16 + 4 * sizeof(void*));
 
-/// A pool of items of one size. Freed items wait for the next request; when more than a limit wait,
-/// all of them go back to their chunks, and chunks without an item in use go back to the heap.
-///
-/// A pool belongs to one thread at a time and takes no lock. Running out of memory comes as the
-/// exception of the general heap.
+/// A pool of items of one size. Freed items wait for the next request. When more of them wait than a
+/// limit allows, all go back to their chunks, and chunks without an item in use are freed.
+/// Failure: without memory, the exception of the general heap.
 class KERF_EXPORT ERMemPool {
 public:
     static constexpr unsigned int unlimited = 0xFFFFFFFFu;
 
     /// A pool for objects of `size` bytes that are made by `new (pool) X`: its items are 4 bytes
-    /// larger, for the header of the object. At least one item must fit a chunk. Of freed items,
-    /// `maxFree` may wait: 0 lets none wait, `unlimited` all.
+    /// larger, for the header of the object. At least one item must fit a chunk. At most `maxFree`
+    /// freed items wait: none for 0, all for `unlimited`.
     ERMemPool(unsigned int size, unsigned int maxFree);
-    /// The next pool of a thread's array: items of 4, 8, 12 ... bytes in the order of construction
-    /// since resetSizeCounter(), 1024 waiting items.
+    /// The next pool of a thread's array: the pools built after resetSizeCounter() have items of 4, 8,
+    /// 12 ... bytes in the order of their construction. At most 1024 freed items wait.
     ERMemPool();
     ~ERMemPool() { purge(); }
     ERMemPool(const ERMemPool&) = delete;
@@ -150,8 +154,8 @@ public:
 
     /// Gives all waiting items back to their chunks.
     void collateFreeSpace();
-    /// Frees every chunk, whatever is still in use: objects of this pool are gone without their
-    /// destructors. The pool can be used on.
+    /// Frees every chunk: objects still in use are gone without a call of their destructors. The pool
+    /// can be used again.
     void purge();
 
     unsigned int itemSize() const { return itemSize_; }
@@ -159,8 +163,8 @@ public:
     unsigned int freeCount() const { return freeCount_; }  ///< waiting items
     ERChunk* chunks() const { return chunks_; }            ///< the newest chunk or null
 
-    /// Starts the item sizes of the default constructor again at 4. Not to be called by two threads
-    /// at a time, nor beside the default constructor.
+    /// Makes the default constructor begin again with items of 4 bytes.
+    /// Threads: neither this nor the default constructor may run in two threads at once.
     static void resetSizeCounter();
 
     static ERMemPool* m_sLastPool;  ///< nothing in the library reads or sets it
@@ -182,17 +186,16 @@ private:
     ERChunk::FreeLink* freeList_ = nullptr;
 };
 
-/// Base class of small objects: new takes them from the pools of the calling thread, or from the
-/// general heap from 188 bytes on, and where a thread that ends has no pools any more. Objects are
-/// aligned to two words (16 or 8 bytes).
-///
-/// An object may be deleted in any thread that has no concurrent user of the pool it came from, and
-/// must not outlive the thread that made it.
+/// The base of small objects: `new` takes them from the pools of the calling thread. Objects of 188
+/// bytes and more come from the general heap, and so do those of a thread that is ending and has no
+/// pools any more. Objects that are as large as two words are aligned to two words, 16 or 8 bytes.
+/// Lifetime: an object must be deleted before the thread that made it ends.
+/// Threads:  any thread may delete it, while no other thread uses the pool that it came from.
 class KERF_EXPORT ERMemoryPool {
 public:
     /// The pools of a thread, at the indices 0 to poolCount - 1.
     static constexpr unsigned int poolCount = 48;
-    /// The index of the pool for objects of that size; from poolCount on they come from the heap.
+    /// The index of the pool for objects of that size; poolCount and more stand for the heap.
     static constexpr std::size_t poolIndex(std::size_t objectSize) { return objectSize / 4 + 1; }
 
     static void* operator new(std::size_t objectSize);

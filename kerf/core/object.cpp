@@ -11,10 +11,9 @@ namespace kerf {
 
 namespace {
 
-// Blocks that the new of ERObject has handed out and no constructor has claimed yet. The depth is
-// that of nested new expressions; a block that is released without construction leaves with it.
-// When more than the array holds are pending, the oldest is forgotten: its object reads as not on
-// the heap.
+// The blocks that the `new` of ERObject has allocated and no constructor has claimed yet: one for each
+// new expression in progress. A block that is freed without construction is taken out. When the array
+// is full the oldest block is dropped, and its object will count as not on the heap.
 class PendingBlocks {
 public:
     void add(void* begin, std::size_t size) {
@@ -25,7 +24,7 @@ public:
         blocks_[count_++] = {static_cast<char*>(begin), static_cast<char*>(begin) + size};
     }
 
-    /// Takes out the block that `address` lies in; false when there is none.
+    // Takes out the block that `address` lies in; false when there is none.
     bool claim(const void* address) {
         const char* const place = static_cast<const char*>(address);
         const std::less_equal<const char*> notAfter;
@@ -142,10 +141,10 @@ void* ERObject::operator new(std::size_t size) {
 
 void* ERObject::operator new(std::size_t size, const char*, int) { return operator new(size); }
 
-void* ERObject::operator new(std::size_t size, ERObjectDataBase* target) {
+void* ERObject::operator new(std::size_t size, ERObjectDataBase* database) {
     void* const memory = operator new(size);
     m_NextAllocationOnDatabase = 1;
-    m_DatabaseForNextAllocation = target;
+    m_DatabaseForNextAllocation = database;
     return memory;
 }
 
@@ -156,7 +155,7 @@ void ERObject::operator delete(void* memory) {
 
 void ERObject::operator delete(void* memory, const char*, int) { operator delete(memory); }
 
-// The constructor that the hand-over was meant for has not run to its end.
+// Called when the construction ended in an exception: the hand-over must not reach another object.
 void ERObject::operator delete(void* memory, ERObjectDataBase*) {
     m_NextAllocationOnDatabase = 0;
     m_DatabaseForNextAllocation = nullptr;
@@ -167,7 +166,7 @@ void ER_assert(const void* text, const char* file, int line) {
     char message[256];
     std::snprintf(message, sizeof message, "Erreur : %s \n Fichier %s Ligne %d",
                   static_cast<const char*>(text), file, line);
-    // Keeps the text in memory for a debugger that stops here.
+    // Keeps the compiler from leaving out the text, for a debugger that stops here.
     [[maybe_unused]] const volatile char* const seen = message;
 }
 

@@ -7,6 +7,11 @@
 #include "kerf/platform/config.h"
 #include "kerf/platform/root_object.h"
 
+// Threads: the library starts no threads. An object, a container or a string, and whatever shares its
+// storage, is used by one thread at a time: counts of owners are not atomic. Free blocks and pools
+// belong to their thread and need no lock. Work on databases belongs to one thread at a time in the
+// whole process, since ERObject::theCurrentDataBase and the hand-over of an allocation to a database
+// are process-wide.
 namespace kerf {
 
 class CArchive;
@@ -18,16 +23,14 @@ class t_SmartPtr;
 
 /// The root of everything that is stored, cloned, printed or cast by its run-time class.
 ///
-/// Identity:  an object is born free (ID -1, no database, clean). Save attaches it to a database
-///            and makes it clean, Delete frees it again; a copy, and an object that is assigned to,
-///            have no identity. A class that changes a stored object calls setDirty().
-/// Ownership: counted by ERReference; t_SmartPtr deletes the object with the last reference.
-///            Objects that no smart pointer ever held are deleted by their owner. The database is not
+/// A new object has no identity: its ID is -1, it has no database and is clean. Save attaches it to a
+/// database and makes it clean; Delete detaches it. A copy, and an object that is assigned to, have no
+/// identity. A class that changes a stored object calls setDirty().
+/// Ownership: counted by ERReference; t_SmartPtr deletes the object with the last reference. An
+///            object that no smart pointer ever held is deleted by its owner. The database is not
 ///            owned.
-/// Storage:   binaryStoreSize() is exactly what saveGuts writes; a derived class calls its base
-///            first in all three operations.
-/// Threads:   one thread at a time for an object; the static hand-over and theCurrentDataBase make
-///            work on databases single-threaded in the whole process.
+/// Storage:   binaryStoreSize() is the number of bytes that saveGuts writes. A derived class calls
+///            its base first in saveGuts, restoreGuts and binaryStoreSize.
 class KERF_EXPORT ERObject : public CObject, public ERReference {
     ER_OBJECT_CLASS_RECORDS(ERObject)
 
@@ -47,11 +50,11 @@ class KERF_EXPORT ERObject : public CObject, public ERReference {
     static ERObject& castdown(ERObject& object) { return object; }
     static const ERObject& castdown(const ERObject& object) { return object; }
 
-    /// A new heap copy, owned by the caller, without identity. The body in ERObject answers null.
+    /// A new heap copy, owned by the caller, without identity. The body in ERObject returns null.
     virtual ERObject* getCopy() const = 0;
     virtual int isKindOf(const ERClassRegistration* c) const;
-    /// True only for exactly the object's class: the question goes to c's list of members, which
-    /// all classes leave empty. Callers rely on it.
+    /// Kept: 1 for the object's own class only. c's list of members is searched, not that of its
+    ///       bases, and every class leaves it empty.
     virtual int isMemberOf(const ERClassRegistration* c) const;
     virtual int isValid() const;
     /// Readable text of the object. The body in ERObject writes nothing.
@@ -61,16 +64,17 @@ class KERF_EXPORT ERObject : public CObject, public ERReference {
     virtual ERULong binaryStoreSize() const;
     /// Drops cached helper objects, where a class keeps some.
     virtual void CleanUpTemporaries(int level);
-    /// Frees the record in the database. 0 for a free object or a record that is not there; the
-    /// object in memory lives on.
+    /// Deletes the record in the database; the object in memory stays. Returns 0 for an object without
+    /// a database or a record that is not there.
     virtual int Delete();
-    /// Stores the object: in `target` when it is given and not the object's own database, else in
-    /// its own database if the object is dirty. 0 when there is no database at all, or when the
-    /// database could not take the record: the object then keeps its former ID and database and
-    /// stays dirty. An object is dirty until its record is complete, which callers rely on: a ring
-    /// of references between dirty objects is followed until the stack is short, and not saved.
+    /// Stores the object in `target` when that is given and is not the object's own database; else in
+    /// its own database, if the object is dirty.
+    /// Failure: 0 without any database, or when the database could not take the record. The object
+    ///          then keeps its former ID and database and stays dirty.
+    /// Kept: an object stays dirty until its record is complete, so a ring of references between dirty
+    ///       objects is followed until the stack is short, and is not saved.
     virtual int Save(ERObjectDataBase* target);
-    /// Reads nothing: answers whether an ID and a database are known, from the arguments or the
+    /// Reads nothing: returns 1 when an ID and a database are known, each from the arguments or the
     /// object.
     virtual int Load(ERLong id, ERObjectDataBase* source);
 
@@ -78,7 +82,7 @@ class KERF_EXPORT ERObject : public CObject, public ERReference {
     ERObjectDataBase* Database() const { return database_; }
     void setDirty() { dirty_ = 1; }
     int isDirty() const { return dirty_; }
-    /// 1 for an object built by the new of ERObject, 0 for any other.
+    /// 1 for an object built by the `new` of ERObject, 0 for any other.
     int isOnTheHeap() const { return onTheHeap_; }
 
     /// Hands an invalid object's class name to ER_assert.
@@ -88,15 +92,14 @@ class KERF_EXPORT ERObject : public CObject, public ERReference {
     /// record of its own in theCurrentDataBase when it is new or dirty, and its ID goes to the
     /// file.
     void recursiveSaveOn(ERFile& file);
-    /// Reads such a reference and builds the object; null for an ID that the database does not
-    /// hold.
+    /// Reads such a reference and builds the object; null for an ID that the database does not have.
     static t_SmartPtr<ERObject> recursiveRestoreFrom(ERFile& file);
-    /// What a reference takes in the referring record.
+    /// The bytes of a reference in the referring record.
     ERULong recursiveStoreSize() const { return 4; }
 
     static void* operator new(std::size_t size);
     static void* operator new(std::size_t size, const char* file, int line);
-    /// The next ERObject built stores itself in the database as a bare ERObject.
+    /// The next ERObject that is built stores itself in the database, as a plain ERObject.
     static void* operator new(std::size_t size, ERObjectDataBase* database);
     static void operator delete(void* memory);
     static void operator delete(void* memory, const char* file, int line);
@@ -123,8 +126,8 @@ private:
     int onTheHeap_;
 };
 
-/// Formats "Erreur : %s \n Fichier %s Ligne %d" into a local buffer of 256 bytes and returns: a
-/// place for a debugger to stop at, which neither prints nor throws.
+/// A place for a debugger to stop at: formats "Erreur : %s \n Fichier %s Ligne %d" into a local
+/// buffer of 256 bytes, and neither prints nor throws.
 KERF_EXPORT void ER_assert(const void* text, const char* file, int line);
 
 KERF_EXPORT std::ostream& operator<<(std::ostream& os, const ERObject& object);

@@ -5,10 +5,10 @@
 
 #include "kerf/platform/config.h"
 
-// Vectors of pointers. None of them owns what the pointers point to. Indices are the caller's duty.
+// Vectors of pointers. None of them owns what the pointers point to. Indices must be valid.
 namespace kerf {
 
-/// A vector of pointers that owns its array; a size of 0 has none.
+/// A vector of pointers that owns its array; with size 0 it has none.
 class KERF_EXPORT ERPtrVector {
 public:
     ERPtrVector() = default;
@@ -33,9 +33,9 @@ public:
     void** data() { return array_; }
     void* const* data() const { return array_; }
 
-    /// Changes the size; what is added is not initialised.
+    /// Changes the size; new elements are not initialised.
     void reshape(unsigned int n);
-    /// Changes the size; what is added is null.
+    /// Changes the size; new elements are null.
     void resize(unsigned int n);
 
 protected:
@@ -46,7 +46,7 @@ private:
     void** array_ = nullptr;
 };
 
-/// An element of an ERTPtrVector: reads as a T * and takes one.
+/// An element of an ERTPtrVector, to be read and assigned as a T*.
 template <class T>
 class ERTPtrRef {
 public:
@@ -65,7 +65,7 @@ private:
     void*& slot_;
 };
 
-/// The iterator of the typed pointer vectors; answers the pointers by value.
+/// The iterator of the typed pointer vectors; returns the pointers by value.
 template <class T>
 class ERTPtrPosition {
 public:
@@ -111,8 +111,8 @@ public:
 
 namespace detail {
 
-// Moves the pointers from p on up by one; grows the array by 64 when all of it is in use. These
-// vectors live shortly: a constant step wastes least.
+// Moves the pointers from p on up by one, after making room for 64 more when the array is full. These
+// vectors are small and live shortly: a constant step wastes least.
 KERF_EXPORT void openPosition(ERPtrVector& storage, unsigned int entries, unsigned int p);
 // Moves the pointers from p + n on down by n.
 KERF_EXPORT void closePositions(ERPtrVector& storage, unsigned int entries, unsigned int p,
@@ -148,7 +148,7 @@ public:
         storage_[p] = pointer;
         ++entries_;
     }
-    /// Answers the pointer taken out.
+    /// Takes the pointer out and returns it.
     T* removeAt(unsigned int p) {
         T* const removed = (*this)[p];
         removeRange(p, 1);
@@ -171,22 +171,22 @@ private:
     unsigned int entries_ = 0;
 };
 
-/// Pointers in the order of T's `operator<`. Two keys are equal when neither is less; equal keys
-/// keep the order of arrival. Who puts a pointer at a position by hand, or changes a key, keeps the
+/// Pointers in the order of T's `operator<`. Two keys are equal when neither is less; equal keys stay
+/// in the order in which they came. Callers that insert at a position, or change a key, must keep the
 /// order.
 template <class T>
 class ERTPtrSortedVector : public ERTPtrOrderedVector<T> {
 public:
     using ERTPtrOrderedVector<T>::ERTPtrOrderedVector;
 
-    /// The position of the first equal key, all ones when there is none.
+    /// The position of the first equal key; all ones when there is none.
     virtual unsigned int index(const T* key) const;
-    /// Puts the pointer behind all equal keys.
+    /// Inserts the pointer after all equal keys.
     virtual void insert(T* pointer);
     virtual unsigned int occurrencesOf(const T* key) const;
-    /// Takes the first of equal keys out and answers it; null when there is none.
+    /// Takes out the first equal key and returns it; null when there is none.
     virtual T* remove(const T* key);
-    /// Takes all equal keys out and answers how many they were.
+    /// Takes out all equal keys and returns their number.
     virtual unsigned int removeAll(const T* key);
 
 private:

@@ -3,25 +3,24 @@
 
 namespace kerf {
 
-/// The intrusive count of owners, kept as owners minus one: a new object holds all ones and needs
-/// no first increment. Nothing here frees anything; who drops the last reference does (see
-/// t_SmartPtr). The count is not atomic: an object stays in one thread or under the caller's lock.
+/// The intrusive count of owners, stored as owners minus one: all ones in a new object.
+/// Ownership: nothing is freed here. Whoever drops the last reference frees the object, as t_SmartPtr
+///            does.
+/// Threads:   the count is not atomic: an object stays in one thread or under a lock of the caller's.
 class KERF_EXPORT ERReference {
 public:
     explicit ERReference(int owners = 0) : count_(static_cast<ERULong>(owners) - 1) {}
-    /// Copies the count as it stands.
+    /// Kept: both copy the count of owners too. The copy and the assignment of ERObject do not.
     ERReference(const ERReference&) = default;
-    /// Copies the count as it stands; callers rely on it. The assignment of ERObject leaves it
-    /// alone.
     ERReference& operator=(const ERReference&) = default;
 
-    /// The number of owners; 0 for an object that nobody holds.
+    /// The number of owners; 0 in a new object.
     unsigned int references() const { return count_ + 1; }
 
     void addReference() const { ++count_; }
 
-    /// Returns the count before the decrement, in its stored form: 0 exactly when the last
-    /// reference has just been dropped.
+    /// Drops one reference. Returns the stored count from before, owners minus one: 0 exactly when
+    /// this was the last reference.
     unsigned int removeReference() const { return count_--; }
 
 private:

@@ -7,14 +7,13 @@
 #include <cstring>
 #include <vector>
 
-// A compiled pattern is a row of items, ended by a 0. An item is one byte that stands for itself,
-// or
-// `[` with a set of 16 bytes behind it. A repetition stands before the item that it applies to:
+// A compiled pattern is a row of items with a 0 at the end. An item is one byte that stands for itself,
+// or `[` followed by a set of 16 bytes. A repetition comes before the item that it applies to:
 //
 //     ab*[c]d   'a' '*' 'b' '[' <16 bytes> 'd' 0
 //
-// Every `[` of a pattern has its 16 bytes, an escaped one too: without them it could not be told
-// from a set, and its reader would run past the end.
+// An escaped `[` is followed by 16 bytes too. A reader cannot tell it from the beginning of a set, and
+// would read past the end of the pattern.
 
 namespace kerf {
 
@@ -28,8 +27,8 @@ int itemSize(unsigned char firstByte) { return firstByte == '[' ? 1 + setSize : 
 
 class CharacterSet {
 public:
-    // Only the low eight bits of the shift have a place in a byte, so a character whose low four
-    // bits are 8 or more is in no set. Callers rely on it.
+    // Kept: a byte has room for the bits 0 to 7 only, so a character whose low four bits are 8 or
+    // more, such as h to o, never is in a set.
     void add(unsigned int c) { bytes_[c >> 4] |= static_cast<unsigned char>(1u << (c & 15u)); }
     void addRange(unsigned int a, unsigned int b) {
         for (unsigned int c = std::min(a, b); c <= std::max(a, b); ++c) add(c);
@@ -43,7 +42,7 @@ private:
     std::array<unsigned char, setSize> bytes_{};
 };
 
-// Writes items as far as they fit, with the 0 that ends the pattern.
+// Writes items as long as they fit, and the 0 at the end.
 class PatternWriter {
 public:
     PatternWriter(unsigned char* pattern, int size) : pattern_(pattern), size_(size) {}
@@ -82,7 +81,7 @@ private:
     unsigned char* pattern_;
     int size_;
     int used_ = 0;
-    int item_ = 0;  // where the last item begins, behind its repetition
+    int item_ = 0;  // where the last item begins, after its repetition
     bool full_ = false;
 };
 
@@ -93,7 +92,8 @@ int hexDigit(char c) {
     return -1;
 }
 
-// Takes one character, or what an escape stands for, from a text that is not at its end.
+// Takes one character, or an escape, off the front of a text that is not empty, and returns the
+// character that it means.
 unsigned char takeCharacter(const char*& text) {
     const auto c = static_cast<unsigned char>(*text++);
     if (c != '\\' || *text == '\0') return c;
@@ -136,7 +136,8 @@ unsigned char takeCharacter(const char*& text) {
     }
 }
 
-// Takes what stands between brackets, the closing one included; false when there is none.
+// Takes the members of a set and the closing bracket off the front of the text; false when the text
+// ends first.
 bool takeSet(const char*& text, CharacterSet& set) {
     const bool complemented = *text == '^';
     if (complemented) ++text;
@@ -180,14 +181,14 @@ ERCRegexp::statVal compilePattern(const char* text, unsigned char* pattern, int 
     return items.finish() ? ERCRegexp::ok : ERCRegexp::tooLong;
 }
 
-// One step of a match: a byte, and how often it may stand there.
+// One step of a match: a byte, and how often it may occur.
 struct Item {
     char repetition;  // 0 for exactly once
     char byte;        // the only byte that the item matches, for sets too
 };
 
-// Takes one item from a pattern that is not at its end; false when the end comes right behind a
-// repetition, as an escaped one may have it.
+// Takes one item off the front of a pattern that is not empty. Returns false when the pattern ends
+// after the repetition, which happens with an escaped one.
 bool takeItem(const unsigned char*& pattern, Item& item) {
     item.repetition = '\0';
     if (isRepetition(*pattern)) item.repetition = static_cast<char>(*pattern++);
@@ -197,8 +198,9 @@ bool takeItem(const unsigned char*& pattern, Item& item) {
     return true;
 }
 
-// Tries a pattern at one place after the other, going back from the farthest end of a repetition.
-// It does not go on for ever: after so many steps it gives up, having found out nothing.
+// Tries whether a pattern matches at a place: takes as many bytes as it can for a repetition, and fewer
+// while the rest of the pattern does not match. It gives up after a number of steps; whether the
+// pattern matches is then not known.
 class Backtracker {
 public:
     Backtracker(const char* textEnd, std::uint64_t steps) : end_(textEnd), steps_(steps) {}
@@ -219,7 +221,7 @@ public:
                     if (!here) return nullptr;
                     ++text;
                     break;
-                case '?':  // never given back
+                case '?':  // stays taken
                     if (here) ++text;
                     break;
                 default:
@@ -247,8 +249,8 @@ private:
     std::uint64_t steps_;
 };
 
-// The same answer for all places at once, in time (items x length): for each item, the last one
-// first, a row over the text tells where a match of the pattern from that item on would end.
+// The same search in time proportional to items x length. From the last item back to the first, it
+// computes for every place in the text where a match of the pattern from that item on would end.
 const char* matchByTable(const char* text, unsigned int length, const unsigned char* pattern,
                          const char** start) {
     constexpr unsigned int none = 0xFFFFFFFFu;
@@ -263,8 +265,8 @@ const char* matchByTable(const char* text, unsigned int length, const unsigned c
         items.push_back(item);
     }
 
-    // ends[i]: where a match from text + i on ends. The item before the row's may be worked in
-    // place, since it looks only at i and i + 1.
+    // ends[i]: the end of a match that begins at text + i. The next item can be worked in place, since
+    // it needs only the former values at i and i + 1.
     std::vector<unsigned int> ends(std::size_t{length} + 1, none);
     if (possible)
         for (unsigned int i = 0; i <= length; ++i) ends[i] = i;
@@ -312,7 +314,7 @@ const char* ermatchs(const char* text, unsigned int length, const unsigned char*
         return text;
     }
 
-    // A pattern that must begin with a certain byte is tried only where that byte stands.
+    // A pattern that must begin with a certain byte is tried only where that byte is.
     const unsigned char* rest = pattern;
     Item head{};
     const bool anchored =

@@ -8,19 +8,17 @@ namespace kerf {
 
 /// A compiled pattern: text in which `*`, `+` and `?` after a character repeat it.
 ///
-///     c*  as many c as there are, given back one by one when the rest does not match
+///     c*  as many c as there are, fewer when the rest of the pattern does not match after them
 ///     c+  the same, at least one
-///     c?  one c if it is there; it is not given back
+///     c?  one c if it is there; it stays taken even when the rest does not match after it
 ///     \   before b e f n r s t: backspace, escape, form feed, line feed, return, blank, tab;
 ///         before x: one or two hexadecimal digits; before ^: a control character; else the next
 ///         character for itself. An escaped `*`, `+` or `?` still repeats.
 ///
-/// `.`, `^`, `$` and `[...]` are compiled but have no special meaning in a match: each matches its
-/// own first character, so that a.c finds a dot and not the text abc. Callers rely on it: patterns
-/// are plain strings with repetitions.
-///
-/// Failure: nothing throws. A pattern that cannot be compiled finds nothing, and says why once in
-///          status().
+/// Kept:    `.`, `^`, `$` and `[...]` are compiled, but match only their own first character: `a.c`
+///          finds the text a.c and not abc. Only the repetitions have a meaning.
+/// Failure: nothing throws. A pattern that cannot be compiled finds nothing; status() returns the
+///          reason once.
 class KERF_EXPORT ERCRegexp {
 public:
     enum statVal {
@@ -39,12 +37,12 @@ public:
     ERCRegexp& operator=(const ERCString& text);
     ERCRegexp& operator=(const ERCRegexp& other);
 
-    /// The position in the whole string where the pattern first matches at `start` or behind it,
-    /// and the length of the match; ERCString::npos and 0 when it does not.
+    /// The position in the whole string where the pattern first matches, at `start` or after it, and
+    /// the length of the match; ERCString::npos and 0 when it does not match.
     unsigned int index(const ERCString& string, unsigned int* matchLength,
                        unsigned int start = 0) const;
 
-    /// How the last compilation went. Reading it sets it back to ok.
+    /// The outcome of the last compilation. Reading it sets it back to ok.
     statVal status();
 
 private:
@@ -56,15 +54,14 @@ private:
     statVal status_;
 };
 
-/// Compiles the text into `size` bytes at `pattern`, the closing 0 included. What fails leaves the
-/// pattern empty.
+/// Compiles the text into the `size` bytes at `pattern`, with a 0 at its end.
+/// Failure: the pattern is left empty.
 KERF_EXPORT ERCRegexp::statVal ermakepat(const char* text, unsigned char* pattern, int size);
 
-/// Looks for the first place where a pattern made by ermakepat matches. Returns the end of the
-/// match and stores where it begins, or returns null; an empty pattern matches nowhere. In a text
-/// of length 0 only the patterns `$`, `^` and `^$` match.
-///
-/// The time is bounded by a multiple of the product of both lengths, whatever the pattern.
+/// Searches for the first place where a pattern made by ermakepat matches. Returns the end of the match
+/// and stores its beginning in `start`, or returns null; an empty pattern matches nowhere. The time is
+/// bounded by a multiple of the product of both lengths, whatever the pattern.
+/// Kept: in a text of length 0 only the patterns `$`, `^` and `^$` match; `a*` does not.
 KERF_EXPORT const char* ermatchs(const char* text, unsigned int length,
                                  const unsigned char* pattern, const char** start);
 

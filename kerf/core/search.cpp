@@ -10,7 +10,7 @@ int ERbsearch(const void* key, const void* base, unsigned int n, unsigned int wi
     const auto order = [&](unsigned int i) {
         return compare(key, elements + static_cast<std::size_t>(i) * width);
     };
-    // All elements before low are less than the key, none from high on is.
+    // All elements before low are less than the key; none from high on is less.
     unsigned int low = 0;
     unsigned int high = n;
     while (low < high) {

@@ -8,9 +8,9 @@
 
 namespace kerf {
 
-/// The owner of a share in a counted object; the last owner deletes it.
-/// An object in automatic storage must never be handed to one, unless it was given a reference of
-/// its own first, which keeps the count from reaching the deletion. No operation tests for null.
+/// A pointer that owns a reference to a counted object. No operation tests for null.
+/// Ownership: the last owner deletes the object. An object that is not on the heap must not be held,
+///            unless it was given a reference of its own first, so that it is never deleted.
 template <class T>
 class t_SmartPtr {
 public:
@@ -34,8 +34,8 @@ public:
         return *this = static_cast<T*>(other.getObject());
     }
 
-    /// Does nothing at all when the pointer is already held. The new reference is taken before the
-    /// old one is dropped, so `p = p->child` is safe.
+    /// Does nothing when the pointer is already held. The new reference is added before the old one is
+    /// dropped, so `p = p->child` is safe.
     t_SmartPtr& operator=(T* shared) {
         if (shared == object_) return *this;
         T* former = object_;
@@ -52,7 +52,7 @@ public:
     T* getObject() const { return object_; }
 
     bool operator!() const { return object_ == nullptr; }
-    /// The pointers alone are compared, with another smart pointer, a raw one or nullptr.
+    /// Compares the pointers, with another smart pointer, a raw one or nullptr.
     template <class U>
     bool operator==(const t_SmartPtr<U>& other) const {
         return object_ == other.getObject();
@@ -65,8 +65,8 @@ public:
 
     /// An int, 1 when null and 0 otherwise, then the reference to the object by its ID.
     void saveGuts(ERFile& file) const;
-    /// Drops what is held and reads a reference; null when the ID or the class is not the expected
-    /// one.
+    /// Drops the object held and reads a reference.
+    /// Damage: null when the database does not have the ID, or has an object of another class.
     void restoreGuts(ERFile& file);
     ERULong binaryStoreSize() const { return object_ == nullptr ? 4 : 8; }
     void printOn(std::ostream& os) const;
@@ -78,8 +78,7 @@ private:
     static void release(T* former) {
         if (former != nullptr && former->removeReference() == 0) destroy(former);
     }
-    // Out of line: the rare case, and a compiler that sees it inlined suspects every later owner of
-    // using what was deleted.
+    // Not inlined: it is rare, and GCC would warn that later owners use a deleted object.
 #if defined(__GNUC__)
     [[gnu::noinline]]
 #endif

@@ -28,7 +28,7 @@ struct EmptyBlock {
     char end;
 };
 
-// Constant-initialised: a string may be built before and after anything else of the program.
+// Constant-initialised: strings may be built before any other static object and used after it.
 constinit EmptyBlock emptyBlock{{ERCStringRef::permanent, 0, 0}, '\0'};
 
 char lower(char c) { return static_cast<char>(std::tolower(static_cast<unsigned char>(c))); }
@@ -39,7 +39,7 @@ std::string_view viewOf(const char* text) {
     return text == nullptr ? std::string_view() : std::string_view(text);
 }
 
-// memcpy, but for an empty text at a null pointer.
+// memcpy that takes a null pointer for an empty text.
 void copyBytes(char* to, const char* from, unsigned int count) {
     if (count != 0) std::memcpy(to, from, count);
 }
@@ -79,12 +79,12 @@ int compareFolded(std::string_view a, std::string_view b) {
 
 }  // namespace
 
-// The shared block
+// The shared block.
 
 ERCStringRef* ERCStringRef::empty() { return &emptyBlock.head; }
 
 ERCStringRef* ERCStringRef::make(unsigned int capacity, unsigned int length) {
-    // What does not fit in the address space is refused by the allocator.
+    // A size that the address space cannot hold is left to the allocator to refuse.
     const std::uint64_t bytes = sizeof(ERCStringRef) + std::uint64_t{capacity} + 1;
     const std::uint64_t most = std::numeric_limits<std::size_t>::max();
     void* memory = ::operator new(static_cast<std::size_t>(std::min(bytes, most)));
@@ -112,7 +112,7 @@ unsigned int ERCStringRef::hash() const {
         h = std::rotl(h, 5) ^ word;
     }
     if (left > 0) {
-        // The earlier byte stands higher here, unlike in the words.
+        // In these last bytes the first is the highest, in the words it is the lowest.
         std::uint32_t tail = 0;
         for (; left > 0; ++at, --left) tail = (tail << 8) | static_cast<unsigned char>(*at);
         h = std::rotl(h, 5) ^ tail;
@@ -127,7 +127,7 @@ unsigned int ERCStringRef::hashFoldCase() const {
     return h;
 }
 
-// Construction and assignment
+// Construction and assignment.
 
 ERCString::ERCString(ERSize_T capacity)
     : ref_(capacity == 0 ? ERCStringRef::empty() : ERCStringRef::make(capacity, 0)) {}
@@ -184,7 +184,7 @@ void ERCString::constructElements(ERCString* storage, int count) {
 
 ERCString ERCString::copy() const { return ERCString(data(), length()); }
 
-// Capacity
+// Capacity.
 
 unsigned int ERCString::adjustCapacity(unsigned int n) {
     if (n <= increment) return increment;
@@ -201,14 +201,15 @@ void ERCString::unshare() {
     if (ref_->isShared()) hold(ref_->clone(capacity()));
 }
 
-// Goes over to a block that this string already counts as a holder of.
+// Replaces this string's block by one that already counts this string. Does nothing when it is the
+// same block.
 void ERCString::hold(ERCStringRef* block) {
     if (block == ref_) return;
     ref_->release();
     ref_ = block;
 }
 
-// Makes the string empty and its own, with at least the given room.
+// Makes the string empty, with a block of its own that has at least the given room.
 void ERCString::clear(unsigned int room) {
     if (!ref_->isShared() && capacity() >= room)
         ref_->setLength(0);
@@ -216,13 +217,15 @@ void ERCString::clear(unsigned int room) {
         hold(room == 0 ? ERCStringRef::empty() : ERCStringRef::make(room, 0));
 }
 
-// Changes
+// Changes.
 
-// Answers a block with this string's text in which the n bytes at the position have become a gap of
-// `size` bytes, not yet filled: this string's own block when it may be changed in place, else a new
-// one, so that `text`, which is to fill the gap, is intact in both cases. Null when too long.
-ERCStringRef* ERCString::openGap(unsigned int position, unsigned int n, unsigned int size,
-                                 const char* text) const {
+// Returns a block with this string's text in which the n bytes at the position are replaced by `size`
+// bytes that the caller will copy from `text`; null when the result would be too long.
+//
+// It is the string's own block when no other string shares it, it has the room and wastes at most 15
+// bytes, and `text` does not lie in it. Otherwise it is a new one. `text` is unchanged in both cases.
+ERCStringRef* ERCString::blockForEdit(unsigned int position, unsigned int n, unsigned int size,
+                                      const char* text) const {
     const std::uint64_t wanted = std::uint64_t{length()} - n + size;
     if (wanted > maximumLength) return nullptr;
     const auto newLength = static_cast<unsigned int>(wanted);
@@ -247,7 +250,7 @@ ERCString& ERCString::replace(unsigned int position, unsigned int n, const char*
     if (text == nullptr) count = 0;
     position = std::min(position, length());
     n = std::min(n, length() - position);
-    if (ERCStringRef* block = openGap(position, n, count, text)) {
+    if (ERCStringRef* block = blockForEdit(position, n, count, text)) {
         copyBytes(block->text() + position, text, count);
         hold(block);
     }
@@ -255,7 +258,7 @@ ERCString& ERCString::replace(unsigned int position, unsigned int n, const char*
 }
 
 ERCString& ERCString::insertCharacters(unsigned int position, char c, unsigned int count) {
-    if (ERCStringRef* block = openGap(position, 0, count, nullptr)) {
+    if (ERCStringRef* block = blockForEdit(position, 0, count, nullptr)) {
         std::memset(block->text() + position, c, count);
         hold(block);
     }
@@ -334,7 +337,7 @@ void ERCString::toUpper() {
     std::transform(data(), data() + length(), ref_->text(), upper);
 }
 
-// Queries
+// Queries.
 
 int ERCString::isAscii() const {
     return std::all_of(data(), data() + length(),
@@ -423,7 +426,7 @@ unsigned int ERCString::index(const ERCRegexp& pattern, unsigned int* matchLengt
     return pattern.index(*this, matchLength, start);
 }
 
-// Parts. The const forms answer constant views, which cannot write through the pointer they hold.
+// Parts. The const forms return constant views, which cannot write through the pointer they hold.
 
 ERCSubString ERCString::view(unsigned int position, unsigned int n) const {
     return ERCSubString(const_cast<ERCString*>(this), position, position == npos ? 0 : n);
@@ -480,10 +483,10 @@ ERCSubString ERCString::subString(const char* text, unsigned int start, caseComp
     return std::as_const(*this).subString(text, start, mode);
 }
 
-// Input and output
+// Input and output.
 
-// Takes over what was read into the cleared string. The room grows in whole increments, in one go
-// instead of one by one; what a long read leaves over is rounded, not given back.
+// Stores what was read in the string, which is empty. The room grows by a multiple of the increment, as
+// if it had grown step by step while reading; room left over is rounded up and not given back.
 void ERCString::takeRead(const char* text, std::size_t read) {
     const auto count = static_cast<unsigned int>(std::min<std::size_t>(read, maximumLength));
     if (count > capacity()) capacity(capacity() + adjustCapacity(count - capacity()));
@@ -504,7 +507,7 @@ std::istream& ERCString::readFile(std::istream& in) {
         while ((got = in.rdbuf()->sgetn(chunk, sizeof chunk)) > 0)
             read.append(chunk, static_cast<std::size_t>(got));
     } catch (...) {
-        outcome = std::ios_base::badbit;  // as the streams themselves take a failing buffer
+        outcome = std::ios_base::badbit;  // what the streams do when a buffer throws
     }
     takeRead(read.data(), read.size());
     if (read.empty()) outcome |= std::ios_base::failbit;
@@ -547,13 +550,13 @@ void ERCString::restoreFrom(ERFile& file) {
     const auto count = static_cast<unsigned int>(stored);
     clear(count);
     if (count == 0) return;
-    // Blank first, so that the string is whole even when the read ends in an exception.
+    // Zeros first, so that the string is valid even when the read ends in an exception.
     std::memset(ref_->text(), 0, count);
     ref_->setLength(count);
     if (!file.Read(ref_->text(), count)) ref_->setLength(0);
 }
 
-// Views
+// Views.
 
 unsigned int ERCSubString::length() const {
     if (isNull() || begin_ >= str_->length()) return 0;
@@ -601,7 +604,7 @@ void ERCSubString::toUpper() {
     std::transform(data(), data() + length(), str_->ref_->text() + (data() - str_->data()), upper);
 }
 
-// Operators
+// Operators.
 
 bool operator==(const ERCString& a, const ERCString& b) { return viewOf(a) == viewOf(b); }
 bool operator==(const ERCString& a, const char* b) { return viewOf(a) == viewOf(b); }

@@ -7,7 +7,8 @@
 
 #include "kerf/platform/config.h"
 
-// The library's byte string, shared until it is written to, and a writable view on a part of one.
+// A byte string whose copies share their storage until one is changed, and a writable view of a part
+// of one.
 namespace kerf {
 
 class ERCRegexp;
@@ -25,17 +26,17 @@ private:
     unsigned int bytes_;
 };
 
-/// The storage that equal strings share: this header and, in the same allocation, the text.
+/// The block that copies of a string share: this header and, in the same allocation, the text.
 ///
-///     offset 0   refs       holders minus one
+///     offset 0   refs       strings that hold the block, minus one
 ///            4   length     bytes in use
 ///            8   capacity   bytes available, the final 0 not counted
 ///           12   text       capacity + 1 bytes, with a 0 at length
 ///
-/// The count is not atomic: a string and its copies stay in one thread.
+/// Threads: the count is not atomic: a string and its copies stay in one thread.
 struct KERF_EXPORT ERCStringRef {
-    /// The count of the one block that all default strings share. It has no room, is never changed,
-    /// not even its count, and never released.
+    /// The count of the block that all default strings share. That block has no room, is never freed,
+    /// and its count never changes.
     static constexpr std::uint32_t permanent = 0xFFFFFFFFu;
 
     std::uint32_t refs;
@@ -46,16 +47,16 @@ struct KERF_EXPORT ERCStringRef {
     const char* text() const { return reinterpret_cast<const char*>(this + 1); }
 
     static ERCStringRef* empty();
-    /// A block with one holder, its text not yet written but for the 0 at `length`.
+    /// A block held once. Of its text only the 0 at `length` is written.
     static ERCStringRef* make(unsigned int capacity, unsigned int length);
-    /// A block with one holder and this one's text, cut where it is longer than `capacity`.
+    /// A block held once with this block's text, cut to `capacity` bytes.
     ERCStringRef* clone(unsigned int capacity) const;
 
     bool isShared() const { return refs != 0; }
     void addReference() {
         if (refs != permanent) ++refs;
     }
-    /// Drops one holder and frees the block with the last.
+    /// Drops one reference; the last one frees the block.
     void release() {
         if (refs == 0)
             destroy();
@@ -76,15 +77,16 @@ private:
 
 /// A string of bytes, zeros included, with copy on write.
 ///
-/// Positions:  unsigned, from 0; `npos` (all ones) stands for none. A position behind the end
-///             counts as the end, a count that reaches behind it as the rest.
-/// Text given: a null pointer counts as empty; it may point into the string itself. A count beside
-///             an ERCString takes its first bytes, all when it has fewer; a count beside a
-///             `const char*` takes so many bytes, zeros included.
-/// Capacity:   a change keeps the block when no other string shares it and 0 to 15 bytes stay free
-///             after it; otherwise the string moves to a block of adjustCapacity(length) bytes. So
-///             a string also gives back room, and `capacity(n)` reserves for the next change only.
-/// Failure:    nothing throws but the allocator. A change past 2147483647 bytes is not made.
+/// A change keeps the block when no other string shares it and 0 to 15 of its bytes stay free.
+/// Otherwise the string moves to a block of adjustCapacity(length) bytes. So a string also gives room
+/// back, and `capacity(n)` reserves room for the next change only.
+/// Parameter: positions count from 0; `npos` (all ones) means none. A position past the end counts as
+///            the end, and a count that reaches past it as the rest. A null text counts as empty. A
+///            text may be a part of the string itself. With an ERCString, a count takes its first
+///            bytes, or all when there are fewer; with a `const char*` it takes that many bytes,
+///            zeros included.
+/// Failure:   only the allocator throws. A change that would make more than 2147483647 bytes does
+///            nothing.
 class KERF_EXPORT ERCString {
 public:
     enum caseCompare { exact = 0, ignoreCase = 1 };
@@ -101,7 +103,7 @@ public:
     ERCString(const ERCSubString& part);  ///< a null substring gives the empty string
     ERCString(const ERCString& other) : ref_(other.ref_) { ref_->addReference(); }
     ERCString(ERCString&& other) noexcept : ref_(other.ref_) { other.ref_ = ERCStringRef::empty(); }
-    /// A number is neither a character nor a capacity: write ERSize_T(n) or a char.
+    /// Deleted: a number is neither a character nor a capacity. Write a char or ERSize_T(n).
     template <std::integral T>
     requires(!std::same_as<T, char>) ERCString(T)
     = delete;
@@ -117,16 +119,16 @@ public:
 
     unsigned int length() const { return ref_->length; }
     unsigned int capacity() const { return ref_->capacity; }
-    /// Moves to a block of exactly n bytes, unless the text would not fit with room to spare
-    /// (n <= length()). Returns the capacity that results.
+    /// Moves to a block of exactly n bytes when n is greater than the length. Returns the capacity that
+    /// results.
     unsigned int capacity(unsigned int n);
     int isNull() const { return ref_->length == 0; }
     int isAscii() const;  ///< 1 when no byte is above 127
     const char* data() const { return ref_->text(); }
     operator const char*() const { return ref_->text(); }
 
-    /// The byte at a position below the length. The writable form unshares the string and is good
-    /// until its next change.
+    /// The byte at a position below the length. The writable form gives the string a block of its own;
+    /// the reference is valid until the string is changed or copied.
     char operator[](std::integral auto position) const {
         return (*this)(static_cast<unsigned int>(position));
     }
@@ -162,7 +164,7 @@ public:
     ERCString& insert(unsigned int position, const ERCString& text);
     ERCString& insert(unsigned int position, const ERCString& text, unsigned int count);
 
-    /// Puts the text in the place of the n bytes at the position.
+    /// Replaces the n bytes at the position by the text.
     ERCString& replace(unsigned int position, unsigned int n, const char* text);
     ERCString& replace(unsigned int position, unsigned int n, const char* text, unsigned int count);
     ERCString& replace(unsigned int position, unsigned int n, const ERCString& text);
@@ -175,25 +177,26 @@ public:
     void toLower();
     void toUpper();
 
-    /// -1, 0 or 1. Bytes are unsigned; a string that the other begins with is the lesser.
+    /// -1, 0 or 1. Bytes compare as unsigned; of a string and a longer one that begins with it, the
+    /// shorter is less.
     int compareTo(const char* text, caseCompare mode = exact) const;
     int compareTo(const ERCString& text, caseCompare mode = exact) const;
 
     int contains(const char* text, caseCompare mode = exact) const;
     int contains(const ERCString& text, caseCompare mode = exact) const;
 
-    /// The first and the last place of c, and the first of any of the given characters. They see
-    /// the string up to its first 0.
+    /// The position of the first c, of the first of any of the given characters, and of the last c.
+    /// Kept: only the bytes before the first 0 of the string are searched.
     unsigned int first(char c) const;
     unsigned int first(const char* anyOf) const;
     unsigned int last(char c) const;
 
-    /// Two different functions of the text, even when it has no lower-case letter.
+    /// The two modes are different functions: they differ even for a text without letters.
     unsigned int hash(caseCompare mode = exact) const;
     unsigned int hash(int mode) const { return hash(mode != 0 ? ignoreCase : exact); }
 
-    /// Where the text is first found at `start` or behind it. An empty text is found at `start`
-    /// itself, the end included.
+    /// The position of the first occurrence of the text at `start` or after it. An empty text is found
+    /// at `start`, which may be the end.
     unsigned int index(const char* text, unsigned int start = 0, caseCompare mode = exact) const;
     unsigned int index(const char* text, unsigned int count, unsigned int start,
                        caseCompare mode = exact) const;
@@ -201,58 +204,59 @@ public:
                        caseCompare mode = exact) const;
     unsigned int index(const ERCString& text, unsigned int count, unsigned int start,
                        caseCompare mode = exact) const;
-    // A mode behind the text is no start.
+    // For calls with a mode after the text, which would be taken for a start.
     unsigned int index(const char* text, caseCompare mode) const { return index(text, 0u, mode); }
     unsigned int index(const ERCString& text, caseCompare mode) const {
         return index(text, 0u, mode);
     }
-    /// Where the pattern first matches, see ERCRegexp::index. A null matchLength is left out.
+    /// The position of the first match, as by ERCRegexp::index; matchLength may be null.
     unsigned int index(const ERCRegexp& pattern, unsigned int* matchLength = nullptr,
                        unsigned int start = 0) const;
-    // A template, so that a literal 0 is a start, and a text with a start is no pattern.
+    // A template, so that a literal 0 is taken for a start and not for a null pointer, and so that a
+    // text is not converted to a pattern.
     template <std::same_as<ERCRegexp> Pattern>
     unsigned int index(const Pattern& pattern, std::integral auto start) const {
         return index(pattern, nullptr, static_cast<unsigned int>(start));
     }
 
-    /// The n bytes at a position, fewer at the end; null behind it.
+    /// The n bytes at a position, fewer at the end; null past it.
     ERCSubString operator()(unsigned int position, unsigned int n);
     const ERCSubString operator()(unsigned int position, unsigned int n) const;
     /// What the pattern first matches, or null.
     ERCSubString operator()(const ERCRegexp& pattern, unsigned int start = 0);
     const ERCSubString operator()(const ERCRegexp& pattern, unsigned int start = 0) const;
-    /// What is left when the characters c at the chosen sides are not looked at; null when nothing
-    /// is.
+    /// The string without the characters c at the chosen sides; null when nothing is left.
     ERCSubString strip(stripType type = trailing, char c = ' ');
     const ERCSubString strip(stripType type = trailing, char c = ' ') const;
-    /// The first place of the text, or null.
+    /// The first occurrence of the text, or null.
     ERCSubString subString(const char* text, unsigned int start = 0, caseCompare mode = exact);
     const ERCSubString subString(const char* text, unsigned int start = 0,
                                  caseCompare mode = exact) const;
     ERCSubString subString(const char* text, caseCompare mode);
     const ERCSubString subString(const char* text, caseCompare mode) const;
 
-    ERCString copy() const;  ///< one that shares nothing
+    ERCString copy() const;  ///< a copy with a block of its own
 
-    /// Each clears the string, then reads: all that is left; to a delimiter, which is taken but not
-    /// stored; to a 0; to the end of the line, white space skipped first when asked; a word between
-    /// white space, which stays in the stream behind it. A last field without its delimiter counts.
-    /// The stream fails when there was nothing to read.
-    std::istream& readFile(std::istream& in);
+    // Each of these clears the string and reads. A delimiter is taken but not stored; the end of the
+    // stream stands for a missing one. The stream fails when there was nothing to read.
+    std::istream& readFile(std::istream& in);  ///< to the end of the stream
     std::istream& readToDelim(std::istream& in, char delimiter = '\n');
-    std::istream& readString(std::istream& in);
+    std::istream& readString(std::istream& in);  ///< to a 0
+    /// To the end of the line, after skipping white space when asked to.
     std::istream& readLine(std::istream& in, int skipWhite = 1);
+    /// A word, after skipping white space; the white space after it stays in the stream. The width of
+    /// the stream is ignored.
     std::istream& readToken(std::istream& in);
 
     /// The length as an int, then the bytes without the final 0.
     void saveOn(ERFile& file) const;
-    /// A length that is negative or more than the file still holds reads as 0; bytes that cannot be
-    /// read leave the string empty.
+    /// Damage: a length that is negative or more than the file still holds reads as 0; when the bytes
+    ///         cannot be read, the string is empty.
     void restoreFrom(ERFile& file);
     ERULong binaryStoreSize() const { return 4 + length(); }
 
-    /// The tuning of capacities is fixed at 15: the setters answer their argument and change
-    /// nothing.
+    /// Kept: the setters, the three that take a number, return it and change nothing. The values are
+    ///       fixed at 15.
     static unsigned int getInitialCapacity() { return increment; }
     static unsigned int getMaxWaste() { return increment; }
     static unsigned int getResizeIncrement() { return increment; }
@@ -272,24 +276,25 @@ private:
 
     void unshare();
     void hold(ERCStringRef* block);
-    ERCStringRef* openGap(unsigned int position, unsigned int n, unsigned int size,
-                          const char* text) const;
+    ERCStringRef* blockForEdit(unsigned int position, unsigned int n, unsigned int size,
+                               const char* text) const;
     ERCString& insertCharacters(unsigned int position, char c, unsigned int count);
     void clear(unsigned int room);
-    void takeRead(const char* text, std::size_t count);
+    void takeRead(const char* text, std::size_t read);
     ERCSubString view(unsigned int position, unsigned int n) const;
 
     ERCStringRef* ref_;
 };
 
-/// A view on a part of a string, which must live as long. A null view, the answer of a search that
-/// found nothing, is empty and cannot be written. Views of a constant string come as constant.
+/// A view of a part of a string. A search that finds nothing returns a null view, which is empty and
+/// cannot be written. The view of a constant string is constant.
+/// Lifetime: the string must live as long as the view.
 class KERF_EXPORT ERCSubString {
 public:
     ERCSubString(const ERCSubString&) = default;
 
-    /// Put the text in the place of the viewed part, in the string itself; the view is then on that
-    /// text. Nothing on a null view.
+    /// Replace the viewed part by the text, in the string itself; the view is then of that text. A null
+    /// view does nothing.
     ERCSubString& operator=(const ERCString& text);
     ERCSubString& operator=(const char* text);
     ERCSubString& operator=(const ERCSubString& text);
@@ -297,12 +302,12 @@ public:
     int operator!() const { return isNull(); }
     int isNull() const { return begin_ == ERCString::npos; }
     unsigned int start() const { return begin_; }
-    /// The bytes in view: fewer than at first when the string has been cut since.
+    /// The number of bytes viewed; the part that a shorter string has lost does not count.
     unsigned int length() const;
-    /// The first byte of the part; no 0 ends it. A null pointer for a null view.
+    /// The first byte of the part, which has no 0 at its end; null for a null view.
     const char* data() const;
 
-    /// The byte at a position of the part; the writable form unshares the string.
+    /// The byte at a position of the part; the writable form gives the string a block of its own.
     char operator[](std::integral auto position) const {
         return (*this)(static_cast<unsigned int>(position));
     }
@@ -329,11 +334,11 @@ private:
     void replaceBy(const char* text, unsigned int count);
 
     ERCString* str_;
-    unsigned int begin_;  ///< npos for a null view
+    unsigned int begin_;  // npos for a null view
     unsigned int extent_;
 };
 
-// Comparison goes by the bytes, as compareTo does; without these the pointers would be compared.
+// These compare the bytes, as compareTo does. Without them the pointers would be compared.
 KERF_EXPORT bool operator==(const ERCString& a, const ERCString& b);
 KERF_EXPORT bool operator==(const ERCString& a, const char* b);
 KERF_EXPORT std::strong_ordering operator<=>(const ERCString& a, const ERCString& b);
@@ -345,7 +350,7 @@ KERF_EXPORT ERCString operator+(const char* a, const ERCString& b);
 
 KERF_EXPORT std::ostream& operator<<(std::ostream& out, const ERCString& text);
 KERF_EXPORT std::ostream& operator<<(std::ostream& out, const ERCSubString& text);
-KERF_EXPORT std::istream& operator>>(std::istream& in, ERCString& text);  ///< a word
+KERF_EXPORT std::istream& operator>>(std::istream& in, ERCString& text);  ///< as readToken
 
 KERF_EXPORT ERFile& operator<<(ERFile& file, const ERCString& text);
 KERF_EXPORT ERFile& operator>>(ERFile& file, ERCString& text);

@@ -11,8 +11,8 @@ constexpr unsigned int cachedBytesLimit = 0x1FA000;
 constexpr unsigned int cachedBlocksLimit = 10000;
 constexpr unsigned int cacheBuckets = 20;
 
-// Built before and so destroyed after the static objects of a program that links the library
-// statically: a list among these still gives its links back to the pools.
+// In a program that links the library statically, this is built before the program's own static
+// objects and destroyed after them: a list among them still gives its links back to the pools.
 #if defined(__GNUC__)
 [[gnu::init_priority(101)]]
 #endif
@@ -22,7 +22,7 @@ CThreadLocal<kerfThreadLocalData>
 KERF_NEAR_THREAD_LOCAL constinit thread_local kerfThreadLocalData* thisThreadsData = nullptr;
 constinit thread_local bool thisThreadsDataIsGone = false;
 
-// Never destroyed: a thread may build its data while the process is already ending.
+// Never destroyed: a thread may build its data while the process ends.
 CriticalSection& construction() {
     static CriticalSection& section = *new CriticalSection;
     return section;

@@ -10,10 +10,11 @@
 
 namespace kerf {
 
-/// What each thread keeps for itself, built on first use in the thread and torn down at its end: the
-/// cache of free vector blocks, a scratch area, and the pools of small objects. No lock is needed for
-/// any of it; only the building runs under one critical section of the process, since the pools take
-/// their item sizes from a shared counter.
+/// What each thread has of its own: the cache of free vector blocks, a work area, and the pools of
+/// small objects.
+/// Lifetime: built on first use in the thread and destroyed when the thread ends.
+/// Threads:  needs no lock. Only its construction runs under a lock of the process, since the pools
+///           take their item sizes from a shared counter.
 class KERF_EXPORT kerfThreadLocalData : public CNoTrackObject {
 public:
     static constexpr unsigned int poolCount = 48;
@@ -23,7 +24,7 @@ public:
     kerfThreadLocalData(const kerfThreadLocalData&) = delete;
     kerfThreadLocalData& operator=(const kerfThreadLocalData&) = delete;
 
-    /// The cache of free vector blocks; null once the thread is being torn down.
+    /// The cache of free vector blocks; null while the data is being destroyed.
     ERVecRepCache* blockCache() { return cache_.get(); }
 
     /// The pool for items of (index + 1) * 4 bytes; index below poolCount.
@@ -32,11 +33,11 @@ public:
         return pools_[index];
     }
 
-    /// A work area for n elements of 8 bytes, kept from one call to the next while it is large enough.
-    /// Its contents are lost when it grows. Null when memory is out.
+    /// A work area for n elements of 8 bytes. The same area is returned as long as it is large enough; a
+    /// larger one replaces it, without its contents. Null when there is no memory.
     void* scratch(unsigned int n);
 
-    /// Hands over an object that is destroyed with the thread's data; replaces a former one.
+    /// Takes over an object that is destroyed with the thread's data, and destroys a former one.
     void ownHelper(std::unique_ptr<CNoTrackObject> object) { helper_ = std::move(object); }
 
 private:
@@ -46,11 +47,11 @@ private:
     std::unique_ptr<ERMemPool[]> pools_;
 };
 
-/// The calling thread's data, built when it is not there yet.
+/// The calling thread's data, built if there is none yet.
 KERF_EXPORT kerfThreadLocalData& threadData();
 
-/// The same, or null when the data is gone already: for what may run at the thread's end, where data
-/// built anew would outlive the thread.
+/// The same, but null when the data has been destroyed already: for code that may run at the end of a
+/// thread, where data built anew would never be destroyed.
 KERF_EXPORT kerfThreadLocalData* threadDataUnlessGone();
 
 }  // namespace kerf

@@ -5,13 +5,14 @@
 #include <utility>
 
 #include "kerf/core/internal/element_storage.h"
+#include "kerf/core/internal/growth.h"
 #include "kerf/platform/config.h"
 
-// Vectors of values for any element with a default constructor. Indices are the caller's duty.
+// Vectors of values for any element with a default constructor. Indices must be valid.
 namespace kerf {
 
 /// A vector of values that owns its array; new elements are value-initialised.
-/// Stored form: an int count, then the elements; nothing when T has no file form.
+/// Storage: an int count, then the elements; nothing when T has no file form.
 template <class T>
 class ERTValVector {
 public:
@@ -20,7 +21,7 @@ public:
     ERTValVector() = default;
     explicit ERTValVector(unsigned int n) : size_(n), array_(allocate(n)) {}
     ERTValVector(unsigned int n, const T& fill) : ERTValVector(n) { std::fill_n(array_, n, fill); }
-    // Delegating, so that a copy that throws halfway frees what it has.
+    // Delegates, so that a copy that throws halfway frees what it has made.
     ERTValVector(const ERTValVector& other) : ERTValVector(other.size_) {
         std::copy_n(other.array_, size_, array_);
     }
@@ -36,12 +37,13 @@ public:
         return *this;
     }
 
-    /// The elements between brackets, separated by spaces: by their printOn, else by `<<`; elements
-    /// that have neither leave nothing.
+    /// The elements between brackets, separated by spaces. Each is printed by its printOn, else by
+    /// `<<`; one that has neither prints nothing.
     virtual void printOn(std::ostream& os) const { printElements(os, size_); }
     virtual ERULong binaryStoreSize() const { return storeSizeOf(size_); }
     virtual void saveGuts(ERFile& file) const { saveFirst(file, size_); }
-    /// Replaces the contents. A count that the file cannot hold reads as 0.
+    /// Replaces the contents.
+    /// Damage: a count that the file cannot hold reads as 0.
     virtual void restoreGuts(ERFile& file);
 
     unsigned int entries() const { return size_; }
@@ -54,7 +56,7 @@ public:
         KERF_CHECK_ARGUMENT(i < size_);
         return array_[i];
     }
-    /// Changes the number of elements; the first ones stay.
+    /// Changes the number of elements; those that remain keep their values.
     void reshape(unsigned int n);
 
     T* begin() { return array_; }
@@ -79,7 +81,7 @@ private:
 };
 
 /// Values in the order in which they were put. The array grows by 64 elements at a time; only the
-/// entries are printed, stored and walked.
+/// entries are printed, stored and iterated over.
 template <class T>
 class ERTValOrderedVector : public ERTValVector<T> {
     using Base = ERTValVector<T>;
@@ -121,9 +123,9 @@ public:
     void append(T value) { insertAt(entries_, std::move(value)); }
     /// The value becomes the element at p; at entries() it is appended.
     void insertAt(unsigned int p, T value);
-    /// Answers the value taken out.
+    /// Takes the value out and returns it.
     T removeAt(unsigned int p);
-    /// Empties the vector; the room stays.
+    /// Removes all entries; the room stays.
     void clear();
 
     T* end() { return this->begin() + entries_; }
@@ -176,7 +178,7 @@ void ERTValVector<T>::restoreGuts([[maybe_unused]] ERFile& file) {
     if constexpr (ERStorable<T>) {
         const unsigned int stored = restoreCount<T>(file);
         // Elements that store themselves may be far larger in memory than in a file. The array
-        // grows with what was read, so that a wrong count takes no memory for what is not there.
+        // grows as they are read, so that a wrong count costs no memory for missing elements.
         constexpr unsigned int firstStep = 1024;
         const unsigned int step = ERStoredRaw<T> ? stored : std::min(stored, firstStep);
         if (size_ != stored && size_ != step) *this = ERTValVector(step);
@@ -184,7 +186,7 @@ void ERTValVector<T>::restoreGuts([[maybe_unused]] ERFile& file) {
         while (read < stored) {
             if (read == size_) {
                 if (!canHold<T>(file, stored - read)) return;
-                reshape(stored - read < size_ ? stored : 2 * size_);
+                reshape(doubledRoom(size_, stored));
             }
             restoreElements(file, array_ + read, size_ - read);
             read = size_;
@@ -218,7 +220,7 @@ T ERTValOrderedVector<T>::removeAt(unsigned int p) {
     T* const first = this->begin();
     std::move(first + p + 1, first + entries_, first + p);
     --entries_;
-    first[entries_] = T();  // lets go of what the last place still holds
+    first[entries_] = T();  // releases what the moved-from last place may still hold
     return removed;
 }
 

@@ -12,7 +12,7 @@ namespace kerf {
 
 namespace {
 
-// The largest piece that one call of CFile takes.
+// The most that one call of CFile is given.
 constexpr std::size_t largestPiece = 0x40000000;
 
 void writeAll(CFile& file, const char* data, std::size_t count) {
@@ -33,7 +33,7 @@ CArchive::~CArchive() {
     try {
         Close();
     } catch (const std::exception&) {
-        // A destructor cannot tell; who wants to know calls Close().
+        // Callers that need to know of a failure call Close() first.
     }
 }
 

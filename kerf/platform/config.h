@@ -2,8 +2,11 @@
 #include <cstddef>
 #include <cstdint>
 
-// What every file of the library may rely on: the export mark, the fixed widths, the check of
-// arguments.
+// What every file of the library uses: the export mark, the fixed widths, the check of arguments.
+//
+// Threads: what this folder keeps for the whole process (the sinks, the string tables, the chain of
+// modules, the file backend in use) has locks of its own, so its functions may be called from any
+// thread. A file, an archive, a text or an exception is used by one thread at a time.
 
 #if defined(KERF_STATIC)
 #define KERF_EXPORT
@@ -27,8 +30,8 @@
 #define KERF_DEFINED_INSTANCE
 #endif
 
-/// Asserts what is the caller's duty (an index, a shape). Costs nothing unless the option
-/// KERF_CHECKED is on; then a broken duty stops the program.
+/// Asserts what the caller has to ensure (an index, a shape). Costs nothing unless the option
+/// KERF_CHECKED is on; a condition that is false then aborts the program.
 #if defined(KERF_CHECKED)
 #define KERF_CHECK_ARGUMENT(condition)  \
     ((condition) ? static_cast<void>(0) \
@@ -39,13 +42,12 @@
 
 namespace kerf {
 
-/// IDs, file locations and everything stored in a file: 32 bits on every platform, whatever the
-/// width of the language's `long`.
+/// The type of IDs, file locations and everything stored in a file: 32 bits on every platform,
+/// whatever the width of `long`.
 using ERLong = std::int32_t;
 using ERULong = std::uint32_t;
 
-/// Prints the broken condition on standard error and aborts; called through KERF_CHECK_ARGUMENT
-/// only.
+/// Prints the condition on standard error and aborts; called through KERF_CHECK_ARGUMENT only.
 [[noreturn]] KERF_EXPORT void argumentCheckFailed(const char* condition, const char* file,
                                                   int line);
 

@@ -20,17 +20,19 @@ const char* textOf(CArchiveException::Cause cause) {
 
 }  // namespace
 
-// Out of line, so that the type information has one home and exceptions pass library borders.
+// Out of line, so that the type information lies in this library alone: a program then catches
+// what the library throws.
 CException::~CException() = default;
 CFileException::~CFileException() = default;
 CInvalidArgException::~CInvalidArgException() = default;
 CArchiveException::~CArchiveException() = default;
 
-CFileException::CFileException(std::string path, const char* operation, std::error_code code)
-    : CException(std::string(operation) + " '" + path + "': " + code.message()),
-      filePath_(std::move(path)),
-      failedOperation_(operation),
-      reason_(code) {}
+CFileException::CFileException(std::string filePath, const char* failedOperation,
+                               std::error_code reason)
+    : CException(std::string(failedOperation) + " '" + filePath + "': " + reason.message()),
+      filePath_(std::move(filePath)),
+      failedOperation_(failedOperation),
+      reason_(reason) {}
 
 CArchiveException::CArchiveException(Cause cause) : CException(textOf(cause)), cause_(cause) {}
 

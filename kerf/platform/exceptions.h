@@ -5,8 +5,8 @@
 
 #include "kerf/platform/config.h"
 
-// The exceptions of the platform layer. Nothing above it throws anything of its own: files,
-// archives and the label functions of the formatters are the only sources.
+// The exceptions of the library. Only files, archives and the label functions of the formatters
+// throw them; everything else reports a failure by what it returns.
 namespace kerf {
 
 class KERF_EXPORT CException : public std::exception {
@@ -19,7 +19,7 @@ private:
     std::string text_;
 };
 
-/// A file that could not be opened, read, written, ...: what() gives "operation 'path': reason".
+/// A file operation that failed; what() gives "operation 'path': reason".
 class KERF_EXPORT CFileException : public CException {
 public:
     CFileException(std::string filePath, const char* failedOperation, std::error_code reason);
@@ -28,7 +28,7 @@ public:
     const std::string& path() const noexcept { return filePath_; }
     /// "open", "read", "write", "seek", "length", "truncate", "lock", "unlock" or "close".
     const char* operation() const noexcept { return failedOperation_; }
-    /// The system's error; compares with std::errc on every platform.
+    /// The system's error; it can be compared with std::errc on every platform.
     const std::error_code& code() const noexcept { return reason_; }
     std::string systemText() const { return reason_.message(); }
 
@@ -38,7 +38,7 @@ private:
     std::error_code reason_;
 };
 
-/// An argument that a function documents as refused, such as the index of a label.
+/// An argument that a function refuses, as its header says: the index of a label, for example.
 class KERF_EXPORT CInvalidArgException : public CException {
 public:
     CInvalidArgException() : CException("invalid argument") {}
@@ -52,7 +52,7 @@ public:
         writeOnly,  ///< loading from an archive that stores
         readOnly,   ///< storing to an archive that loads
         endOfFile,  ///< loading past the end
-        closed      ///< no file behind the archive
+        closed      ///< the archive has no file any more
     };
     explicit CArchiveException(Cause cause);
     ~CArchiveException() override;

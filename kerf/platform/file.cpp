@@ -29,7 +29,7 @@ FileBackend* setFileBackend(FileBackend* replacement) { return backendInUse.exch
 
 CFile::CFile() = default;
 
-CFile::CFile(const char* name, unsigned int flags) { Open(name, flags); }
+CFile::CFile(const char* path, unsigned int flags) { Open(path, flags); }
 
 CFile::~CFile() {
     if (file_ == nullptr) return;
@@ -37,9 +37,9 @@ CFile::~CFile() {
     file_->close(ignored);
 }
 
-int CFile::Open(const char* name, unsigned int flags) {
+int CFile::Open(const char* path, unsigned int flags) {
     Close();
-    path_ = name == nullptr ? "" : name;
+    path_ = path == nullptr ? "" : path;
     position_ = 0;
     knownLength_ = -1;
     if ((flags & modeReadWrite) == 0) flags |= modeRead;
@@ -73,7 +73,7 @@ std::size_t CFile::readBytes(void* data, std::size_t count) {
                                                 position_ + static_cast<std::int64_t>(done), error);
         if (error) fail("read", error);
         if (arrived == 0) {
-            knownLength_ = -1;  // the file may have been cut behind our back
+            knownLength_ = -1;  // the file may have been cut by others
             break;
         }
         done += arrived;
@@ -157,10 +157,10 @@ int CFile::GetStatus(CFileStatus& status) const {
     return 1;
 }
 
-int CFile::GetStatus(const char* name, CFileStatus& status) {
+int CFile::GetStatus(const char* path, CFileStatus& status) {
     CFileStatus found;
-    if (name == nullptr || !backend().status(name, found)) return 0;
-    found.path = name;
+    if (path == nullptr || !backend().status(path, found)) return 0;
+    found.path = path;
     status = std::move(found);
     return 1;
 }

@@ -10,7 +10,7 @@ namespace {
 
 constexpr int largestWidth = 512;
 
-/// A printf format, without the percent sign, taken to pieces.
+// The parts of a printf format without its percent sign.
 struct InsertFormat {
     std::string flags;
     int width = 0;
@@ -59,7 +59,8 @@ private:
 
 bool isOneOf(std::string_view set, char c) { return set.find(c) != set.npos; }
 
-// Prints through a format rebuilt from pieces that were checked against the value's type.
+// Prints through a format that is put together anew from checked parts, so that it suits the
+// value's type.
 template <class Number>
 std::string printNumber(InsertFormat format, std::string_view suited, Number value) {
     if (!isOneOf(suited, format.conversion)) return {};

@@ -3,9 +3,8 @@
 
 #include "kerf/platform/config.h"
 
-// Modules of a program: the application and the libraries that extend it. Each has a state, and to
-// a state the module objects of the libraries attached to it belong. All functions may be called
-// from every thread.
+// Modules of a program: the application and the libraries that extend it. A module state lists the
+// module objects of the libraries attached to it. All functions may be called from any thread.
 namespace kerf {
 
 class CDynLinkLibrary;
@@ -21,21 +20,22 @@ struct KERF_EXPORT ExtensionModule {
     bool initialised = false;
 };
 
-/// The state that the calling thread works in: what it last set, else the application's.
+/// The calling thread's state: the one it last set, else the application's.
 KERF_EXPORT ModuleState* AfxGetModuleState();
 
-/// Sets the calling thread's state, null for the application's; answers the former one.
+/// Sets the calling thread's state, null for the application's; returns the former one.
 KERF_EXPORT ModuleState* setModuleState(ModuleState* state);
 
-/// Marks the record as initialised. Answers 1, or 0 when it already was.
+/// Marks the record as initialised. Returns 1, or 0 when it was marked before.
 KERF_EXPORT int initExtensionModule(ExtensionModule& module);
 
-/// Deletes the module objects that are still attached to the record, in whatever state, and marks
-/// it as not initialised.
+/// Deletes the module objects of the record that are still attached to any state, and marks the
+/// record as not initialised.
 KERF_EXPORT void termExtensionModule(ExtensionModule& module);
 
-/// The object by which an extension library takes its place in a module state. Built on the heap by
-/// the library; termExtensionModule deletes it, unless its maker has done so before.
+/// The entry of an extension library in a module state.
+/// Lifetime: built on the heap by the library; termExtensionModule deletes it, unless its maker has
+///           deleted it before.
 class KERF_EXPORT CDynLinkLibrary {
 public:
     /// Attaches the library to the calling thread's module state.

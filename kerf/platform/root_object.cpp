@@ -10,11 +10,11 @@ namespace kerf {
 namespace {
 
 template <class Number, class... Base>
-void dumpNumber(Number value, Base... base) {
+CDumpContext& dumpNumber(CDumpContext& context, Number value, Base... base) {
     char text[64];
     const std::to_chars_result end = std::to_chars(text, text + sizeof text - 1, value, base...);
     *end.ptr = '\0';
-    outputDebugText(text);
+    return context << static_cast<const char*>(text);
 }
 
 }  // namespace
@@ -31,56 +31,25 @@ CDumpContext& CDumpContext::operator<<(const char* text) {
     return *this;
 }
 
-CDumpContext& CDumpContext::operator<<(const std::string& text) {
-    outputDebugText(text.c_str());
-    return *this;
-}
+CDumpContext& CDumpContext::operator<<(const std::string& text) { return *this << text.c_str(); }
 
 CDumpContext& CDumpContext::operator<<(char c) {
     const char text[] = {c, '\0'};
-    outputDebugText(text);
-    return *this;
+    return *this << static_cast<const char*>(text);
 }
 
-CDumpContext& CDumpContext::operator<<(int value) {
-    dumpNumber(value);
-    return *this;
-}
-
-CDumpContext& CDumpContext::operator<<(unsigned int value) {
-    dumpNumber(value);
-    return *this;
-}
-
-CDumpContext& CDumpContext::operator<<(long value) {
-    dumpNumber(value);
-    return *this;
-}
-
-CDumpContext& CDumpContext::operator<<(unsigned long value) {
-    dumpNumber(value);
-    return *this;
-}
-
-CDumpContext& CDumpContext::operator<<(long long value) {
-    dumpNumber(value);
-    return *this;
-}
-
+CDumpContext& CDumpContext::operator<<(int value) { return dumpNumber(*this, value); }
+CDumpContext& CDumpContext::operator<<(unsigned int value) { return dumpNumber(*this, value); }
+CDumpContext& CDumpContext::operator<<(long value) { return dumpNumber(*this, value); }
+CDumpContext& CDumpContext::operator<<(unsigned long value) { return dumpNumber(*this, value); }
+CDumpContext& CDumpContext::operator<<(long long value) { return dumpNumber(*this, value); }
 CDumpContext& CDumpContext::operator<<(unsigned long long value) {
-    dumpNumber(value);
-    return *this;
+    return dumpNumber(*this, value);
 }
-
-CDumpContext& CDumpContext::operator<<(double value) {
-    dumpNumber(value);
-    return *this;
-}
+CDumpContext& CDumpContext::operator<<(double value) { return dumpNumber(*this, value); }
 
 CDumpContext& CDumpContext::operator<<(const void* address) {
-    outputDebugText("0x");
-    dumpNumber(reinterpret_cast<std::uintptr_t>(address), 16);
-    return *this;
+    return dumpNumber(*this << "0x", reinterpret_cast<std::uintptr_t>(address), 16);
 }
 
 CRuntimeClass CObject::classCObject = {"CObject", static_cast<int>(sizeof(CObject)), 0xFFFF,

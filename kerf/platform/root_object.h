@@ -3,26 +3,26 @@
 
 #include "kerf/platform/config.h"
 
-// The platform's root class: what an object tells about its class, and its dump to the debug text.
+// The root class: the record of an object's class, and the dump of an object to the debug text.
 namespace kerf {
 
 class CArchive;
 class CObject;
 
-/// What the platform knows of a class at run time: a static record, constant-initialised.
+/// What is known of a class at run time: a static record, constant-initialised.
 struct KERF_EXPORT CRuntimeClass {
     const char* name;
     int objectSize;                    ///< in bytes
     unsigned int schema;               ///< 0xFFFF: not built from an archive
     CObject* (*create)();              ///< null: the class cannot be created by its record
-    CRuntimeClass* (*getBaseClass)();  ///< null, or answers null, for the root
+    CRuntimeClass* (*getBaseClass)();  ///< null, or returns null, for the root
 
-    /// True for the class itself and for its bases, along the chain of getBaseClass.
+    /// True when base is this class or one of its bases, along the chain of getBaseClass.
     bool IsDerivedFrom(const CRuntimeClass* base) const;
 };
 
-/// Text on its way to the debug output, one piece after the other. Numbers come in the shortest
-/// form that reads back, whatever the locale.
+/// Writes to the debug output. Numbers take the shortest form that reads back to the same value,
+/// whatever the locale.
 class KERF_EXPORT CDumpContext {
 public:
     CDumpContext& operator<<(const char* text);  ///< null prints nothing
@@ -38,7 +38,7 @@ public:
     CDumpContext& operator<<(const void* address);  ///< in hexadecimal
 };
 
-/// The root class, with the five operations that every class of the platform has.
+/// The root class, with the five operations that every class has.
 class KERF_EXPORT CObject {
 public:
     virtual CRuntimeClass* GetRuntimeClass() const;

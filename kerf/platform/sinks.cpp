@@ -15,7 +15,7 @@ namespace {
 
 constexpr std::size_t keptTextLimit = 65536;
 
-// A function that one thread at a time runs, and that may be replaced while it runs. The mutex is
+// A function that runs in one thread at a time and may be replaced while it runs. The mutex is
 // recursive, so that a sink may write to itself or set its successor.
 template <class Function>
 class Sink {

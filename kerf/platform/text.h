@@ -11,8 +11,8 @@
 // character set.
 namespace kerf {
 
-/// A text of bytes without a byte 0. Positions count from 0, and -1 stands for none; what Left, Mid
-/// and Right are asked beyond the text is cut to it.
+/// A text of bytes without a byte 0. Positions count from 0; -1 means none. Left, Mid and Right
+/// return what lies within the text of the part that is asked for.
 class KERF_EXPORT CString {
 public:
     CString() = default;
@@ -42,14 +42,14 @@ public:
     int Find(const char* part, int start = 0) const;
     int Compare(const char* other) const;  ///< negative, 0 or positive, by unsigned bytes
 
-    /// As printf. A format that cannot be printed leaves the text empty.
+    /// Prints as printf does. A format that cannot be printed leaves the text empty.
 #if defined(__GNUC__)
     __attribute__((format(printf, 2, 3)))
 #endif
     void
     Format(const char* format, ...);
 
-    /// The text of that number; false and empty when there is none.
+    /// Becomes the text of that number; returns false, and is empty, when there is none.
     bool LoadString(unsigned int number);
 
     /// Fills a pattern in the message notation of formatMessage.
@@ -73,15 +73,14 @@ inline std::strong_ordering operator<=>(const CString& a, const char* b) {
     return a.Compare(b) <=> 0;
 }
 
-/// An array of texts. Indices are the caller's duty, but for SetSize, where a negative size counts
-/// as 0.
+/// An array of texts. Indices must be valid; a negative size counts as 0.
 class KERF_EXPORT CStringArray {
 public:
     int GetSize() const { return static_cast<int>(texts_.size()); }
     bool IsEmpty() const { return texts_.empty(); }
     void SetSize(int size);  ///< cuts, or adds empty texts
     void RemoveAll() { texts_.clear(); }
-    int Add(const CString& text);  ///< answers the index
+    int Add(const CString& text);  ///< returns the index
 
     const CString& GetAt(int index) const { return texts_[checked(index)]; }
     void SetAt(int index, const CString& text) { texts_[checked(index)] = text; }

@@ -6,20 +6,19 @@
 
 #include "kerf/platform/config.h"
 
-// glibc lets a library that is loaded late keep a few such words beside those of the program:
-// reading them costs one load instead of a call.
+// glibc lets a library that is loaded late place a few thread-local words beside those of the
+// program: reading them costs one load instead of a call.
 #if defined(__GLIBC__)
 #define KERF_NEAR_THREAD_LOCAL __attribute__((tls_model("initial-exec")))
 #else
 #define KERF_NEAR_THREAD_LOCAL
 #endif
 
-// Objects of which each thread has its own, built when the thread first asks for it; and the lock
-// of the platform.
+// Objects of which each thread has its own, built when the thread first asks for it; and a lock.
 namespace kerf {
 
-/// Base of what a CThreadLocal holds. Its memory comes straight from the language's heap, so that
-/// the object may itself carry the library's allocator.
+/// The base of what a CThreadLocal holds. Its memory comes from the general heap, so that the object
+/// may itself hold the library's pools.
 class KERF_EXPORT CNoTrackObject {
 public:
     CNoTrackObject() = default;
@@ -31,18 +30,16 @@ public:
     static void operator delete(void* memory);
 };
 
-/// The untyped part of CThreadLocal. Constant-initialised: usable before any static object of the
-/// program is built.
-///
-/// Life:     a thread's object is built by the first GetData() in that thread and destroyed when the
-///           thread ends, later ones before earlier ones. The objects of the thread that loaded the
-///           library live until the CThreadLocal itself is destroyed, so that the program's static
-///           objects may still use them; of another thread, they outlive the CThreadLocal until the
-///           thread ends.
-/// Threads:  every function may be called from every thread.
+/// The untyped part of CThreadLocal. Constant-initialised: it may be used before any static object
+/// of the program is built.
+/// Lifetime: a thread's object is built by the first GetData() in that thread and destroyed when the
+///           thread ends, in the reverse order of building. It may outlive the CThreadLocal. The
+///           objects of the thread that loaded the library live until the CThreadLocal itself is
+///           destroyed, so that the program's static objects may still use them.
+/// Threads:  every function may be called from any thread.
 class KERF_EXPORT CThreadLocalObject {
 public:
-    /// What one thread last found, beside the serial number of the object it belongs to.
+    /// The object that one thread last found, and the serial number of its CThreadLocal.
     struct Found {
         std::uintptr_t serial = unused;
         CNoTrackObject* object = nullptr;
@@ -54,14 +51,14 @@ public:
     CThreadLocalObject& operator=(const CThreadLocalObject&) = delete;
     ~CThreadLocalObject();
 
-    /// The calling thread's object, built by `create` if there is none yet. `found` is kept up to
-    /// date: it is set here, and cleared before the object is destroyed.
+    /// The calling thread's object, built by `create` if there is none yet. `found` is set here and
+    /// cleared before the object is destroyed.
     CNoTrackObject* GetData(CNoTrackObject* (*create)(), Found& found);
     /// The calling thread's object, or null when there is none yet.
     CNoTrackObject* GetDataNA() const;
 
 protected:
-    /// 0 until the first object is asked for, then a number that no other has ever had.
+    /// 0 until the first object is asked for, then a number that no other CThreadLocal ever has.
     std::atomic<std::uintptr_t> serial{0};
 };
 
@@ -86,7 +83,7 @@ private:
     KERF_NEAR_THREAD_LOCAL static inline constinit thread_local Found found{};
 };
 
-/// A lock that its holder may take again; every Lock needs its Unlock. The lower-case names serve
+/// A lock that its holder may take again; every Lock needs its Unlock. The lower-case names are for
 /// std::lock_guard.
 class CriticalSection {
 public:

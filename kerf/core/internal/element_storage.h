@@ -8,12 +8,13 @@
 #include "kerf/core/file.h"
 #include "kerf/platform/config.h"
 
-// How the typed containers write their elements: a class by its own saveGuts and restoreGuts, or
-// saveOn and restoreFrom, and binaryStoreSize; a number or an enumeration by its bytes. An element of
-// any other type has no file form, and a container of such elements writes nothing at all.
+// How the typed containers write their elements. A class writes itself: by saveGuts and restoreGuts,
+// or by saveOn and restoreFrom, and with binaryStoreSize. Of a number or an enumeration the bytes are
+// written. An element of any other type has no file form, and a container of such elements writes
+// nothing at all.
 //
-// Numbers take the bytes they have in memory, but for `long`, which takes 4 on every platform: of a
-// larger one the lower 4 are kept.
+// Storage: numbers take the bytes they have in memory, except `long`, which takes 4 on every
+//          platform: of a larger one the lower 4 bytes are stored.
 namespace kerf {
 
 namespace detail {
@@ -52,7 +53,7 @@ concept WrittenAsArray = requires(ERFile& file, const T* stored, T* restored) {
     file.Read(restored, 1u);
 };
 
-// What is written of a number.
+// The type that is written for a number.
 template <class T>
 using Written = std::conditional_t<std::same_as<T, long>, ERLong,
                                    std::conditional_t<std::same_as<T, unsigned long>, ERULong, T>>;
@@ -73,7 +74,7 @@ void restoreElement(ERFile& file, T& element) {
         element.restoreFrom(file);
 }
 
-// The type of ERFile that carries numbers of that many bytes; larger ones go as two halves.
+// An unsigned type of that many bytes. ERFile writes those of up to 4; of 8 it gets two halves.
 template <std::size_t bytes>
 using RawCarrier = std::conditional_t<
     bytes == 1, unsigned char,
@@ -82,7 +83,7 @@ using RawCarrier = std::conditional_t<
 
 }  // namespace detail
 
-/// What the least of elements takes in a file.
+/// The fewest bytes that an element takes in a file.
 template <ERStorable T>
 constexpr ERULong smallestStoredSize() {
     if constexpr (ERStoredRaw<T>)
@@ -102,8 +103,8 @@ std::uint64_t storedSize(const T* elements, unsigned int n) {
     }
 }
 
-/// The answer of a binaryStoreSize; a size that does not fit is all ones, which no file has room
-/// for.
+/// The size as binaryStoreSize returns it. One that does not fit 32 bits becomes all ones, which no
+/// file has room for.
 constexpr ERULong storeSizeFrom(std::uint64_t bytes) {
     return static_cast<ERULong>(std::min<std::uint64_t>(bytes, 0xFFFFFFFFu));
 }
@@ -129,7 +130,8 @@ void saveElements(ERFile& file, const T* elements, unsigned int n) {
     }
 }
 
-/// Fills elements that are there already; numbers that the file does not hold whole become 0.
+/// Restores into existing elements.
+/// Damage: a number that the file does not hold whole becomes 0.
 template <ERStorable T>
 void restoreElements(ERFile& file, T* elements, unsigned int n) {
     if constexpr (ERStoresItself<T>) {
@@ -155,14 +157,14 @@ void restoreElements(ERFile& file, T* elements, unsigned int n) {
     }
 }
 
-/// Whether the rest of the file can hold n elements.
+/// True when the rest of the file can hold n elements.
 template <ERStorable T>
 bool canHold(const ERFile& file, unsigned int n) {
     return std::uint64_t{n} * smallestStoredSize<T>() <= file.remaining();
 }
 
-/// Reads the int before the elements; one that is negative, or more than the file can still hold,
-/// reads as 0.
+/// Reads the int before the elements.
+/// Damage: a count that is negative or more than the file can still hold reads as 0.
 template <ERStorable T>
 unsigned int restoreCount(ERFile& file) {
     int stored = 0;

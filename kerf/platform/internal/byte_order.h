@@ -11,7 +11,8 @@ namespace kerf {
 constexpr bool hostIsLittleEndian = std::endian::native == std::endian::little;
 static_assert(hostIsLittleEndian || std::endian::native == std::endian::big);
 
-/// Turns values in memory from the host's order to the file's or back: nothing on most hosts.
+/// Converts values in place from the host's order to the file's or back; does nothing on a
+/// little-endian host.
 template <class T>
 void swapToLittleEndian([[maybe_unused]] T* values, [[maybe_unused]] std::size_t count) {
     if constexpr (!hostIsLittleEndian && sizeof(T) > 1) {

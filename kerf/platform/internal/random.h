@@ -3,7 +3,7 @@
 
 namespace kerf {
 
-/// The largest answer of randomDraw, on every platform.
+/// The largest number that randomDraw returns, on every platform.
 constexpr int largestRandomDraw = 32767;
 
 /// The standard library's draw cut to 15 bits: 0 to 32767, seeded by std::srand.

@@ -13,14 +13,14 @@ namespace kerf {
 
 namespace {
 
-// What is assumed to be below the first call where the system tells no more.
+// The bytes assumed on either side of the first call where the system does not say.
 constexpr std::uintptr_t assumedSize = 256 << 10;
 
-// A stack from its lowest address up; below `limit` little is left, since stacks grow downwards. The
-// last third is kept for what a recursion calls.
+// A stack from its lowest address up to its end. Stacks grow downwards: below `limit` only a third is
+// left, which is kept for the functions that a recursion calls.
 struct Stack {
-    Stack(std::uintptr_t first, std::uintptr_t behindLast)
-        : low(first), high(behindLast), limit(first + (behindLast - first) / 3) {}
+    Stack(std::uintptr_t lowest, std::uintptr_t end)
+        : low(lowest), high(end), limit(lowest + (end - lowest) / 3) {}
     bool holds(std::uintptr_t place) const { return low <= place && place < high; }
 
     std::uintptr_t low;
@@ -49,10 +49,10 @@ Stack findStack() {
     if (::pthread_getattr_np(::pthread_self(), &attributes) == 0) {
         void* start = nullptr;
         std::size_t size = 0;
-        const bool told = ::pthread_attr_getstack(&attributes, &start, &size) == 0;
+        const bool isKnown = ::pthread_attr_getstack(&attributes, &start, &size) == 0;
         ::pthread_attr_destroy(&attributes);
         const auto low = reinterpret_cast<std::uintptr_t>(start);
-        if (told) return Stack(low, low + size);
+        if (isKnown) return Stack(low, low + size);
     }
 #endif
     const std::uintptr_t here = placeInStack();

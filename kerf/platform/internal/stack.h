@@ -3,9 +3,9 @@
 
 namespace kerf {
 
-/// Whether the calling thread has used two thirds of its stack: a recursion that data drive ends
-/// there. False on a stack that the program has made itself, of which nothing is known. Quick from
-/// the second call in a thread on.
+/// True when the calling thread has used two thirds of its stack: the limit of a recursion whose
+/// depth comes from data. False on a stack that the program has allocated itself, whose size is not
+/// known. The first call in a thread asks the system, the others are quick.
 KERF_EXPORT bool stackIsShort();
 
 }  // namespace kerf
