@@ -77,23 +77,18 @@ TYPED_TEST(StoredContainer, ComesBackElementByElement) {
 }
 
 TYPED_TEST(StoredContainer, DamagedCountsReadAsNothingOrWhatIsThere) {
-    const auto fileWithCount = [this](std::size_t size, int count) {
+    const auto restored = [this](std::size_t size, int count, auto container) {
         this->temporary.setBytes(std::string(size, 'x'));
         this->file.SeekTo(0);
         this->file.Write(count);
         this->file.SeekTo(0);
+        container.restoreGuts(this->file);
+        return container.entries();
     };
-    for (const int count : {-1, 3, 0x7FFFFFFF}) {
-        fileWithCount(20, count);
-        auto numbers = filled<typename TypeParam::template Of<double>>(std::vector<double>(1));
-        numbers.restoreGuts(this->file);
-        EXPECT_TRUE(numbers.isEmpty()) << count;
-    }
+    const typename TypeParam::template Of<double> numbers;
+    for (const int count : {-1, 3, 0x7FFFFFFF}) EXPECT_EQ(restored(20, count, numbers), 0u);
     // The count fits the bytes that are there, not the elements.
-    fileWithCount(100004, 90000);
-    typename TypeParam::template Of<Blob> blobs;
-    blobs.restoreGuts(this->file);
-    EXPECT_LT(blobs.entries(), 50000u);
+    EXPECT_LT(restored(100004, 90000, typename TypeParam::template Of<Blob>()), 50000u);
 }
 
 }  // namespace

@@ -22,15 +22,15 @@ struct Family {
     // list.
     static std::vector<int> numbers(List& list) {
         std::vector<int> forward, backward;
-        Iterator walk(list);
+        Iterator position(list);
         Link* last = nullptr;
-        while (Link* const link = ++walk) {
+        while (Link* const link = ++position) {
             last = link;
             forward.push_back(static_cast<Node*>(link)->number);
         }
-        if constexpr (requires { walk.backup(); }) {
-            EXPECT_EQ(walk += 9, nullptr);
-            while (Link* const link = walk -= 1)
+        if constexpr (requires { position.backup(); }) {
+            EXPECT_EQ(position += 9, nullptr);
+            while (Link* const link = position -= 1)
                 backward.insert(backward.begin(), static_cast<Node*>(link)->number);
             EXPECT_EQ(backward, forward);
         }
@@ -56,33 +56,33 @@ TYPED_TEST(IntrusiveList, FollowsAVectorThroughRandomOperations) {
     std::mt19937 random(11);
     for (int step = 0; step < 3000; ++step) {
         const auto i = static_cast<unsigned int>(random() % (wanted.size() + 1));
-        typename TypeParam::Iterator walk(list);
+        typename TypeParam::Iterator position(list);
         if (random() % 8 < 5) {
             Node& node = nodes.emplace_back();
             node.number = step;
-            const auto way = random() % 5;
-            if (way == 0) list.prepend(&node);
-            if (way == 1) list.append(&node);
-            if (way == 2 || (way == 3 && i == 0)) list.insertAt(i, &node);
-            if (way == 3 && i > 0) list.insertAfterLink(list.at(i - 1), &node);
-            if (way == 4) walk += i, walk.insertAfterPoint(&node);
-            const std::size_t at = way == 0 ? 0 : way == 1 ? wanted.size() : i;
+            const auto action = random() % 5;
+            if (action == 0) list.prepend(&node);
+            if (action == 1) list.append(&node);
+            if (action == 2 || (action == 3 && i == 0)) list.insertAt(i, &node);
+            if (action == 3 && i > 0) list.insertAfterLink(list.at(i - 1), &node);
+            if (action == 4) position += i, position.insertAfterPoint(&node);
+            const std::size_t at = action == 0 ? 0 : action == 1 ? wanted.size() : i;
             wanted.insert(wanted.begin() + static_cast<std::ptrdiff_t>(at), step);
-        } else if (walk += i + 1; i == wanted.size()) {
-            ASSERT_EQ(walk.remove(), nullptr);
+        } else if (position += i + 1; i == wanted.size()) {
+            ASSERT_EQ(position.remove(), nullptr);
         } else {
             auto* const link = list.at(i);
-            ASSERT_TRUE(static_cast<Node*>(link)->number == wanted[i] &&
-                        list.containsReference(link));
-            const auto way = random() % 3;
-            auto* const out = way == 0   ? list.removeAt(i)
-                              : way == 1 ? list.removeReference(link)
-                                         : walk.remove();
+            ASSERT_EQ(static_cast<Node*>(link)->number, wanted[i]);
+            ASSERT_TRUE(list.containsReference(link));
+            const auto action = random() % 3;
+            auto* const out = action == 0   ? list.removeAt(i)
+                              : action == 1 ? list.removeReference(link)
+                                            : position.remove();
             ASSERT_EQ(out, link);
             ASSERT_FALSE(list.containsReference(link));
             wanted.erase(wanted.begin() + i);
-            if (way == 2) {  // the iterator goes on behind what was removed
-                ASSERT_EQ(walk += 1, i == wanted.size() ? nullptr : list.at(i));
+            if (action == 2) {  // the iterator goes on after what was removed
+                ASSERT_EQ(position += 1, i == wanted.size() ? nullptr : list.at(i));
             }
         }
         ASSERT_EQ(TypeParam::numbers(list), wanted);
@@ -92,15 +92,31 @@ TYPED_TEST(IntrusiveList, FollowsAVectorThroughRandomOperations) {
 TYPED_TEST(IntrusiveList, IteratorsTellTheEndsFromTheElements) {
     typename TypeParam::Node a, b;
     typename TypeParam::List list, other(&a);
-    typename TypeParam::Iterator walk(list);
-    EXPECT_FALSE(walk.atFirst() || walk.atLast());
+    typename TypeParam::Iterator position(list);
+    EXPECT_FALSE(position.atFirst() || position.atLast());
     other.append(&b);
-    walk.reset(other);
-    EXPECT_TRUE((walk += 1) == &a && walk.atFirst() && !walk.atLast());
-    EXPECT_TRUE(walk.toLast() == &b && walk.atLast() && !walk.atFirst());
-    EXPECT_TRUE((walk += 1) == nullptr && !walk.atLast());
-    a = b;  // values alone
-    EXPECT_TRUE(other.at(0) == &a && other.at(1) == &b);
+    position.reset(other);
+    EXPECT_EQ(position += 1, &a);
+    EXPECT_EQ(position.atFirst(), 1);
+    EXPECT_EQ(position.atLast(), 0);
+    EXPECT_EQ(position.toLast(), &b);
+    EXPECT_EQ(position.atFirst(), 0);
+    EXPECT_EQ(position.atLast(), 1);
+    EXPECT_EQ(position += 1, nullptr);
+    EXPECT_EQ(position.atLast(), 0);
+    a = b;  // the links stay
+    EXPECT_EQ(other.at(0), &a);
+    EXPECT_EQ(other.at(1), &b);
+}
+
+TYPED_TEST(IntrusiveList, InsertsAtTheEndFromPastTheLast) {
+    typename TypeParam::Node a, b;
+    typename TypeParam::List list(&a);
+    typename TypeParam::Iterator position(list);
+    position += 5;
+    position.insertAfterPoint(&b);
+    EXPECT_EQ(list.last(), &b);
+    EXPECT_EQ(TypeParam::numbers(list).size(), 2u);
 }
 
 TEST(ValueList, MovesItsLinks) {
@@ -108,7 +124,8 @@ TEST(ValueList, MovesItsLinks) {
     for (int i = 0; i < 3; ++i) list.append(i);
     const int* const first = &list.first();
     other = std::move(list);
-    EXPECT_TRUE(&other.first() == first && list.isEmpty());
+    EXPECT_EQ(&other.first(), first);
+    EXPECT_EQ(list.isEmpty(), 1);  // NOLINT(bugprone-use-after-move)
     EXPECT_EQ(std::vector<int>(other.begin(), other.end()), (std::vector<int>{0, 1, 2}));
 }
 

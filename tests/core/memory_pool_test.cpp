@@ -65,16 +65,39 @@ TEST(Pool, FreedChunksLeaveTheChainAnywhere) {
     }
 }
 
+TEST(Pool, ItsChunksHoldTheirSlotsAndNothingElse) {
+    ERMemPool pool(100, 5);
+    pool.alloc();
+    const ERChunk& chunk = *pool.chunks();
+    const char* const first = reinterpret_cast<const char*>(&chunk + 1);
+    const char* const end = first + chunk.capacity() * chunkSlotSize(chunk.itemSize());
+    EXPECT_EQ(chunk.IsInBound(first - 1), 0);
+    EXPECT_EQ(chunk.IsInBound(first), 1);
+    EXPECT_EQ(chunk.IsInBound(end - 1), 1);
+    EXPECT_EQ(chunk.IsInBound(end), 0);
+}
+
+TEST(Pool, PurgingForgetsTheWaitingItemsToo) {
+    ERMemPool pool(100, 5);
+    pool.free(pool.alloc());
+    pool.purge();
+    EXPECT_EQ(pool.freeCount(), 0u);
+    void* const item = pool.alloc();
+    ASSERT_NE(pool.chunks(), nullptr);
+    EXPECT_EQ(pool.chunks()->IsInBound(item), 1);
+}
+
 TEST(PoolObject, RequestsGoToThePoolOfTheirSize) {
     for (std::size_t bytes = 1; bytes <= 400; ++bytes) {
         void* const object = std::memset(ERMemoryPool::operator new(bytes), 0xA5, bytes);
         const std::size_t pair = 2 * sizeof(void*), narrow = bytes < 8 ? 4 : 8;
         EXPECT_EQ(reinterpret_cast<std::uintptr_t>(object) % (bytes < pair ? narrow : pair), 0u);
         const auto index = static_cast<unsigned int>((bytes + 4) / 4);
-        ERChunk* const chunk = ERChunk::of(object);  // told by the word before an object
+        ERChunk* const chunk = ERChunk::of(object);  // the word before an object
         ASSERT_EQ(chunk != nullptr, index < 48);
-        EXPECT_TRUE(chunk == nullptr || (chunk->pool() == &threadData().pool(index) &&
-                                         chunk->itemSize() == 4 * (index + 1)));
+        EXPECT_EQ(chunk == nullptr ? nullptr : chunk->pool(),
+                  chunk == nullptr ? nullptr : &threadData().pool(index));
+        EXPECT_EQ(chunk == nullptr ? 0 : chunk->itemSize(), chunk == nullptr ? 0 : 4 * (index + 1));
         ERMemoryPool::operator delete(object);
     }
 }
@@ -93,7 +116,8 @@ TEST(PoolObject, GoesBackToThePoolThatMadeItFromAnyThread) {
         delete small;
         delete owned;
     }).join();
-    EXPECT_TRUE(home->freeCount() == waiting + 1 && own.freeCount() == 1);
+    EXPECT_EQ(home->freeCount(), waiting + 1);
+    EXPECT_EQ(own.freeCount(), 1u);
 }
 
 }  // namespace

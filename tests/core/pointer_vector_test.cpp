@@ -6,6 +6,8 @@
 #include <map>
 #include <memory>
 #include <random>
+#include <sstream>
+#include <utility>
 #include <vector>
 
 #include "kerf/core/value_vector.h"
@@ -48,6 +50,81 @@ TEST(OrderedVectors, FollowAStandardVector) {
     EXPECT_EQ(shared.use_count(), 1);
 }
 
+TEST(PointerVector, CopiesMovesAndFills) {
+    int x, y;
+    ERTPtrVector<int> a(3, &x);
+    a[1] = &y;
+    ERTPtrVector<int> copy(a);
+    EXPECT_NE(copy.data(), a.data());
+    copy[0] = &y;
+    EXPECT_EQ(a[0], &x);
+    copy = a;
+    EXPECT_TRUE(std::equal(copy.begin(), copy.end(), a.begin(), a.end()));
+    void** const array = a.data();
+    const ERTPtrVector<int> moved(std::move(a));
+    EXPECT_EQ(moved.data(), array);
+    EXPECT_EQ(a.length(), 0u);  // NOLINT(bugprone-use-after-move)
+    copy = &x;
+    EXPECT_EQ(std::count(copy.begin(), copy.end(), &x), 3);
+}
+
+TEST(PointerVector, NewElementsAreNullAfterResize) {
+    int x;
+    for (const unsigned int former : {0u, 1u, 3u}) {
+        { const ERPtrVector used(60, &x); }  // so that the heap gives out memory that is not zero
+        ERPtrVector v(former, &x);
+        v.resize(60);
+        EXPECT_EQ(std::count(v.data(), v.data() + former, &x), former);
+        EXPECT_EQ(std::count(v.data() + former, v.data() + 60, nullptr), 60 - former);
+        v.resize(1);
+        EXPECT_EQ(v.length(), 1u);
+    }
+}
+
+TEST(ValueVector, ReshapingKeepsTheFirstElements) {
+    ERTValVector<int> v(3, 5);
+    v.reshape(5);
+    std::ostringstream text;
+    v.printOn(text);
+    v.reshape(2);
+    v.printOn(text);
+    EXPECT_EQ(text.str(), "[5 5 5 0 0][5 5]");
+}
+
+// A pointer that counts its holders and cannot be moved, so that what is moved from keeps its share.
+class Holder {
+public:
+    Holder() = default;
+    explicit Holder(int& holders) : holders_(&holders) { ++holders; }
+    Holder(const Holder& other) : Holder() { *this = other; }
+    ~Holder() { count(-1); }
+    Holder& operator=(const Holder& other) {
+        count(-1);
+        holders_ = other.holders_;
+        count(1);
+        return *this;
+    }
+
+private:
+    void count(int change) {
+        if (holders_ != nullptr) *holders_ += change;
+    }
+
+    int* holders_ = nullptr;
+};
+
+TEST(ValueVector, WhatIsTakenOutIsHeldNoMore) {
+    int first = 0, second = 0;
+    ERTValOrderedVector<Holder> v;
+    v.append(Holder(first));
+    v.append(Holder(second));
+    v.removeAt(0);
+    EXPECT_EQ(first, 0);
+    EXPECT_EQ(second, 1);
+    v.removeAt(0);
+    EXPECT_EQ(second, 0);
+}
+
 // Oracle: std::multimap, which keeps the order of arrival of equal keys.
 TEST(SortedVector, FollowsAMultimap) {
     for (const unsigned int keys : {1u, 5u, 300u}) {
@@ -62,11 +139,11 @@ TEST(SortedVector, FollowsAMultimap) {
             const auto run = static_cast<unsigned int>(std::distance(from, to));
             ASSERT_EQ(sorted.index(&x), run == 0 ? ~0u : first);
             ASSERT_EQ(sorted.occurrencesOf(&x), run);
-            const auto way = random() % 10;
-            if (way == 0) {
+            const auto action = random() % 10;
+            if (action == 0) {
                 ASSERT_EQ(sorted.removeAll(&x), run);
                 wanted.erase(from, to);
-            } else if (way < 3) {
+            } else if (action < 3) {
                 ASSERT_EQ(sorted.remove(&x), run == 0 ? nullptr : from->second);
                 if (run != 0) wanted.erase(from);
             } else {

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cctype>
+#include <iomanip>
 #include <random>
 #include <sstream>
 #include <string>
@@ -28,14 +29,17 @@ ERCString fromStd(const std::string& s) { return {s.data(), static_cast<unsigned
 TEST(String, CopiesShareABlockAndEmptyStringsOneThatIsNeverWritten) {
     ERCString a;
     const ERCString b, none(ERCString("x").strip(ERCString::both, 'x'));
-    EXPECT_TRUE(a.data() == b.data() && b.data() == none.data());
+    EXPECT_EQ(a.data(), b.data());
+    EXPECT_EQ(b.data(), none.data());
     a.append('x');
     std::vector<ERCString>(100)[1].toUpper();  // releasing holders leaves it in place
-    EXPECT_TRUE(a == "x" && b == "");
+    EXPECT_EQ(a, "x");
+    EXPECT_EQ(b, "");
     ERCString copy;
     copy = a;
     const ERCString moved(std::move(a));
-    EXPECT_TRUE(copy.data() == moved.data() && a.isNull());
+    EXPECT_EQ(copy.data(), moved.data());
+    EXPECT_EQ(a.isNull(), 1);  // NOLINT(bugprone-use-after-move)
     copy.toUpper();
     EXPECT_EQ(copy + moved, "Xx");
 }
@@ -66,19 +70,20 @@ TEST(String, EditsMatchStdString) {
             const unsigned int position = below(size + 1);
             const unsigned int n = below(8) == 0 ? npos : below(20);
             const auto both = [&](auto edit) { edit(expected), edit(text); };
-            const unsigned int way = below(11);
-            if (way == 0) both([&](auto& s) { s.append(given, count); });
-            if (way == 1) both([&](auto& s) { s.insert(position, given, count); });
-            if (way == 2) both([&](auto& s) { s.replace(position, n, given, count); });
-            if (way == 3) both([&](auto& s) { s = given; });  // up to its first 0
-            if (way == 4 && size > 0) both([&](auto& s) { s[position % size] = 'w'; });
-            if (way == 5) text.prepend(given, count), expected.insert(0, source);
-            if (way == 6) text.remove(position, n), expected.erase(position, n);
-            if (way == 7) text.resize(n % 50), expected.resize(n % 50, ' ');
-            if (way == 8) text(position, n) = fromStd(source);
-            if (way == 9) text.replace(position, n, text, count), source = before.substr(0, count);
-            if (way == 8 || way == 9) expected.replace(position, n, source);
-            if (way == 10) {
+            const unsigned int action = below(11);
+            if (action == 0) both([&](auto& s) { s.append(given, count); });
+            if (action == 1) both([&](auto& s) { s.insert(position, given, count); });
+            if (action == 2) both([&](auto& s) { s.replace(position, n, given, count); });
+            if (action == 3) both([&](auto& s) { s = given; });  // up to its first 0
+            if (action == 4 && size > 0) both([&](auto& s) { s[position % size] = 'w'; });
+            if (action == 5) text.prepend(given, count), expected.insert(0, source);
+            if (action == 6) text.remove(position, n), expected.erase(position, n);
+            if (action == 7) text.resize(n % 50), expected.resize(n % 50, ' ');
+            if (action == 8) text(position, n) = fromStd(source);
+            if (action == 9)
+                text.replace(position, n, text, count), source = before.substr(0, count);
+            if (action == 8 || action == 9) expected.replace(position, n, source);
+            if (action == 10) {
                 text(position, n).toUpper();
                 for (std::size_t i = position; i < expected.size() && i - position < n; ++i)
                     expected[i] = static_cast<char>(std::toupper(expected[i]));
@@ -90,15 +95,18 @@ TEST(String, EditsMatchStdString) {
     }
 }
 
-TEST(String, PositionsBehindTheEndAndNullTextsAreHarmless) {
+TEST(String, PositionsPastTheEndAndNullTextsAreHarmless) {
     ERCString a("abc");
     const char* null = nullptr;
     a.insert(99, "d").remove(50).replace(77, 5, "e").append(null).prepend(null, 4);
     a.append(ERCString("fgh"), 99).append("i\0j", 3);
     EXPECT_EQ(toStd(a), std::string("abcdefghi\0j", 11));
-    a.remove(1, npos).append('x', npos);            // past what a string can hold: not made
-    EXPECT_TRUE(!a(2, 1) && a(1, 1).start() == 1);  // an empty part at the end
-    EXPECT_TRUE(a.index(null) == 0 && a.compareTo(null) == 1 && a == "a");
+    a.remove(1, npos).append('x', npos);  // more than a string can hold: nothing is done
+    EXPECT_EQ(a, "a");
+    EXPECT_TRUE(!a(2, 1));
+    EXPECT_EQ(a(1, 1).start(), 1u);  // an empty part at the end
+    EXPECT_EQ(a.index(null), 0u);
+    EXPECT_EQ(a.compareTo(null), 1);
 }
 
 TEST(String, ComparesAndHashesUnsignedBytes) {
@@ -132,7 +140,27 @@ TEST(String, IndexFindsWhatStdStringFinds) {
                   static_cast<unsigned int>(lower(hay).find(lower(needle), start)));
     }
     const ERCString zeros("ab\0ab/c", 7);
-    EXPECT_TRUE(zeros.last('b') == 1 && zeros.first("/c") == npos);  // seen up to the first 0
+    EXPECT_EQ(zeros.last('b'), 1u);  // Kept: up to the first 0
+    EXPECT_EQ(zeros.first("/c"), npos);
+}
+
+TEST(String, TellsAsciiAndWhatItContains) {
+    const ERCString text("Caf\x7F");
+    EXPECT_EQ(text.isAscii(), 1);
+    EXPECT_EQ(ERCString("Caf\x80").isAscii(), 0);
+    EXPECT_EQ(text.contains("af"), 1);
+    EXPECT_EQ(text.contains("AF"), 0);
+    EXPECT_EQ(text.contains(ERCString("AF"), ERCString::ignoreCase), 1);
+}
+
+TEST(String, LowerCaseReachesNoCopy) {
+    const ERCString first("ABC-\xC9");
+    ERCString second(first), third(first);
+    second.toLower();
+    third(1, 2).toLower();
+    EXPECT_EQ(first, "ABC-\xC9");
+    EXPECT_EQ(second, "abc-\xC9");
+    EXPECT_EQ(third, "Abc-\xC9");
 }
 
 TEST(String, ViewsWriteThroughToTheString) {
@@ -145,9 +173,14 @@ TEST(String, ViewsWriteThroughToTheString) {
     ERCSubString two = numbers(4, 3);
     numbers("thre+") = "";  // a pattern
     EXPECT_EQ(numbers, "one two ");
-    numbers = "on";  // shorter than the view: it is empty now, and writes at the end
+    numbers = "on";  // ends before the view: it is empty now, and writes at the end
     two = "ly";
     EXPECT_EQ(numbers, "only");
+    two = "ce more";
+    two = "e";  // the whole of the text assigned before
+    EXPECT_EQ(numbers, "one");
+    numbers.subString("NE", ERCString::ignoreCase) = "ther";
+    EXPECT_EQ(numbers, "other");
 }
 
 TEST(String, ReadsLinesWordsAndDelimitedFields) {
@@ -157,8 +190,20 @@ TEST(String, ReadsLinesWordsAndDelimitedFields) {
     const auto take = [&](bool) { read += toStd(text) + '|'; };
     take(!text.readLine(in)), take(!text.readLine(in, 0)), take(!text.readToken(in));
     take(!text.readToDelim(in, ';')), take(!text.readString(in));
-    while (in >> text) take(true);
+    while (in >> std::setw(3) >> text) take(true);  // a width cuts no word
     EXPECT_EQ(read, "first line||last| a|b;|word1|word2|");
+}
+
+TEST(String, ReadsAllThatIsLeft) {
+    const std::string all = std::string("\0 x\n", 4) + std::string(5000, 'y');
+    std::istringstream in(all);
+    ERCString text("before");
+    text.readFile(in);
+    EXPECT_EQ(toStd(text), all);
+    EXPECT_FALSE(in.fail());
+    in.clear();
+    EXPECT_TRUE(text.readFile(in).fail());
+    EXPECT_EQ(text.isNull(), 1);
 }
 
 using StringInAFile = test::DisturbedFile<ERFile>;
@@ -170,7 +215,12 @@ TEST_F(StringInAFile, IsItsLengthAndBytesOrEmptyWhenDamaged) {
     ERCString restored("before"), empty("not yet");
     file.SeekTo(0);
     file >> restored >> empty;
-    EXPECT_TRUE(restored == stored && empty.isNull());
+    EXPECT_EQ(restored, stored);
+    EXPECT_EQ(empty.isNull(), 1);
+    file.SetLength(8);  // the string is the last thing in the file
+    file.SeekTo(0);
+    file >> empty;
+    EXPECT_EQ(empty, stored);
     for (const unsigned int length : {4u, 0xFFFFFFFFu, 0x7FFFFFFFu, 0x80000000u}) {
         file.SetLength(7);
         file.SeekTo(0);
@@ -178,7 +228,8 @@ TEST_F(StringInAFile, IsItsLengthAndBytesOrEmptyWhenDamaged) {
         ERCString text("before");
         file.SeekTo(0);
         file >> text;
-        EXPECT_TRUE(text.isNull() && file.CurOffset() <= 4);
+        EXPECT_EQ(text.isNull(), 1) << length;
+        EXPECT_LE(file.CurOffset(), 4);
     }
 }
 

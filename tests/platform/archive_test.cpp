@@ -51,11 +51,12 @@ TEST_F(Archive, ComesBackThroughBuffersOfEverySize) {
             int n = -1;
             double root = -1;
             archive >> n >> root;
-            ASSERT_TRUE(n == i && root == std::sqrt(i)) << n << ' ' << root;
+            ASSERT_EQ(n, i);
+            ASSERT_EQ(root, std::sqrt(i));
         }
         EXPECT_EQ(archive.Read(read.data(), 4000), 4000u);
         archive.Close();
-        EXPECT_EQ(file.GetPosition(), 16000);  // behind what was taken
+        EXPECT_EQ(file.GetPosition(), 16000);  // after what was taken
         EXPECT_EQ(CArchive(&file, CArchive::load).Read(&read[4000], 2000), 1000u);
         EXPECT_EQ(read, block);
     }

@@ -6,8 +6,8 @@
 
 namespace kerf::test {
 
-// Files are looked at by other means while they are open, which Windows refuses to everybody when a
-// file is held alone.
+// Tests read files by other means while they are open, which Windows refuses when a file is held
+// exclusively.
 #if defined(_WIN32)
 constexpr unsigned int exclusive = CFile::shareDenyNone;
 #else

@@ -19,7 +19,8 @@ TEST(ExtensionModule, IsInitialisedOnceAndTakesItsLibrariesWithIt) {
     const std::vector<CDynLinkLibrary*> before = CDynLinkLibrary::attachedTo(AfxGetModuleState());
     ASSERT_EQ(before.size(), 1u);
     ExtensionModule module{"ours"}, other{"other"};
-    EXPECT_TRUE(initExtensionModule(module) == 1 && initExtensionModule(module) == 0);
+    EXPECT_EQ(initExtensionModule(module), 1);
+    EXPECT_EQ(initExtensionModule(module), 0);
     int deleted = 0, kept = 0;
     auto* const first = new Library(module, deleted);
     Library foreign(other, kept);
@@ -32,7 +33,8 @@ TEST(ExtensionModule, IsInitialisedOnceAndTakesItsLibrariesWithIt) {
               (std::vector<CDynLinkLibrary*>{&foreign, first, before[0]}));
     EXPECT_EQ(CDynLinkLibrary::attachedTo(&own), (std::vector<CDynLinkLibrary*>{second}));
     termExtensionModule(module);
-    EXPECT_TRUE(deleted == 2 && kept == 0);
+    EXPECT_EQ(deleted, 2);
+    EXPECT_EQ(kept, 0);
     EXPECT_EQ(CDynLinkLibrary::attachedTo(application),
               (std::vector<CDynLinkLibrary*>{&foreign, before[0]}));
     EXPECT_EQ(initExtensionModule(module), 1);

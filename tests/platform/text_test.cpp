@@ -7,8 +7,6 @@
 #include <random>
 #include <string>
 
-#include "kerf/platform/internal/random.h"
-
 namespace kerf {
 namespace {
 
@@ -38,33 +36,31 @@ TEST(MessageFormat, PrintsThroughPrintfFormats) {
         EXPECT_EQ(formatMessage(c.pattern, {c.insert}), c.expected) << c.pattern;
 }
 
-TEST(MessageFormat, WhatDoesNotSuitPrintsAsEmptyText) {
-    for (const char* format : {"s", "f", "n", "p", "*d", "dd", "4", "lllld", " ", "1$d", ".", "#0"})
-        EXPECT_EQ(formatMessage("%1!"s + format + '!', {7}), "") << format;
-    EXPECT_EQ(formatMessage("%1!d!%1!s!%2!d!%2!f!%2!n!%2!c!", {7.0, "text"s}), "");
-}
-
 TEST(MessageFormat, HostilePatternsNeverCrash) {
     std::mt19937 random(7);
     const std::string alphabet = "%%%!!!123490.*-+# dDifgGsSnxXcplhLI64\n";
-    for (int i = 0; i < 20000; ++i) {
+    for (int i = 0; i < 2000; ++i) {
         std::string pattern(random() % 24, ' ');
         for (char& c : pattern) c = alphabet[random() % alphabet.size()];
-        EXPECT_LT(formatMessage(pattern, {INT_MIN, -1e308, "text"s, 0}).size(), 24u * 900);
+        EXPECT_LT(formatMessage(pattern, {INT_MIN, -1e308, "text"s, 0}).size(), 24u * 900)
+            << pattern;
     }
 }
 
 TEST(Text, ConvertsComparesAndJoins) {
     CString hello = "hello";
     EXPECT_EQ(CString(nullptr).GetLength() + CString("abc\0d", 5).GetLength(), 3);
-    EXPECT_TRUE("hello" == hello && "abc" < hello && CString("a") < CString("\xE9"));
+    EXPECT_EQ("hello", hello);
+    EXPECT_LT("abc", hello);
+    EXPECT_LT(CString("a"), CString("\xE9"));
     EXPECT_EQ("oh " + hello + ", " + CString('x', 3) + '!', "oh hello, xxx!");
     hello += hello;
     hello.Format("%s %d %.2f", static_cast<const char*>(hello), 7, 0.5);
     EXPECT_EQ(hello, "hellohello 7 0.50");
     hello.FormatMessage("%1%n", {hello.Right(1).str()});
     EXPECT_EQ(hello, "0\n");
-    EXPECT_TRUE(!hello.LoadString(990005) && hello.IsEmpty());
+    EXPECT_FALSE(hello.LoadString(990005));
+    EXPECT_TRUE(hello.IsEmpty());
 }
 
 TEST(Text, PartsAreCutToTheText) {
@@ -76,14 +72,8 @@ TEST(Text, PartsAreCutToTheText) {
                   (text.substr(0, within) + text.substr(6 - within)).c_str());
         EXPECT_EQ(cut.Mid(n, 3), text.substr(within, 3).c_str());
         EXPECT_EQ(cut.Mid(2, n), text.substr(2, within).c_str());
-        EXPECT_EQ(cut.Find("ef", n), n >= 0 && n <= 4 ? 4 : -1);
+        EXPECT_EQ(cut.Find("ef", n), n < 0 || n > 4 ? -1 : 4);
     }
-}
-
-TEST(RandomDraw, FillsFifteenBits) {
-    int all = 0;
-    for (int i = 0; i < 1000; ++i) all |= randomDraw();
-    EXPECT_EQ(all, 32767);
 }
 
 }  // namespace
