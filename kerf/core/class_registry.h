@@ -98,9 +98,10 @@ struct ERClassLink {
 KERF_EXPORT void erreurCastDown(const ERClassRegistration* wanted,
                                 const ERClassRegistration* found);
 
-template <class Base, class Object>
+// The parameter's name must not be that of a member of the object's class, where it is looked up first.
+template <class DirectBase, class Object>
 void* castdownThroughBase(const Object& object, const ERClassRegistration& wanted) {
-    return object.Base::_castdown(wanted);
+    return object.DirectBase::_castdown(wanted);
 }
 
 /// Asks each base in turn for its part of the class `wanted`, and returns the last part found. One

@@ -54,13 +54,30 @@ std::uint64_t sizeOfField(const Field& field) {
         return field.binaryStoreSize();
 }
 
+// One base at a time: Clang 14 does not expand a pack in object.Bases::saveGuts(). The parameter's
+// name must not be that of a member of the object's class, where it is looked up first.
+template <class DirectBase, class T>
+void saveBase(const T& object, ERFile& file) {
+    object.DirectBase::saveGuts(file);
+}
+
+template <class DirectBase, class T>
+void restoreBase(T& object, ERFile& file) {
+    object.DirectBase::restoreGuts(file);
+}
+
+template <class DirectBase, class T>
+std::uint64_t sizeOfBase(const T& object) {
+    return object.DirectBase::binaryStoreSize();
+}
+
 }  // namespace detail
 
 /// What reaches the private `fields` and `fits` of a class.
 struct Access {
     template <class... Bases, class T>
     static void save(const T& object, ERFile& file) {
-        (object.Bases::saveGuts(file), ...);
+        (detail::saveBase<Bases>(object, file), ...);
         if constexpr (requires { T::fields(object); }) {
             std::apply([&](const auto&... field) { (detail::saveField(file, field), ...); },
                        T::fields(object));
@@ -69,7 +86,7 @@ struct Access {
 
     template <class... Bases, class T>
     static void restore(T& object, ERFile& file) {
-        (object.Bases::restoreGuts(file), ...);
+        (detail::restoreBase<Bases>(object, file), ...);
         if constexpr (requires { T::fields(object); }) {
             std::apply([&](auto&... field) { (detail::restoreField(file, field), ...); },
                        T::fields(object));
@@ -85,7 +102,7 @@ struct Access {
 
     template <class... Bases, class T>
     static ERULong size(const T& object) {
-        std::uint64_t bytes = (std::uint64_t{object.Bases::binaryStoreSize()} + ... + 0);
+        std::uint64_t bytes = (detail::sizeOfBase<Bases>(object) + ... + 0);
         if constexpr (requires { T::fields(object); }) {
             std::apply(
                 [&](const auto&... field) { bytes += (detail::sizeOfField(field) + ... + 0); },
