@@ -1,6 +1,5 @@
 #pragma once
-#include <algorithm>
-
+#include "kerf/core/internal/growth.h"
 #include "kerf/numerics/vector.h"
 
 namespace kerf {
@@ -10,7 +9,7 @@ namespace kerf {
 template <class T>
 void doubleWhenFull(ERSimpleVec<T>& list) {
     constexpr unsigned int most = 0xFFFFF000u / sizeof(T);  // whose bytes 32 bits count
-    if (list.length() == list.capacity()) list.capacity(std::min(2 * list.length(), most));
+    if (list.length() == list.capacity()) list.capacity(doubledRoom(list.length(), most));
 }
 
 }  // namespace kerf
