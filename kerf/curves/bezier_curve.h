@@ -6,10 +6,10 @@
 // Bézier curves, integral and rational.
 namespace kerf {
 
-class ERCpoleBezier2D;
-class ERCpoleBezier2DR;
-class ERCpoleBezier3D;
-class ERCpoleBezier3DR;
+class KERF_EXPORT ERCpoleBezier2D;
+class KERF_EXPORT ERCpoleBezier2DR;
+class KERF_EXPORT ERCpoleBezier3D;
+class KERF_EXPORT ERCpoleBezier3DR;
 
 namespace detail {
 
