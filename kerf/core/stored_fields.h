@@ -22,10 +22,10 @@
 //     ER_DEFINE_STORED_CLASS(ERDisk2D, EREntity2DWF)
 //
 // The record is that of each base, then the fields in the order of the list: numbers raw, anything
-// else by its own saveGuts. A class without fields has no `fields`. A class that must judge what a
-// damaged record gave has `bool fits() const`; where that returns false the fields are put back to
-// their default values. A class that keeps something derived from its fields has `void restored()`,
-// which is called last.
+// else by its own saveGuts. A class without fields of its own has no `fields`; the list that it
+// inherits is the base's. A class that must judge what a damaged record gave has `bool fits() const`;
+// where that returns false the fields are put back to their default values. A class that keeps
+// something derived from its fields has `void restored()`, which is called last.
 namespace kerf::stored {
 
 namespace detail {
@@ -75,10 +75,31 @@ std::uint64_t sizeOfBase(const T& object) {
 
 /// What reaches the private `fields` and `fits` of a class.
 struct Access {
+    // Whether the list of T is the one of Base, which the record of Base holds already.
+    template <class T, class Base>
+    static constexpr bool inheritsFields() {
+        if constexpr (requires { &Base::template fields<const T>; }) {
+            constexpr auto own = &T::template fields<const T>;
+            constexpr auto inherited = &Base::template fields<const T>;
+            if constexpr (std::is_same_v<decltype(own), decltype(inherited)>) {
+                return own == inherited;
+            }
+        }
+        return false;
+    }
+    template <class T, class... Bases>
+    static constexpr bool hasFields() {
+        if constexpr (requires { &T::template fields<const T>; }) {
+            return !(inheritsFields<T, Bases>() || ...);
+        } else {
+            return false;
+        }
+    }
+
     template <class... Bases, class T>
     static void save(const T& object, ERFile& file) {
         (detail::saveBase<Bases>(object, file), ...);
-        if constexpr (requires { T::fields(object); }) {
+        if constexpr (hasFields<T, Bases...>()) {
             std::apply([&](const auto&... field) { (detail::saveField(file, field), ...); },
                        T::fields(object));
         }
@@ -87,14 +108,15 @@ struct Access {
     template <class... Bases, class T>
     static void restore(T& object, ERFile& file) {
         (detail::restoreBase<Bases>(object, file), ...);
-        if constexpr (requires { T::fields(object); }) {
+        if constexpr (hasFields<T, Bases...>()) {
             std::apply([&](auto&... field) { (detail::restoreField(file, field), ...); },
                        T::fields(object));
-        }
-        if constexpr (requires { object.fits(); }) {
-            if (!object.fits()) {
-                std::apply([](auto&... field) { ((field = std::decay_t<decltype(field)>()), ...); },
-                           T::fields(object));
+            if constexpr (requires { object.fits(); }) {
+                if (!object.fits()) {
+                    std::apply(
+                        [](auto&... field) { ((field = std::decay_t<decltype(field)>()), ...); },
+                        T::fields(object));
+                }
             }
         }
         if constexpr (requires { object.restored(); }) object.restored();
@@ -103,7 +125,7 @@ struct Access {
     template <class... Bases, class T>
     static ERULong size(const T& object) {
         std::uint64_t bytes = (detail::sizeOfBase<Bases>(object) + ... + 0);
-        if constexpr (requires { T::fields(object); }) {
+        if constexpr (hasFields<T, Bases...>()) {
             std::apply(
                 [&](const auto&... field) { bytes += (detail::sizeOfField(field) + ... + 0); },
                 T::fields(object));

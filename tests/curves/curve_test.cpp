@@ -4,6 +4,7 @@
 
 #include <cmath>
 
+#include "kerf/curves/bezier_curve.h"
 #include "kerf/curves/bounded_curve.h"
 #include "kerf/curves/nurbs_curve.h"
 #include "kerf/values/box.h"
@@ -180,6 +181,12 @@ TEST(TrimmedCurve, TrimIsToldExactly) {
     cubic.redefineDomain(ERLimites(0.25, 0.5));
     EXPECT_EQ(cubic.Ndeb(), 0.25);
     EXPECT_EQ(cubic.getBound(), ERLimites(0.25, 0.5));
+}
+
+// The natural domain, the trim interval and the length of the poles: each class in between adds
+// nothing.
+TEST(TrimmedCurve, RecordHoldsEachIntervalOnce) {
+    EXPECT_EQ(ERCpoleBezier2D().binaryStoreSize(), 16u + 16u + 4u);
 }
 
 TEST(TrimmedCurve, PrintsBothIntervals) {
