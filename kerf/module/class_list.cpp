@@ -4,8 +4,10 @@
 #include "kerf/core/class_registry.h"
 #include "kerf/core/object.h"
 #include "kerf/curves/bezier_curve.h"
+#include "kerf/curves/infinite_line.h"
 #include "kerf/curves/nurbs_curve.h"
 #include "kerf/curves/planar_entity.h"
+#include "kerf/curves/segment.h"
 #include "kerf/display/result_text.h"
 #include "kerf/module/module.h"
 #include "kerf/persistence/database_object.h"
@@ -39,9 +41,13 @@ const ERClassRegistration* const classes[] = {
     ERFiniteEntity2DWFBoundedWithAngle::desc(),
     ERFiniteEntity3DWF::desc(),
     ERFiniteEntity3DWFBoundedWithAngle::desc(),
+    ERInfLine2D::desc(),
+    ERInfLine3D::desc(),
     ERLimitedEntity2DWF::desc(),
     ERLimitedEntity3DWF::desc(),
     ERPlanarEntity3DWF::desc(),
+    ERSegment2D::desc(),
+    ERSegment3D::desc(),
     ERTrimmedEntity2DWF::desc(),
     ERTrimmedEntity3DWF::desc(),
     // persistence

@@ -29,6 +29,7 @@ enum ContractExceptions : unsigned int {
     DerivativesJump = 64,           ///< has corners: differences across them mean nothing
     LengthIsParts = 128,            ///< kept: arcLength of limits counts whole pieces
     ProjectionIsAnotherKind = 256,  ///< get2DEntProjectedOn gives no curve of the same parameter
+    CountIsIgnored = 512,           ///< kept: approxime gives the ends whatever the count
 };
 
 template <class Space>
