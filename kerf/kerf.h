@@ -24,6 +24,7 @@
 #include "kerf/curves/nurbs_curve.h"
 #include "kerf/curves/planar_entity.h"
 #include "kerf/curves/pole_curve.h"
+#include "kerf/curves/polyline.h"
 #include "kerf/curves/segment.h"
 #include "kerf/curves/spline/basis_functions.h"
 #include "kerf/curves/spline/bernstein.h"

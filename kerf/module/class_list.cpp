@@ -7,6 +7,7 @@
 #include "kerf/curves/infinite_line.h"
 #include "kerf/curves/nurbs_curve.h"
 #include "kerf/curves/planar_entity.h"
+#include "kerf/curves/polyline.h"
 #include "kerf/curves/segment.h"
 #include "kerf/display/result_text.h"
 #include "kerf/module/module.h"
@@ -46,6 +47,10 @@ const ERClassRegistration* const classes[] = {
     ERLimitedEntity2DWF::desc(),
     ERLimitedEntity3DWF::desc(),
     ERPlanarEntity3DWF::desc(),
+    ERPolygone2D::desc(),
+    ERPolygone3D::desc(),
+    ERPolyline2D::desc(),
+    ERPolyline3D::desc(),
     ERSegment2D::desc(),
     ERSegment3D::desc(),
     ERTrimmedEntity2DWF::desc(),
