@@ -4,10 +4,12 @@
 #include "kerf/core/class_registry.h"
 #include "kerf/core/object.h"
 #include "kerf/curves/bezier_curve.h"
+#include "kerf/curves/composite_curve.h"
 #include "kerf/curves/infinite_line.h"
 #include "kerf/curves/nurbs_curve.h"
 #include "kerf/curves/planar_entity.h"
 #include "kerf/curves/polyline.h"
+#include "kerf/curves/polynomial_curve.h"
 #include "kerf/curves/segment.h"
 #include "kerf/display/result_text.h"
 #include "kerf/module/module.h"
@@ -28,6 +30,8 @@ const ERClassRegistration* const classes[] = {
     // core
     ERObject::desc(),
     // curves
+    ERCompCurve2D::desc(),
+    ERCompCurve3D::desc(),
     ERCpoleBezier2D::desc(),
     ERCpoleBezier2DR::desc(),
     ERCpoleBezier3D::desc(),
@@ -36,6 +40,8 @@ const ERClassRegistration* const classes[] = {
     ERCpoleNURBS3D::desc(),
     ERCpoleRep2D::desc(),
     ERCpoleRep3D::desc(),
+    ERCrvCompPoly2D::desc(),
+    ERCrvCompPoly3D::desc(),
     EREntity2DWF::desc(),
     EREntity3DWF::desc(),
     ERFiniteEntity2DWF::desc(),
@@ -46,6 +52,8 @@ const ERClassRegistration* const classes[] = {
     ERInfLine3D::desc(),
     ERLimitedEntity2DWF::desc(),
     ERLimitedEntity3DWF::desc(),
+    ERPatchCPoly2D::desc(),
+    ERPatchCPoly3D::desc(),
     ERPlanarEntity3DWF::desc(),
     ERPolygone2D::desc(),
     ERPolygone3D::desc(),
