@@ -41,11 +41,14 @@ typename BezierCurve<Kind>::Point BezierCurve<Kind>::operator()(double u) const 
 template <class Kind>
 typename Kind::Space::InfoPoint BezierCurve<Kind>::PtCur(double u) const {
     const unsigned int n = nbPoles();
-    if (n == 0) return typename Space::InfoPoint();
     const ERLimites domain(this->Ndeb(), this->Nfin());
-    if (domain.start() != domain.end()) return CasteljauAll(poles().data(), n, u, domain);
     typename Space::InfoPoint info;
-    info.point() = poles().first().castToPoint();
+    if (n > 0 && domain.start() != domain.end()) {
+        info = CasteljauAll(poles().data(), n, u, domain);
+    } else if (n > 0) {
+        info.point() = poles().first().castToPoint();
+    }
+    info.parameter() = u;
     return info;
 }
 

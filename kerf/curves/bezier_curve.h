@@ -61,7 +61,7 @@ using Bezier3DR = BezierKind<ERCpoleBezier3DR, Space3D, ERPole3DH, PublicPoles<E
 ///
 /// Parameter: u in the trim interval; outside, the polynomial goes on.
 /// Kept:      the second derivative of PtCur carries the length of the natural domain once where the
-///            true one has its square, and the parameter of PtCur is t.
+///            true one has its square.
 template <class Kind>
 class KERF_EXPORT BezierCurve
     : public CarriedByPoints<BezierCurve<Kind>, typename Kind::Space::PoleCurve,

@@ -161,5 +161,14 @@ TEST(NurbsJoining, FlagAsksForOneTangent) {
     expectTraces(joined, whole, 0.0);
 }
 
+TEST(PoleCurve, GivesThePointItWasAskedForItsParameter) {
+    for (const PlaneCurveSample& sample : planeCurves()) {
+        const t_SmartPtr<ERFiniteEntity2DWF> curve(sample.make());
+        EXPECT_EQ(curve->PtCur(2.75).parameter(), 2.75) << sample.name;
+    }
+    EXPECT_EQ(ERCpoleBezier3D().PtCur(0.4).parameter(), 0.4);
+    EXPECT_EQ(ERCpoleBezier3D(spacePoles(), ERLimites(1.0, 1.0)).PtCur(0.4).parameter(), 0.4);
+}
+
 }  // namespace
 }  // namespace kerf::test
