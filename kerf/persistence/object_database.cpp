@@ -9,7 +9,7 @@
 
 #include "kerf/persistence/disk_btree.h"
 #include "kerf/persistence/internal/number_key.h"
-#include "kerf/persistence/record_file.h"
+#include "kerf/persistence/internal/record_file.h"
 #include "kerf/platform/exceptions.h"
 #include "kerf/platform/internal/stack.h"
 #include "kerf/platform/sinks.h"

@@ -9,7 +9,7 @@
 #include "kerf/core/object.h"
 #include "kerf/core/reference.h"
 #include "kerf/core/smart_pointer.h"
-#include "kerf/persistence/nested_ids.h"
+#include "kerf/persistence/internal/nested_ids.h"
 
 namespace kerf {
 

@@ -1,4 +1,4 @@
-#include "kerf/persistence/record_file.h"
+#include "kerf/persistence/internal/record_file.h"
 
 #include <algorithm>
 #include <cstring>
