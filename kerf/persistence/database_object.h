@@ -6,10 +6,12 @@
 namespace kerf {
 
 /// A general stored object: a reference to any other object, and a table of typed properties.
-/// Colour, level and name have accessors of their own; each write form answers the object and sets
-/// it dirty.
+/// Colour, level and name have accessors of their own; each write form sets the object dirty and
+/// returns it.
 ///
-/// Stored form: the table, then the reference (an int, 1 when null; else 0 and the object's ID).
+/// Storage: the table, then the reference (an int, 1 when null; else 0 and the object's ID).
+/// Threads: properties lie in the small-object pools of the thread that set them: an object with
+///          properties must not outlive that thread.
 class KERF_EXPORT ERDBObject : public ERObject {
     ER_OBJECT_CLASS(ERDBObject);
 
@@ -23,7 +25,7 @@ public:
     t_SmartPtr<ERObject> object() const { return object_; }
     ERDBObject& object(t_SmartPtr<ERObject> referred);
 
-    /// 0 when the property is missing.
+    /// Zero when the property is missing.
     ERLong color() const;
     ERDBObject& color(ERLong value);
     ERLong level() const;
@@ -31,8 +33,9 @@ public:
     ERULong color_rgb() const;
     ERDBObject& color_rgb(ERULong value);
 
-    /// The empty string when the property is missing; reading it then creates an undefined entry,
-    /// which is stored with the object: files written by callers hold such entries.
+    /// The empty string when the property is missing.
+    /// Kept: reading a missing name creates an undefined entry, which is stored with the object: its
+    ///       record grows by 5 bytes.
     const char* name();
     ERDBObject& name(const char* value);
     const char* level_name();

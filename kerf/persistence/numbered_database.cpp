@@ -66,7 +66,7 @@ ERLong ERDataBase::save(t_SmartPtr<ERObject> object) {
     if (index_ == nullptr || !object || nextEntry_ > lastNumber) return -1;
     const ERLong id = base_.Store(*object);
     if (id == -1) return -1;
-    // After a crash the index may hold numbers that the count in its tree does not know of.
+    // After a crash the index may hold numbers that its count does not include.
     while (!index_->Insert(nextEntry_, id)) {
         ERLong taken = -1;
         if (nextEntry_ == lastNumber || !index_->Find(nextEntry_, taken)) return -1;

@@ -7,8 +7,11 @@ namespace kerf {
 
 class ERAuxilaryIndex;
 
-/// A database whose objects are numbered from 0 in the order in which they were saved. The numbers
-/// are kept by an index object, which is the first record of the file.
+/// A database whose objects are numbered from 0 in the order in which they were saved. An index
+/// object, the first record of the file, keeps the numbers.
+///
+/// Prefer it to ERObjectDataBase for a file that is a list of objects: a program finds them again
+/// without knowing any ID. Threads, failures and crashes are as for ERObjectDataBase.
 class KERF_EXPORT ERDataBase {
 public:
     ERDataBase();

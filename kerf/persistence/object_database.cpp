@@ -24,9 +24,8 @@ namespace kerf {
 //     12      4     last ID given
 //     16      4     number of objects
 //     20      4     last signature given
-// Its block is allocated with 20 bytes: the last word lies on the size word of the block behind it,
-// the info record of the class tree, which is never freed. Files are read back only with this
-// layout.
+// Its block is allocated with 20 bytes: the last word lies on the size word of the next block, the
+// info record of the class tree, which is never freed. Files are read back only with this layout.
 namespace {
 
 constexpr int databaseMagic = 1000;
@@ -213,7 +212,7 @@ ERLong ERObjectDataBase::getSignature(const char* className) {
 }
 
 // What one Store has changed so far. Unless it is completed, the object, the counters, the place in
-// the file and the record being assembled are put back as they were, whether the store answers a
+// the file and the record being assembled are put back as they were, whether the store returns a
 // failure or an exception of the platform passes.
 class ERObjectDataBase::PendingStore {
 public:
@@ -305,8 +304,8 @@ ERLong ERObjectDataBase::Store(ERObject& object) {
     return pending.id;
 }
 
-// The first ID behind the last one that the tree does not hold (after a crash it holds some that
-// the header does not know of); -1 when there is none left.
+// The first ID after the last one given that the tree does not hold; -1 when there is none left.
+// After a crash the tree holds IDs that were given after the header's last one.
 ERLong ERObjectDataBase::freeID(DiskTreePosition& place) {
     for (ERLong id = lastObjectID_; id < std::numeric_limits<ERLong>::max();) {
         place = objectTree_->seek(NumberKey(++id));
@@ -315,7 +314,7 @@ ERLong ERObjectDataBase::freeID(DiskTreePosition& place) {
     return -1;
 }
 
-// A location that a record of this file can have: behind the trees' info records, before the end.
+// Whether a record of this file can lie there: after the trees' info records, before the end.
 bool ERObjectDataBase::mayBeRecord(ERLong location) const {
     const ERLong first = std::max(classTreeLocation_, objectTreeLocation_);
     return location % 4 == 0 && location > first && location < file_->endData();

@@ -19,18 +19,20 @@ class ERFileManager;
 class RecordFile;
 
 /// Objects in one file, each a record of variable size found by its ID. A record begins with the
-/// signature of its class, a small number that a tree of the file gives for the class name.
+/// signature of its class, a small number that a tree of the file gives for the class name. IDs
+/// start at 1 and are not given again, but after a crash (see Storage). An object that refers to
+/// another holds its ID. There is no cache of loaded objects: an object that two others refer to
+/// comes back twice.
 ///
-/// IDs:       start at 1 and are not given again (but see Crash). An object that refers to another
-///            holds its ID; no cache of loaded objects exists, so an object referred to twice comes
-///            back as two.
-/// Failure:   nothing of the library's is thrown. A write that fails passes the platform's
-///            CFileException on; the object then keeps its former ID and database. Open catches it
-///            and shows its text.
-/// Crash:     records and trees are on disk when a call returns. The counters of the header are
-///            written by Close alone; after a crash an ID that is in use is passed over, while one
-///            that was given and deleted since the last Close may be given again.
-/// Threads:   one thread; the current database is shared by the whole process.
+/// For a file that is a list of objects prefer ERDataBase, which numbers them.
+///
+/// Failure: nothing of the library's own is thrown. The platform's CFileException passes when a
+///          write fails; the object then keeps its former ID and database. Open catches the
+///          exception and shows its text.
+/// Storage: records and trees are the operating system's when a call returns; Close alone writes
+///          the counters of the header. After a crash an ID that is in use is passed over, while
+///          one that was given and deleted since the last Close may be given again.
+/// Threads: one thread; the current database is shared by the whole process.
 class KERF_EXPORT ERObjectDataBase : public ERReference {
 public:
     ERObjectDataBase();
@@ -41,7 +43,7 @@ public:
 
     /// Opens the file of that name, or creates it unless readOnly is set. 1 when the base is open
     /// at the end. 0 for a file that is missing (read only), empty, or no database: its bytes stay
-    /// as they are. A file error is shown under the title "File Error" and answers 0.
+    /// as they are. After a file error, which is shown under the title "File Error", 0 too.
     virtual int Open(const char* name, int readOnly);
     virtual void Close();
 
@@ -56,11 +58,12 @@ public:
 
     /// Builds the object of that ID. Null when there is none, when its class is unknown to this
     /// program or abstract, when its record is being read already (records that refer to each other
-    /// in a ring), or behind a chain of references as deep as the stack allows (some ten thousand).
+    /// in a ring), or when the chain of references that leads to it is as deep as the stack allows
+    /// (some ten thousand).
     virtual t_SmartPtr<ERObject> RetrieveAndCreate(ERLong id);
 
-    /// Frees the record. 0 when there is none. getNbObj() stays as it is: callers rely on it as the
-    /// number of objects ever stored.
+    /// Frees the record. 0 when there is none.
+    /// Kept: getNbObj() stays as it is; it counts the objects ever stored.
     virtual int Delete(ERLong id);
 
     /// Lists the classes and the objects of the file.
@@ -72,9 +75,10 @@ public:
     /// The signature that the record of that ID begins with; -1 when there is no such record.
     ERLong signatureOf(ERLong id);
 
-    /// Stores a plain number under a new ID, which is returned (-1 on failure). It is no location:
-    /// nothing is freed when the ID is deleted. Nothing in the file says so: deleted in a later
-    /// session, a number that happens to be the location of a record frees that record.
+    /// Stores a plain number under a new ID, which is returned (-1 on failure). Deleting the ID frees
+    /// nothing.
+    /// Kept: the file does not tell a number from a location. Deleted in a later session, a number
+    ///       that is the location of a record frees that record.
     ERLong InsertSpecial(ERLong value);
     /// The number under that ID, or -1.
     ERLong ReadSpecial(ERLong id);
@@ -112,9 +116,9 @@ private:
     ERULong signatureAt(ERLong location);
 
     std::unique_ptr<RecordFile> file_;
-    bool isNew_ = false;                         ///< this Open made the base
-    std::unique_ptr<ERBTreeOnDisk> classTree_;   ///< class name, up to 60 bytes, to signature
-    std::unique_ptr<ERBTreeOnDisk> objectTree_;  ///< object ID to record location
+    bool isNew_ = false;                         // this Open made the base
+    std::unique_ptr<ERBTreeOnDisk> classTree_;   // class name, up to 60 bytes, to signature
+    std::unique_ptr<ERBTreeOnDisk> objectTree_;  // object ID to record location
     ERLong classTreeLocation_ = -1;
     ERLong objectTreeLocation_ = -1;
     ERLong lastObjectID_ = 0;
@@ -122,9 +126,9 @@ private:
     ERULong lastSignature_ = 0;
     std::unordered_map<std::string, ERULong, NameHash, std::equal_to<>> signatures_;
     std::unordered_map<ERULong, ERClassRegistration::Creator> creators_;
-    std::unordered_set<ERLong> specials_;  ///< IDs known to hold plain numbers
+    std::unordered_set<ERLong> specials_;  // IDs known to hold plain numbers
     NestedIDs beingRetrieved_;
-    unsigned int refusedStores_ = 0;  ///< stores and references that failed so far
+    unsigned int refusedStores_ = 0;  // stores and references that failed so far
 };
 
 }  // namespace kerf

@@ -1,5 +1,4 @@
-// How an object meets its database: the operations of ERObject that need to know what a database
-// is.
+// The operations of ERObject that work on a database.
 #include "kerf/core/object.h"
 #include "kerf/core/smart_pointer.h"
 #include "kerf/persistence/object_database.h"

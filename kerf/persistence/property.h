@@ -12,7 +12,8 @@ class ERFile;
 /// A tagged value: nothing, a long, a double, an owned string or an unsigned long. Integers hold 32
 /// bits whatever the width of the language's `long`.
 ///
-/// Stored form, 1, 5, 9 or length + 6 bytes:
+/// Storage: 1, 5, 9 or length + 6 bytes:
+///
 ///     offset  size
 ///     0       1           type
 ///     1       4           the value of a long or unsigned long
@@ -43,8 +44,8 @@ public:
     virtual void printOn(std::ostream& os) const;
     virtual ERULong binaryStoreSize() const;
     virtual void saveGuts(ERFile& file) const;
-    /// An unknown type, a value cut short, or a length that the file cannot hold reads as
-    /// undefined.
+    /// Damage: an unknown type, a value cut short, or a length that the file cannot hold reads as
+    ///         undefined.
     virtual void restoreGuts(ERFile& file);
 
     /// Back to undefined.
@@ -72,7 +73,7 @@ private:
 /// The properties of one object by their keys, in 10 buckets. Keys 1 to 5 are the library's (see
 /// ERDBObject), all others the caller's.
 ///
-/// Stored form: an int count, then for each entry, in bucket order, a long key and the property.
+/// Storage: an int count, then for each entry, in bucket order, a long key and the property.
 class KERF_EXPORT ERDBObjPropertyTable : public ERTValHashDictionary<ERLong, ERDBObjProperty> {
 public:
     ERDBObjPropertyTable();

@@ -29,7 +29,7 @@ private:
     static constexpr std::size_t looked = 32;  // what a look through the list finds at once
 
     std::vector<ERLong> ids_;
-    std::unordered_set<ERLong> deep_;  // those behind the first ones
+    std::unordered_set<ERLong> deep_;  // those after the first ones
 };
 
 }  // namespace kerf

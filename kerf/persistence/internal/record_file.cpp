@@ -60,7 +60,7 @@ void RecordFile::SetLength(std::int64_t newLength) {
     ERFileManager::SetLength(newLength);
 }
 
-// Nothing but a class that reads back what it is just storing comes here with a record open.
+// Called for a class that reads back what it has just written; nothing else reads an open record.
 void RecordFile::flushRecords() {
     const std::int64_t position = GetPosition();
     for (std::size_t i = 0; i < openRecords_; ++i) {

@@ -52,7 +52,7 @@ private:
     static constexpr std::size_t largestPagedRead = 2 * PageCache::pageSize;
     static constexpr std::size_t largestSpareBuffer = std::size_t{1} << 20;
 
-    std::vector<Record> records_;  ///< open ones first, innermost last; behind them spare buffers
+    std::vector<Record> records_;  ///< open ones first, innermost last; then spare buffers
     std::size_t openRecords_ = 0;
     PageCache pages_;
 };
