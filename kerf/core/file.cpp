@@ -54,12 +54,18 @@ ERULong ERFile::remaining() const {
         std::clamp<std::int64_t>(left, 0, std::numeric_limits<ERULong>::max()));
 }
 
+bool ERFile::keepsMissingValues() const { return false; }
+
 template <class T>
 int ERFile::readValue(T& value) {
     T arrived;
     const bool whole = readBytes(&arrived, sizeof arrived) == sizeof arrived;
-    if (whole) swapToLittleEndian(&arrived, 1);
-    value = whole ? arrived : T(0);
+    if (whole) {
+        swapToLittleEndian(&arrived, 1);
+        value = arrived;
+    } else if (!keepsMissingValues()) {
+        value = T(0);
+    }
     return whole ? 1 : 0;
 }
 

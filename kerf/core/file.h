@@ -32,7 +32,7 @@ public:
     /// In bytes; 2147483647 for a longer file.
     ERLong GetLength() const;
     /// The bytes from the position to the end: the bound of a length that was read from the file.
-    ERULong remaining() const;
+    virtual ERULong remaining() const;
 
     int Read(char& value);
     int Read(short& value);
@@ -71,6 +71,10 @@ public:
 
     /// Writes the bytes of a string and its final 0.
     int Write(const char* text);
+
+protected:
+    /// Whether a single value that did not arrive whole stays as it was, instead of becoming 0.
+    virtual bool keepsMissingValues() const;
 
 private:
     template <class T>

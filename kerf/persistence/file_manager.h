@@ -45,24 +45,24 @@ public:
 
     /// Returns the location of a new block for `size` bytes, or -1, with nothing changed, when it
     /// would reach past 2147483647 or the file is no heap.
-    ERLong allocate(ERULong size);
+    virtual ERLong allocate(ERULong size);
 
     /// As allocate, but the caller must write `blockSize` into the 4 bytes before the location,
     /// with the data in one write. Until then deallocate leaves the block alone.
-    ERLong allocateUnwritten(ERULong size, ERULong& blockSize);
+    virtual ERLong allocateUnwritten(ERULong size, ERULong& blockSize);
 
     /// Gives back such a block, written or not. On a full disk, a program that keeps trying would
     /// otherwise move the end of the data up to its limit.
-    void deallocateUnwritten(ERLong location, ERULong blockSize);
+    virtual void deallocateUnwritten(ERLong location, ERULong blockSize);
 
     /// As allocate, for data that must never be half written, even when the process is killed in the
     /// middle of the call: they lie within one page where such a block can be had. Data longer than
     /// a page never do.
-    ERLong allocateWithinPage(ERULong size);
+    virtual ERLong allocateWithinPage(ERULong size);
 
     /// Gives the block back. Nothing happens for -1, for the root, and for a location that is no
     /// block's.
-    void deallocate(ERLong location);
+    virtual void deallocate(ERLong location);
 
     int isReadOnly() const { return readOnly_; }
     ERLong start() const { return root_; }   ///< the root's location, -1 while there is none

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "kerf/persistence/disk_btree.h"
+#include "kerf/persistence/internal/nested_ids.h"
 #include "kerf/persistence/internal/number_key.h"
 #include "kerf/persistence/internal/record_file.h"
 #include "kerf/platform/exceptions.h"
@@ -36,6 +37,15 @@ constexpr unsigned int treeOrder = 10;
 constexpr unsigned int smallCache = 10;
 constexpr unsigned int largeCache = 1000;
 constexpr ERULong signatureSize = 4;
+constexpr ERULong sizeWordSize = 4;
+constexpr unsigned int deepestRecord = 100000;  // records inside records
+
+// Says in the debug text that a class has written another size than it announced.
+void reportSize(const ERObject& object, ERULong announced, std::uint64_t written) {
+    outputDebugText((std::string(object.className()) + " announced " + std::to_string(announced) +
+                     " bytes and wrote " + std::to_string(written) + "\n")
+                        .c_str());
+}
 
 std::string_view cutName(const char* name) {
     return std::string_view(name, strnlen(name, classNameLength));
@@ -50,7 +60,7 @@ std::string classKey(std::string_view name) {
 
 }  // namespace
 
-ERObjectDataBase::ERObjectDataBase() = default;
+ERObjectDataBase::ERObjectDataBase() : restoring_(std::make_unique<Restoring>()) {}
 
 ERObjectDataBase::~ERObjectDataBase() {
     try {
@@ -222,9 +232,12 @@ public:
           formerID(stored.objectID_),
           formerDatabase(stored.database_),
           position(targetBase.file_->CurOffset()),
-          isNew(stored.objectID_ == -1 || stored.database_ != &targetBase) {}
+          isNew(stored.objectID_ == -1 || stored.database_ != &targetBase) {
+        ++base.storeDepth_;
+    }
 
     ~PendingStore() {
+        --base.storeDepth_;
         if (recordOpen) base.file_->abandonRecord();
         base.file_->Seek(position, CFile::begin);
         if (complete) return;
@@ -269,7 +282,7 @@ public:
 ERLong ERObjectDataBase::Store(ERObject& object) {
     if (file_ == nullptr) return -1;
     PendingStore pending(*this, object);
-    if (stackIsShort() || !pending.identify()) return pending.fail();
+    if (stackIsShort() || storeDepth_ > deepestRecord || !pending.identify()) return pending.fail();
     const ERLong signature = GetOrCreateSignature(object.className());
     if (signature == -1) return pending.fail();
     ERObject::theCurrentDataBase = this;
@@ -282,19 +295,18 @@ ERLong ERObjectDataBase::Store(ERObject& object) {
     const unsigned int refusedBefore = refusedStores_;
     file_->Write(signature);
     object.saveGuts(*file_);
-    pending.recordOpen = false;
-    file_->endRecord();
     ERObject::theCurrentDataBase = this;
-
+    if (!isWhole(object, size)) return pending.fail();
     // A record whose parts could not be stored would refer to nothing.
-    bool entered = refusedStores_ == refusedBefore;
+    if (refusedStores_ != refusedBefore) return pending.fail();
+    file_->endRecord();
+    pending.recordOpen = false;
+
     ERLong formerLocation = -1;
-    if (entered) {
-        const NumberKey key(pending.id);
-        entered = pending.isNew ? objectTree_->insertAt(pending.place, location)
-                                : objectTree_->replaceValue(key, location, formerLocation) ||
-                                      objectTree_->insertKeyAndValue(key, location);
-    }
+    const NumberKey key(pending.id);
+    const bool entered = pending.isNew ? objectTree_->insertAt(pending.place, location)
+                                       : objectTree_->replaceValue(key, location, formerLocation) ||
+                                             objectTree_->insertKeyAndValue(key, location);
     if (!entered) {
         file_->deallocate(location);
         return pending.fail();
@@ -302,6 +314,20 @@ ERLong ERObjectDataBase::Store(ERObject& object) {
     pending.complete = true;
     if (mayBeRecord(formerLocation)) file_->deallocate(formerLocation);
     return pending.id;
+}
+
+// Whether saveGuts has kept to the size that the object announced.
+bool ERObjectDataBase::isWhole(const ERObject& object, ERULong announced) const {
+    const std::uint64_t written = file_->writtenToRecord() - signatureSize;
+    if (written > announced) {
+        reportSize(object, announced, written);
+        KERF_CHECK_ARGUMENT(written <= announced);
+        return false;
+    }
+#if defined(KERF_CHECKED)
+    if (written < announced) reportSize(object, announced, written);
+#endif
+    return true;
 }
 
 // The first ID after the last one given that the tree does not hold; -1 when there is none left.
@@ -320,31 +346,99 @@ bool ERObjectDataBase::mayBeRecord(ERLong location) const {
     return location % 4 == 0 && location > first && location < file_->endData();
 }
 
-// The location of a record and the signature it begins with; -1 when there is none to be read.
-ERLong ERObjectDataBase::findRecord(ERLong id, ERULong& signature) {
+// A record as it lies in the file.
+struct ERObjectDataBase::StoredObject {
+    ERULong signature = 0;
+    RecordFile::Range bytes;
+};
+
+// False when there is none to be read.
+bool ERObjectDataBase::findObject(ERLong id, StoredObject& found) {
     const ERLong location = objectTree_->findValue(NumberKey(id));
-    if (location == -1 || !mayBeRecord(location)) return -1;
-    unsigned int stored = 0;
-    file_->SeekTo(location);
-    if (!file_->Read(&stored, 1)) return -1;
-    signature = stored;
-    return location;
+    return location != -1 && mayBeRecord(location) &&
+           file_->findRecord(location, found.signature, found.bytes);
 }
 
 ERLong ERObjectDataBase::signatureOf(ERLong id) {
-    ERULong signature = 0;
-    if (file_ == nullptr || findRecord(id, signature) == -1) return -1;
-    return static_cast<ERLong>(signature);
+    StoredObject found;
+    if (file_ == nullptr || !findObject(id, found)) return -1;
+    return static_cast<ERLong>(found.signature);
 }
+
+// What one call from outside restores: the object and, inside it, those that it refers to. In a
+// sound file no two records that are read inside each other share a byte, and few come back more
+// than once; a damaged one could ask for any amount of memory.
+class ERObjectDataBase::Restoring {
+public:
+    // One object, for as long as it is being read.
+    class Entry {
+    public:
+        // Into an object that the caller has made.
+        Entry(Restoring& whole, const StoredObject& object, std::int64_t fileLength)
+            : whole_(whole) {
+            if (whole_.depth_++ == 0) whole_.cost_ = 0;
+            admitted_ = whole_.depth_ == 1 || whole_.admits(object, fileLength);
+        }
+        // Into a new object; `id` must not be open.
+        Entry(Restoring& whole, const StoredObject& object, std::int64_t fileLength, ERLong id)
+            : Entry(whole, object, fileLength) {
+            const std::int64_t bytes = bytesOf(object, fileLength);
+            if (whole_.depth_ > 1 && whole_.openBytes_ + bytes > fileLength) admitted_ = false;
+            if (!admitted_) return;
+            whole_.ids_.push(id);
+            whole_.openBytes_ += bytes;
+            openBytes_ = bytes;
+        }
+        Entry(const Entry&) = delete;
+        Entry& operator=(const Entry&) = delete;
+        ~Entry() {
+            --whole_.depth_;
+            if (openBytes_ == 0) return;
+            whole_.ids_.pop();
+            whole_.openBytes_ -= openBytes_;
+        }
+        bool isAdmitted() const { return admitted_; }
+
+    private:
+        Restoring& whole_;
+        bool admitted_ = false;
+        std::int64_t openBytes_ = 0;
+    };
+
+    bool isOpen(ERLong id) const { return ids_.contains(id); }
+    bool isDeep() const { return depth_ >= deepestRecord; }
+
+private:
+    static std::int64_t bytesOf(const StoredObject& object, std::int64_t fileLength) {
+        const std::int64_t last = std::min(object.bytes.end, fileLength);
+        return last - object.bytes.start + signatureSize + sizeWordSize;
+    }
+
+    bool admits(const StoredObject& object, std::int64_t fileLength) {
+        constexpr std::int64_t objectCost = 100;  // about what an empty object takes in memory
+        constexpr std::int64_t freeCost = 16 << 20;
+        constexpr std::int64_t timesTheFile = 16;
+        cost_ += objectCost + bytesOf(object, fileLength);
+        return cost_ <= freeCost + timesTheFile * fileLength;
+    }
+
+    NestedIDs ids_;
+    unsigned int depth_ = 0;
+    std::int64_t openBytes_ = 0;
+    std::int64_t cost_ = 0;
+};
 
 int ERObjectDataBase::Retrieve(ERLong id, ERObject& object) {
     if (file_ == nullptr) return 0;
     ERObject::theCurrentDataBase = this;
-    ERULong signature = 0;
-    if (findRecord(id, signature) == -1) return 0;
+    StoredObject found;
+    if (!findObject(id, found)) return 0;
+    const Restoring::Entry entry(*restoring_, found, file_->GetLength());
+    if (!entry.isAdmitted()) return 0;
     const ERLong formerID = std::exchange(object.objectID_, id);
     ERObjectDataBase* const formerDatabase = std::exchange(object.database_, this);
     try {
+        const RecordFile::Reading reading(*file_, found.bytes);
         object.restoreGuts(*file_);
     } catch (...) {
         object.objectID_ = formerID;
@@ -357,20 +451,18 @@ int ERObjectDataBase::Retrieve(ERLong id, ERObject& object) {
 t_SmartPtr<ERObject> ERObjectDataBase::RetrieveAndCreate(ERLong id) {
     if (file_ == nullptr) return {};
     ERObject::theCurrentDataBase = this;
-    if (stackIsShort() || beingRetrieved_.contains(id)) return {};
-    ERULong signature = 0;
-    if (findRecord(id, signature) == -1) return {};
-    const auto found = creators_.find(signature);
-    if (found == creators_.end() || found->second == nullptr) return {};
+    if (stackIsShort() || restoring_->isDeep() || restoring_->isOpen(id)) return {};
+    StoredObject found;
+    if (!findObject(id, found)) return {};
+    const auto known = creators_.find(found.signature);
+    if (known == creators_.end() || known->second == nullptr) return {};
+    const Restoring::Entry entry(*restoring_, found, file_->GetLength(), id);
+    if (!entry.isAdmitted()) return {};
 
-    t_SmartPtr<ERObject> object(found->second());
+    t_SmartPtr<ERObject> object(known->second());
     object->database_ = this;
     object->objectID_ = id;
-    struct Nesting {
-        Nesting(NestedIDs& openIDs, ERLong opened) : ids(openIDs) { ids.push(opened); }
-        ~Nesting() { ids.pop(); }
-        NestedIDs& ids;
-    } const nesting(beingRetrieved_, id);
+    const RecordFile::Reading reading(*file_, found.bytes);
     object->restoreGuts(*file_);
     return object;
 }

@@ -9,7 +9,6 @@
 #include "kerf/core/object.h"
 #include "kerf/core/reference.h"
 #include "kerf/core/smart_pointer.h"
-#include "kerf/persistence/internal/nested_ids.h"
 
 namespace kerf {
 
@@ -48,12 +47,20 @@ public:
     virtual void Close();
 
     /// Writes the object as a new record, or as a new version of the one it has here: the former
-    /// record is freed when the new one is complete. Returns the object's ID, or -1 when the base
-    /// is closed or the file cannot grow; nothing has changed then.
+    /// record is freed when the new one is complete. Returns the object's ID.
+    /// Failure: -1 when the base is closed, when the file cannot grow, when a part of the object
+    ///          cannot be stored, or when saveGuts writes more than binaryStoreSize announced. The
+    ///          object, its former record and the space in the file are then as before. The last
+    ///          case names the class and both sizes in the debug text; the checked build aborts
+    ///          there, and reports a class that writes less than it announced.
     virtual ERLong Store(ERObject& object);
 
     /// Fills the object from the record of that ID, whatever class the record was stored from. 0
     /// when there is none. When a read fails, the object keeps its former ID and database.
+    ///
+    /// Inside restoreGuts the record ends where its block does: a read past it returns 0 and leaves
+    /// the variable. A class that has got a further field can thus tell its older records; up to 7
+    /// bytes after a record may be read as part of it.
     virtual int Retrieve(ERLong id, ERObject& object);
 
     /// Builds the object of that ID. Null when there is none, when its class is unknown to this
@@ -103,6 +110,8 @@ private:
         }
     };
     class PendingStore;
+    class Restoring;
+    struct StoredObject;
 
     bool openOrCreate(const char* name, int readOnly);
     bool create();
@@ -111,7 +120,8 @@ private:
     void writeCounters();
     void closeFile();
     ERLong freeID(DiskTreePosition& place);
-    ERLong findRecord(ERLong id, ERULong& signature);
+    bool isWhole(const ERObject& object, ERULong announced) const;
+    bool findObject(ERLong id, StoredObject& found);
     bool mayBeRecord(ERLong location) const;
     ERULong signatureAt(ERLong location);
 
@@ -127,7 +137,8 @@ private:
     std::unordered_map<std::string, ERULong, NameHash, std::equal_to<>> signatures_;
     std::unordered_map<ERULong, ERClassRegistration::Creator> creators_;
     std::unordered_set<ERLong> specials_;  // IDs known to hold plain numbers
-    NestedIDs beingRetrieved_;
+    std::unique_ptr<Restoring> restoring_;
+    unsigned int storeDepth_ = 0;
     unsigned int refusedStores_ = 0;  // stores and references that failed so far
 };
 

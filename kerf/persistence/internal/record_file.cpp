@@ -2,50 +2,113 @@
 
 #include <algorithm>
 #include <cstring>
+#include <iterator>
+#include <limits>
 
 namespace kerf {
+
+namespace {
+
+constexpr ERULong sizeWordBytes = 4;
+constexpr ERULong signatureBytes = 4;
+
+// Where an object that has run over its record goes on writing: no block reaches so far, and
+// CurOffset returns it as it is.
+constexpr std::int64_t afterAllBlocks = std::numeric_limits<ERLong>::max();
+
+}  // namespace
+
+class RecordFile::OwnWork {
+public:
+    explicit OwnWork(RecordFile& worked) : file_(worked) { ++file_.ownWork_; }
+    OwnWork(const OwnWork&) = delete;
+    OwnWork& operator=(const OwnWork&) = delete;
+    ~OwnWork() { --file_.ownWork_; }
+
+private:
+    RecordFile& file_;
+};
 
 RecordFile::RecordFile(const char* name, int readOnlyMode, Missing missing)
     : ERFileManager(name, readOnlyMode, missing) {}
 
 RecordFile::~RecordFile() = default;
 
+ERLong RecordFile::allocate(ERULong size) {
+    const OwnWork work(*this);
+    return ERFileManager::allocate(size);
+}
+
+ERLong RecordFile::allocateUnwritten(ERULong size, ERULong& blockSize) {
+    const OwnWork work(*this);
+    return ERFileManager::allocateUnwritten(size, blockSize);
+}
+
+void RecordFile::deallocateUnwritten(ERLong location, ERULong blockSize) {
+    const OwnWork work(*this);
+    ERFileManager::deallocateUnwritten(location, blockSize);
+}
+
+ERLong RecordFile::allocateWithinPage(ERULong size) {
+    const OwnWork work(*this);
+    return ERFileManager::allocateWithinPage(size);
+}
+
+void RecordFile::deallocate(ERLong location) {
+    const OwnWork work(*this);
+    ERFileManager::deallocate(location);
+}
+
 ERLong RecordFile::beginRecord(ERULong size) {
     ERULong blockSize = 0;
+    // Memory comes first: a block that is allocated must be given back.
+    if (openRecords_ == records_.size()) records_.emplace_back();
     const ERLong location = allocateUnwritten(size, blockSize);
     if (location == -1) return -1;
-    if (openRecords_ == records_.size()) records_.emplace_back();
-    Record& record = records_[openRecords_++];
-    record.start = location - static_cast<ERLong>(sizeof blockSize);
+    Record& record = records_[openRecords_];
+    record.start = location - static_cast<ERLong>(sizeWordBytes);
     record.blockSize = blockSize;
-    record.size = size + sizeof blockSize;
+    record.size = std::size_t{size} + sizeWordBytes;
     record.bytes.clear();
+    record.excess = 0;
+    if (openRecords_ >= listedRecords) deepRecords_.emplace(record.start, record.end());
+    ++openRecords_;
     Seek(record.start, CFile::begin);
     Write(static_cast<unsigned int>(blockSize));
     return location;
 }
 
-void RecordFile::endRecord() {
-    Record& record = records_[--openRecords_];
-    Seek(record.start, CFile::begin);
-    try {
-        writeThrough(record.bytes.data(), record.bytes.size());
-    } catch (...) {
-        giveBack(record);
-        throw;
-    }
-    if (record.bytes.capacity() > largestSpareBuffer) record.bytes = std::vector<char>();
+std::uint64_t RecordFile::writtenToRecord() const {
+    const Record& record = records_[openRecords_ - 1];
+    return record.bytes.size() - sizeWordBytes + record.excess;
 }
 
-void RecordFile::abandonRecord() { giveBack(records_[--openRecords_]); }
+void RecordFile::endRecord() {
+    const Record& record = records_[openRecords_ - 1];
+    Seek(record.start, CFile::begin);
+    writeThrough(record.bytes.data(), record.bytes.size());
+    closeRecord();
+}
 
-// Throws nothing: a store that an exception ends comes here.
-void RecordFile::giveBack(const Record& record) {
+void RecordFile::abandonRecord() noexcept {
+    const Record& record = records_[openRecords_ - 1];
+    const auto location = static_cast<ERLong>(record.start + sizeWordBytes);
+    const ERULong blockSize = record.blockSize;
+    closeRecord();
     try {
-        const std::int64_t location = record.start + std::int64_t{sizeof record.blockSize};
-        deallocateUnwritten(static_cast<ERLong>(location), record.blockSize);
+        deallocateUnwritten(location, blockSize);
     } catch (...) {
-        // The block is lost. The caller hears of the failure that came first.
+        return;  // The block is lost. The caller hears of the failure that came first.
+    }
+}
+
+void RecordFile::closeRecord() {
+    Record& record = records_[--openRecords_];
+    if (openRecords_ >= listedRecords) {
+        deepRecords_.erase(record.start);
+        records_.pop_back();
+    } else if (record.bytes.capacity() > largestSpareBuffer) {
+        record.bytes = std::vector<char>();
     }
 }
 
@@ -53,6 +116,19 @@ void RecordFile::giveBack(const Record& record) {
 void RecordFile::Record::makeRoom(std::size_t needed) {
     if (needed > bytes.capacity())
         bytes.reserve(std::min(size, std::max(needed, 2 * bytes.capacity())));
+}
+
+bool RecordFile::findRecord(ERLong location, ERULong& signature, Range& object) {
+    const OwnWork work(*this);
+    unsigned int words[2] = {};  // the size of the block, the signature
+    SeekTo(location - static_cast<ERLong>(sizeWordBytes));
+    if (!Read(words, 2)) return false;
+    const std::int64_t blockEnd = std::int64_t{location} - sizeWordBytes + words[0];
+    const bool isBlock =
+        words[0] % 4 == 0 && words[0] >= sizeWordBytes + signatureBytes && blockEnd <= endData();
+    signature = words[1];
+    object = {std::int64_t{location} + signatureBytes, isBlock ? blockEnd : endData()};
+    return true;
 }
 
 void RecordFile::SetLength(std::int64_t newLength) {
@@ -70,16 +146,28 @@ void RecordFile::flushRecords() {
     Seek(position, CFile::begin);
 }
 
+bool RecordFile::overlapsOpenRecord(std::int64_t first, std::int64_t last) const {
+    for (std::size_t i = 0; i < std::min(openRecords_, listedRecords); ++i)
+        if (first < records_[i].end() && records_[i].start < last) return true;
+    const auto after = deepRecords_.lower_bound(last);
+    return after != deepRecords_.begin() && first < std::prev(after)->second;
+}
+
+ERULong RecordFile::remaining() const {
+    const ERULong inFile = ERFileManager::remaining();
+    if (!reading_.contains(GetPosition())) return inFile;
+    return std::min(inFile, static_cast<ERULong>(reading_.end - GetPosition()));
+}
+
 std::size_t RecordFile::readBytes(void* data, std::size_t count) {
     const std::int64_t position = GetPosition();
+    readInRecord_ = ownWork_ == 0 && reading_.contains(position);
+    if (readInRecord_)
+        count =
+            static_cast<std::size_t>(std::min(static_cast<std::uint64_t>(count),
+                                              static_cast<std::uint64_t>(reading_.end - position)));
     const std::int64_t last = position + static_cast<std::int64_t>(count);
-    const auto overlaps = [&](const Record& record) {
-        return position < record.start + static_cast<std::int64_t>(record.bytes.size()) &&
-               record.start < last;
-    };
-    if (std::any_of(records_.begin(), records_.begin() + static_cast<std::ptrdiff_t>(openRecords_),
-                    overlaps))
-        flushRecords();
+    if (openRecords_ != 0 && overlapsOpenRecord(position, last)) flushRecords();
     if (count > largestPagedRead || last > PageCache::end)
         return ERFileManager::readBytes(data, count);
 
@@ -115,11 +203,14 @@ void RecordFile::loadPage(std::int64_t position) {
 }
 
 void RecordFile::writeBytes(const void* data, std::size_t count) {
-    if (openRecords_ == 0 || count == 0) return writeThrough(data, count);
+    if (openRecords_ == 0 || count == 0 || ownWork_ != 0) return writeThrough(data, count);
     Record& record = records_[openRecords_ - 1];
     const std::int64_t position = GetPosition();
-    const std::int64_t recordEnd = record.start + static_cast<std::int64_t>(record.size);
-    if (position < record.start || position >= recordEnd) return writeThrough(data, count);
+    if (position >= afterAllBlocks) {
+        record.excess += count;
+        return;
+    }
+    if (position < record.start || position > record.end()) return writeThrough(data, count);
 
     const std::size_t offset = static_cast<std::size_t>(position - record.start);
     const std::size_t held = std::min(count, record.size - offset);
@@ -132,8 +223,9 @@ void RecordFile::writeBytes(const void* data, std::size_t count) {
         std::memcpy(record.bytes.data() + offset, bytes, held);
     }
     Seek(position + static_cast<std::int64_t>(held), CFile::begin);
-    // A class that writes more than its binaryStoreSize reaches past its block, as in any file.
-    if (held < count) writeThrough(static_cast<const char*>(data) + held, count - held);
+    if (held == count) return;
+    record.excess += count - held;
+    Seek(afterAllBlocks, CFile::begin);
 }
 
 // A write that fails may have changed part of the range.
