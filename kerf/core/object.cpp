@@ -53,8 +53,8 @@ private:
 
 constinit thread_local PendingBlocks pendingBlocks;
 
-int claimHeapBlock(const void* object) {
-    return !pendingBlocks.empty() && pendingBlocks.claim(object) ? 1 : 0;
+bool claimHeapBlock(const void* object) {
+    return !pendingBlocks.empty() && pendingBlocks.claim(object);
 }
 
 }  // namespace
@@ -87,7 +87,8 @@ ERObject::ERObject(const ERObject&) : CObject(), ERReference(), onTheHeap_(claim
 ERObject& ERObject::operator=(const ERObject&) {
     objectID_ = -1;
     database_ = nullptr;
-    dirty_ = 0;
+    opening_ = 0;
+    dirty_ = false;
     return *this;
 }
 

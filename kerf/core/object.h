@@ -25,7 +25,8 @@ class t_SmartPtr;
 ///
 /// A new object has no identity: its ID is -1, it has no database and is clean. Save attaches it to a
 /// database and makes it clean; Delete detaches it. A copy, and an object that is assigned to, have no
-/// identity. A class that changes a stored object calls setDirty().
+/// identity; an object loses its own when its database opens another file. A class that changes a
+/// stored object calls setDirty().
 /// Ownership: counted by ERReference; t_SmartPtr deletes the object with the last reference. An
 ///            object that no smart pointer ever held is deleted by its owner. The database is not
 ///            owned.
@@ -72,7 +73,7 @@ class KERF_EXPORT ERObject : public CObject, public ERReference {
     /// Failure: 0 without any database, or when the database could not take the record. The object
     ///          then keeps its former ID and database and stays dirty.
     /// Kept: an object stays dirty until its record is complete, so a ring of references between dirty
-    ///       objects is followed until the stack is short, and is not saved.
+    ///       objects is followed until the stack is short, or 100 000 records deep, and is not saved.
     virtual int Save(ERObjectDataBase* target);
     /// Reads nothing: returns 1 when an ID and a database are known, each from the arguments or the
     /// object.
@@ -80,10 +81,10 @@ class KERF_EXPORT ERObject : public CObject, public ERReference {
 
     ERLong getObjectID() const { return objectID_; }  ///< -1 without a record
     ERObjectDataBase* Database() const { return database_; }
-    void setDirty() { dirty_ = 1; }
-    int isDirty() const { return dirty_; }
+    void setDirty() { dirty_ = true; }
+    int isDirty() const { return dirty_ ? 1 : 0; }
     /// 1 for an object built by the `new` of ERObject, 0 for any other.
-    int isOnTheHeap() const { return onTheHeap_; }
+    int isOnTheHeap() const { return onTheHeap_ ? 1 : 0; }
 
     /// Hands an invalid object's class name to ER_assert.
     void assertValid(const char* file, int line) const;
@@ -120,10 +121,14 @@ protected:
 private:
     friend class ERObjectDataBase;
 
+    // Whether the object has a record in the file that its database has open, or had open last.
+    bool isAttached() const;
+
     ERLong objectID_ = -1;
     ERObjectDataBase* database_ = nullptr;
-    int dirty_ = 0;
-    int onTheHeap_;
+    ERULong opening_ = 0;  // of the database: which file the ID belongs to
+    bool dirty_ = false;
+    bool onTheHeap_;
 };
 
 /// A place for a debugger to stop at: formats "Erreur : %s \n Fichier %s Ligne %d" into a local

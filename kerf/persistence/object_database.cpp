@@ -40,6 +40,8 @@ constexpr ERULong signatureSize = 4;
 constexpr ERULong sizeWordSize = 4;
 constexpr unsigned int deepestRecord = 100000;  // records inside records
 
+ERULong lastOpening = 0;  // of all bases in the process
+
 // Says in the debug text that a class has written another size than it announced.
 void reportSize(const ERObject& object, ERULong announced, std::uint64_t written) {
     outputDebugText((std::string(object.className()) + " announced " + std::to_string(announced) +
@@ -79,6 +81,7 @@ int ERObjectDataBase::Open(const char* name, int readOnly) {
     try {
         if (file_ != nullptr) Close();
         if (!openOrCreate(name, readOnly)) closeFile();
+        if (file_ != nullptr && (isNew_ || asLeft() != left_)) opening_ = ++lastOpening;
     } catch (const CFileException& failure) {
         showMessage("File Error", failure.what());
         closeFile();
@@ -166,8 +169,23 @@ void ERObjectDataBase::readClasses() {
 
 void ERObjectDataBase::Close() {
     signatures_.clear();
-    if (objectTree_ != nullptr && !file_->isReadOnly()) writeCounters();
+    if (objectTree_ != nullptr) {
+        left_ = {};
+        LeftFile closed = asLeft();
+        if (!file_->isReadOnly()) writeCounters();
+        left_ = std::move(closed);
+    }
     closeFile();
+}
+
+ERObjectDataBase::LeftFile ERObjectDataBase::asLeft() const {
+    return {file_->GetFilePath(), lastObjectID_, objectCount_, lastSignature_};
+}
+
+void ERObjectDataBase::attach(ERObject& object, ERLong id) {
+    object.objectID_ = id;
+    object.database_ = this;
+    object.opening_ = opening_;
 }
 
 void ERObjectDataBase::writeCounters() {
@@ -208,8 +226,9 @@ ERLong ERObjectDataBase::GetOrCreateSignature(const char* className) {
         if (!classTree_->insertKeyAndValue(key.c_str(), signature)) return -1;
         ++lastSignature_;
     }
-    signatures_.emplace(name, static_cast<ERULong>(signature));
+    // In this order: a name that is known has its creator, even when memory runs out in between.
     creators_.emplace(static_cast<ERULong>(signature), ERClassRegistration::findCreator(className));
+    signatures_.emplace(name, static_cast<ERULong>(signature));
     return signature;
 }
 
@@ -231,8 +250,9 @@ public:
           object(stored),
           formerID(stored.objectID_),
           formerDatabase(stored.database_),
+          formerOpening(stored.opening_),
           position(targetBase.file_->CurOffset()),
-          isNew(stored.objectID_ == -1 || stored.database_ != &targetBase) {
+          isNew(stored.objectID_ == -1 || stored.database_ != &targetBase || !stored.isAttached()) {
         ++base.storeDepth_;
     }
 
@@ -243,6 +263,7 @@ public:
         if (complete) return;
         object.objectID_ = formerID;
         object.database_ = formerDatabase;
+        object.opening_ = formerOpening;
         if (!isNew || id == -1) return;
         --base.objectCount_;
         // Objects that this one refers to may have taken later IDs already.
@@ -257,8 +278,7 @@ public:
             base.lastObjectID_ = id;
             ++base.objectCount_;
         }
-        object.objectID_ = id;
-        object.database_ = &base;
+        base.attach(object, id);
         return true;
     }
 
@@ -271,6 +291,7 @@ public:
     ERObject& object;
     const ERLong formerID;
     ERObjectDataBase* const formerDatabase;
+    const ERULong formerOpening;
     const ERLong position;  // this store may run inside the saveGuts of another object
     const bool isNew;
     ERLong id = -1;
@@ -435,14 +456,17 @@ int ERObjectDataBase::Retrieve(ERLong id, ERObject& object) {
     if (!findObject(id, found)) return 0;
     const Restoring::Entry entry(*restoring_, found, file_->GetLength());
     if (!entry.isAdmitted()) return 0;
-    const ERLong formerID = std::exchange(object.objectID_, id);
-    ERObjectDataBase* const formerDatabase = std::exchange(object.database_, this);
+    const ERLong formerID = object.objectID_;
+    ERObjectDataBase* const formerDatabase = object.database_;
+    const ERULong formerOpening = object.opening_;
+    attach(object, id);
     try {
         const RecordFile::Reading reading(*file_, found.bytes);
         object.restoreGuts(*file_);
     } catch (...) {
         object.objectID_ = formerID;
         object.database_ = formerDatabase;
+        object.opening_ = formerOpening;
         throw;
     }
     return 1;
@@ -460,8 +484,7 @@ t_SmartPtr<ERObject> ERObjectDataBase::RetrieveAndCreate(ERLong id) {
     if (!entry.isAdmitted()) return {};
 
     t_SmartPtr<ERObject> object(known->second());
-    object->database_ = this;
-    object->objectID_ = id;
+    attach(*object, id);
     const RecordFile::Reading reading(*file_, found.bytes);
     object->restoreGuts(*file_);
     return object;

@@ -43,6 +43,10 @@ public:
     /// Opens the file of that name, or creates it unless readOnly is set. 1 when the base is open
     /// at the end. 0 for a file that is missing (read only), empty, or no database: its bytes stay
     /// as they are. After a file error, which is shown under the title "File Error", 0 too.
+    ///
+    /// Objects kept in memory stay attached when the base closes and opens the file again as it was
+    /// left, whatever other files it opened in vain. Once it opens another file they are free: no
+    /// record of that file is taken for theirs.
     virtual int Open(const char* name, int readOnly);
     virtual void Close();
 
@@ -103,6 +107,14 @@ private:
     friend class ERObject;
     friend class ERDataBase;  // which adds its index to a new base
 
+    // A file as this base left it.
+    struct LeftFile {
+        std::string path;
+        ERLong lastObjectID = 0;
+        ERULong objectCount = 0;
+        ERULong lastSignature = 0;
+        bool operator==(const LeftFile&) const = default;
+    };
     struct NameHash {
         using is_transparent = void;
         std::size_t operator()(std::string_view name) const {
@@ -119,6 +131,8 @@ private:
     void readClasses();
     void writeCounters();
     void closeFile();
+    LeftFile asLeft() const;
+    void attach(ERObject& object, ERLong id);
     ERLong freeID(DiskTreePosition& place);
     bool isWhole(const ERObject& object, ERULong announced) const;
     bool findObject(ERLong id, StoredObject& found);
@@ -131,6 +145,8 @@ private:
     std::unique_ptr<ERBTreeOnDisk> objectTree_;  // object ID to record location
     ERLong classTreeLocation_ = -1;
     ERLong objectTreeLocation_ = -1;
+    ERULong opening_ = 0;  // of one file, however often it is opened; no two bases share one
+    LeftFile left_;
     ERLong lastObjectID_ = 0;
     ERULong objectCount_ = 0;
     ERULong lastSignature_ = 0;

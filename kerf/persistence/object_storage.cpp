@@ -5,22 +5,28 @@
 
 namespace kerf {
 
+bool ERObject::isAttached() const {
+    return database_ != nullptr && opening_ == database_->opening_;
+}
+
 int ERObject::Save(ERObjectDataBase* target) {
-    if (target == nullptr && database_ == nullptr) return 0;
-    if (target != nullptr && target != database_) {
-        if (database_ != nullptr && dirty_ && objectID_ != -1 && database_->Store(*this) == -1)
-            return 0;
+    const bool attached = isAttached();
+    if (target == nullptr && !attached) return 0;
+    if (target != nullptr && (target != database_ || !attached)) {
+        if (attached && dirty_ && objectID_ != -1 && database_->Store(*this) == -1) return 0;
 
         // Whatever ends the store early, the object keeps the identity that it came with.
         struct Identity {
             ERObject& object;
             const ERLong objectID = object.objectID_;
             ERObjectDataBase* const database = object.database_;
+            const ERULong opening = object.opening_;
             bool keep = true;
             ~Identity() {
                 if (!keep) return;
                 object.objectID_ = objectID;
                 object.database_ = database;
+                object.opening_ = opening;
             }
         } former{*this};
         database_ = nullptr;
@@ -30,12 +36,12 @@ int ERObject::Save(ERObjectDataBase* target) {
     } else if (dirty_ && database_->Store(*this) == -1) {
         return 0;
     }
-    dirty_ = 0;
+    dirty_ = false;
     return 1;
 }
 
 int ERObject::Delete() {
-    if (database_ == nullptr || objectID_ == -1) return 0;
+    if (!isAttached() || objectID_ == -1) return 0;
     if (database_->Delete(objectID_) == 0) return 0;
     database_ = nullptr;
     objectID_ = -1;
@@ -47,8 +53,9 @@ void ERObject::recursiveSaveOn(ERFile& file) {
     const ERLong position = file.CurOffset();
     Save(current);
     theCurrentDataBase = current;  // an object that comes from another base is stored there first
-    // Where that failed its ID is one of the other base: no record of this one may hold it.
-    if (current != nullptr && database_ != current && objectID_ != -1) ++current->refusedStores_;
+    // Where that failed its ID is one of another file: no record of this one may hold it.
+    const bool isHere = database_ == current && isAttached();
+    if (current != nullptr && !isHere && objectID_ != -1) ++current->refusedStores_;
     file.SeekTo(position);
     file.Write(objectID_);
 }
