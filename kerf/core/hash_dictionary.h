@@ -54,6 +54,8 @@ public:
 
 protected:
     unsigned int hashIndex(const K& key) const { return hash_(key) % length(); }
+    /// As operator[] for a key that is known to be missing: without a search.
+    V& appendNew(const K& key);
 
 private:
     struct Entry : ERIsvSlink, ERMemoryPool {
@@ -132,14 +134,16 @@ typename ERTValHashDictionary<K, V>::Entry* ERTValHashDictionary<K, V>::entryIn(
 
 template <class K, class V>
 V& ERTValHashDictionary<K, V>::operator[](const K& key) {
-    const unsigned int index = hashIndex(key);
-    Entry* entry = entryIn(bucketAt(index), key);
-    if (entry == nullptr) {
-        Bucket& bucket = bucketForUse(index);
-        entry = new Entry(key);
-        bucket.append(entry);
-        ++count_;
-    }
+    Entry* const entry = entryOf(key);
+    return entry != nullptr ? entry->value : appendNew(key);
+}
+
+template <class K, class V>
+V& ERTValHashDictionary<K, V>::appendNew(const K& key) {
+    Bucket& bucket = bucketForUse(hashIndex(key));
+    Entry* const entry = new Entry(key);
+    bucket.append(entry);
+    ++count_;
     return entry->value;
 }
 

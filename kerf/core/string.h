@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <iosfwd>
 
+#include "kerf/core/store_size.h"
 #include "kerf/platform/config.h"
 
 // A byte string whose copies share their storage until one is changed, and a writable view of a part
@@ -253,7 +254,7 @@ public:
     /// Damage: a length that is negative or more than the file still holds reads as 0; when the bytes
     ///         cannot be read, the string is empty.
     void restoreFrom(ERFile& file);
-    ERULong binaryStoreSize() const { return 4 + length(); }
+    ERULong binaryStoreSize() const { return storeSizeSum(4, length()); }
 
     /// Kept: the setters, the three that take a number, return it and change nothing. The values are
     ///       fixed at 15.

@@ -104,9 +104,13 @@ LocalForm<Complex> complexForm(const Coefficients& p, const Complex& x) {
 
 bool isFinite(const Complex& z) { return std::isfinite(z.real()) && std::isfinite(z.imag()); }
 
+// More iterations than any root takes: a limit without end ends here.
+constexpr double mostIterations = 1e6;
+
 // Moves z to a root of p. Returns whether it was reached.
 bool laguerre(const Coefficients& p, double tolerance, double maxIterations, Complex& z) {
     const double n = p.degree;
+    maxIterations = std::min(maxIterations, mostIterations);
     for (int iteration = 1; iteration <= maxIterations; ++iteration) {
         const LocalForm<Complex> form = complexForm(p, z);
         if (form.isRoot()) return true;

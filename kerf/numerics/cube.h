@@ -1,4 +1,5 @@
 #pragma once
+#include "kerf/core/store_size.h"
 #include "kerf/numerics/matrix.h"
 
 namespace kerf::QuickAlgebra {
@@ -48,7 +49,7 @@ public:
     void saveGuts(ERFile& file) const;
     /// Damage: extents that do not match the number of elements restore as an empty cube.
     void restoreGuts(ERFile& file);
-    ERULong binaryStoreSize() const { return ERVec<double>::binaryStoreSize() + 12; }
+    ERULong binaryStoreSize() const { return storeSizeSum(ERVec<double>::binaryStoreSize(), 12); }
 
 private:
     unsigned int nx_ = 0;

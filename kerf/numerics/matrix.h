@@ -1,6 +1,7 @@
 #pragma once
 #include <iosfwd>
 
+#include "kerf/core/store_size.h"
 #include "kerf/numerics/vector.h"
 
 namespace kerf::QuickAlgebra {
@@ -100,7 +101,7 @@ public:
     void saveGuts(ERFile& file) const;
     /// Damage: a shape that does not match the number of elements restores as 0 by 0.
     void restoreGuts(ERFile& file);
-    ERULong binaryStoreSize() const { return Base::binaryStoreSize() + 8; }
+    ERULong binaryStoreSize() const { return storeSizeSum(Base::binaryStoreSize(), 8); }
 
     /// "( r= " rows ", c=" cols ")" and end of line; then each row as "[", each element at width 12
     /// and a space, "]" and end of line. Elements are fixed with 7 decimals, left-aligned, signed.

@@ -1,5 +1,6 @@
 #pragma once
 #include "kerf/core/block_cache.h"
+#include "kerf/core/store_size.h"
 #include "kerf/platform/config.h"
 
 namespace kerf {
@@ -96,7 +97,7 @@ public:
 
     /// The length (32 bits), then the bytes.
     void saveGuts(ERFile& file) const;
-    ERULong binaryStoreSize() const { return length + 4; }
+    ERULong binaryStoreSize() const { return storeSizeSum(length, 4); }
 
     /// The one block of all empty vectors. It has no room and is never freed.
     static ERVecRep* empty();

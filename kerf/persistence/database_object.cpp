@@ -2,6 +2,8 @@
 
 #include <ostream>
 
+#include "kerf/core/store_size.h"
+
 namespace kerf {
 
 ER_DEFINE_CLASS(ERDBObject, ERObject)
@@ -99,7 +101,8 @@ void ERDBObject::restoreGuts(ERFile& file) {
 }
 
 ERULong ERDBObject::binaryStoreSize() const {
-    return ERObject::binaryStoreSize() + properties_.binaryStoreSize() + object_.binaryStoreSize();
+    return storeSizeSum(ERObject::binaryStoreSize(), properties_.binaryStoreSize(),
+                        object_.binaryStoreSize());
 }
 
 }  // namespace kerf

@@ -40,7 +40,7 @@ int ERDataBase::Open(const char* name, int readOnly) {
                 index_ = std::make_unique<ERAuxilaryIndex>();
                 base_.Retrieve(indexID, *index_);
                 index_->init(*base_.fileManager());
-                nextEntry_ = std::max(index_->entries(), 0);
+                nextEntry_ = firstFreeNumber();
                 return 1;
             }
         }
@@ -56,6 +56,13 @@ int ERDataBase::Open(const char* name, int readOnly) {
     return 0;
 }
 
+// The count of the index is written when the base is closed: after a crash the index holds more.
+ERLong ERDataBase::firstFreeNumber() {
+    ERLong number = std::max(index_->entries(), 0);
+    for (ERLong id = -1; number <= lastNumber && index_->Find(number, id);) ++number;
+    return number;
+}
+
 void ERDataBase::Close() {
     index_.reset();
     nextEntry_ = 0;
@@ -66,12 +73,7 @@ ERLong ERDataBase::save(t_SmartPtr<ERObject> object) {
     if (index_ == nullptr || !object || nextEntry_ > lastNumber) return -1;
     const ERLong id = base_.Store(*object);
     if (id == -1) return -1;
-    // After a crash the index may hold numbers that its count does not include.
-    while (!index_->Insert(nextEntry_, id)) {
-        ERLong taken = -1;
-        if (nextEntry_ == lastNumber || !index_->Find(nextEntry_, taken)) return -1;
-        ++nextEntry_;
-    }
+    if (!index_->Insert(nextEntry_, id)) return -1;
     return nextEntry_++;
 }
 

@@ -34,6 +34,8 @@ public:
     ERObjectDataBase& objects() { return base_; }
 
 private:
+    ERLong firstFreeNumber();
+
     ERObjectDataBase base_;
     std::unique_ptr<ERAuxilaryIndex> index_;
     ERLong nextEntry_ = 0;

@@ -5,9 +5,11 @@
 #include <cstdint>
 #include <cstdlib>
 #include <limits>
+#include <map>
 #include <ostream>
 
 #include "kerf/core/file.h"
+#include "kerf/core/store_size.h"
 
 namespace kerf {
 
@@ -80,7 +82,7 @@ ERULong ERDBObjProperty::binaryStoreSize() const {
         case Double:
             return 9;
         case String:
-            return static_cast<ERULong>(text_.size()) + 6;
+            return storeSizeSum(text_.size(), 6);
         case Undefined:
             break;
     }
@@ -187,13 +189,13 @@ ERDBObjProperty::operator const char*() const { return type_ == String ? text_.c
 ERDBObjPropertyTable::ERDBObjPropertyTable() : ERTValHashDictionary(propertyHash, bucketCount) {}
 
 ERULong ERDBObjPropertyTable::binaryStoreSize() const {
-    ERULong total = 4;
+    std::uint64_t total = 4;
     applyToKeyAndValue(
         [](const ERLong&, const ERDBObjProperty& property, void* sum) {
-            *static_cast<ERULong*>(sum) += 4 + property.binaryStoreSize();
+            *static_cast<std::uint64_t*>(sum) += 4 + std::uint64_t{property.binaryStoreSize()};
         },
         &total);
-    return total;
+    return storeSizeFrom(total);
 }
 
 void ERDBObjPropertyTable::saveGuts(ERFile& file) const {
@@ -211,10 +213,20 @@ void ERDBObjPropertyTable::restoreGuts(ERFile& file) {
     int stored = 0;
     if (!file.Read(stored) || stored < 0) return;
     if (static_cast<ERULong>(stored) > file.remaining() / smallestStoredEntry) return;
+    // A bucket is searched from its start, which takes too long for each of many entries.
+    constexpr int searched = 100;
+    std::map<ERLong, ERDBObjProperty*> known;
+    const bool many = stored > searched;
     for (; stored > 0; --stored) {
         ERLong key = 0;
         if (!file.Read(key)) return;
-        (*this)[key].restoreGuts(file);
+        if (!many) {
+            (*this)[key].restoreGuts(file);
+            continue;
+        }
+        ERDBObjProperty*& property = known[key];
+        if (property == nullptr) property = &appendNew(key);
+        property->restoreGuts(file);
     }
 }
 

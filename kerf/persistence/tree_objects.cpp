@@ -3,6 +3,7 @@
 #include <ostream>
 
 #include "kerf/core/file.h"
+#include "kerf/core/store_size.h"
 #include "kerf/persistence/disk_btree.h"
 #include "kerf/persistence/internal/number_key.h"
 
@@ -135,7 +136,7 @@ void ERDBTree::restoreGuts(ERFile& file) {
 }
 
 ERULong ERDBTree::binaryStoreSize() const {
-    return ERObject::binaryStoreSize() + 4 + name_.binaryStoreSize();
+    return storeSizeSum(ERObject::binaryStoreSize(), 4, name_.binaryStoreSize());
 }
 
 }  // namespace kerf

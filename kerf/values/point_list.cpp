@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "kerf/core/file.h"
+#include "kerf/core/store_size.h"
 
 namespace kerf {
 
@@ -44,7 +45,8 @@ void ERVecPoint23::restoreGuts(ERFile& file) {
 }
 
 ERULong ERVecPoint23::binaryStoreSize() const {
-    return ERObject::binaryStoreSize() + points_.binaryStoreSize() + parameters_.binaryStoreSize();
+    return storeSizeSum(ERObject::binaryStoreSize(), points_.binaryStoreSize(),
+                        parameters_.binaryStoreSize());
 }
 
 }  // namespace kerf

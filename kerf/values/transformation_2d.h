@@ -67,8 +67,8 @@ public:
     /// a, b, c, d, tx, ty: 48 bytes.
     void saveGuts(ERFile& file) const override;
     void restoreGuts(ERFile& file) override;
-    /// Kept: the size of the matrix alone, less than saveGuts writes. Keep such an object inside a
-    /// class that counts its 48 bytes, not as a record of its own.
+    /// Kept: 32, the matrix alone, while saveGuts writes 48. A database refuses such an object as a
+    ///       record of its own; keep it inside a class that counts its 48 bytes.
     ERULong binaryStoreSize() const override { return 32; }
 
 private:

@@ -6,6 +6,7 @@
 #include <type_traits>
 
 #include "kerf/core/file.h"
+#include "kerf/core/store_size.h"
 #include "kerf/platform/config.h"
 
 // How the typed containers write their elements. A class writes itself: by saveGuts and restoreGuts,
@@ -101,12 +102,6 @@ std::uint64_t storedSize(const T* elements, unsigned int n) {
         for (unsigned int i = 0; i < n; ++i) size += elements[i].binaryStoreSize();
         return size;
     }
-}
-
-/// The size as binaryStoreSize returns it. One that does not fit 32 bits becomes all ones, which no
-/// file has room for.
-constexpr ERULong storeSizeFrom(std::uint64_t bytes) {
-    return static_cast<ERULong>(std::min<std::uint64_t>(bytes, 0xFFFFFFFFu));
 }
 
 template <ERStorable T>
