@@ -2,6 +2,7 @@
 // happens.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <filesystem>
 #include <functional>
@@ -19,6 +20,7 @@
 #include "kerf/values/persistent_point.h"
 #include "tests/persistence/database_support.h"
 #include "tests/persistence/heap_support.h"
+#include "tests/persistence/scripted_object.h"
 #include "tests/support/file_backends.h"
 
 namespace kerf {
@@ -28,9 +30,9 @@ using namespace test;
 
 using Failing = TestFileBackend::Failing;
 
-// The answer of a call, 0 when it threw.
+// What a call returns, 0 when it threw.
 template <class Call>
-int answerOf(Call call) {
+int resultOf(Call call) {
     try {
         return call();
     } catch (const CFileException&) {
@@ -39,7 +41,7 @@ int answerOf(Call call) {
 }
 
 // One session of stores, replacements and deletions. What each object holds in the file is recorded
-// when the call that put it there has answered success.
+// when the call that put it there has succeeded.
 struct Session {
     std::map<ERLong, std::string> stored;  // names by ID
     std::set<ERLong> uncertain;            // IDs of calls that failed
@@ -56,14 +58,14 @@ struct Session {
             if (i % 6 == 5) remove(*objects[i / 3]);
             if (i % 4 == 3) retrieve(objects[i / 2]->getObjectID(), base);
         }
-        answerOf([&] { return base.Close(), 1; });
+        resultOf([&] { return base.Close(), 1; });
     }
 
     void save(ERDBObject& object, ERObjectDataBase& base) {
         const ERLong id = object.getObjectID();
         ERObjectDataBase* const database = object.Database();
         object.setDirty();
-        if (answerOf([&] { return object.Save(&base); })) {
+        if (resultOf([&] { return object.Save(&base); })) {
             stored[object.getObjectID()] = object.name();
             uncertain.erase(object.getObjectID());
             EXPECT_EQ(object.isDirty(), 0);
@@ -77,7 +79,7 @@ struct Session {
 
     void remove(ERDBObject& object) {
         const ERLong id = object.getObjectID();
-        if (answerOf([&] { return object.Delete(); }))
+        if (resultOf([&] { return object.Delete(); }))
             stored.erase(id);
         else
             uncertain.insert(id);
@@ -85,7 +87,7 @@ struct Session {
 
     void retrieve(ERLong id, ERObjectDataBase& base) {
         ERDBObject object;
-        if (answerOf([&] { return base.Retrieve(id, object); })) {
+        if (resultOf([&] { return base.Retrieve(id, object); })) {
             EXPECT_TRUE(uncertain.count(id) != 0 || object.name() == stored[id]);
         } else {
             EXPECT_EQ(object.getObjectID(), -1);
@@ -270,8 +272,89 @@ TEST_F(DatabaseFaults, ABaseThatAnotherIsMakingIsLeftToIt) {
     EXPECT_EQ(nameOf(other.restore(0)), "theirs");
 }
 
+TEST_F(DatabaseFaults, AfterACrashEveryNumberCounts) {
+    ERDataBase base;
+    for (const ERLong saved : {0, 15, 1000}) {
+        SCOPED_TRACE(saved);
+        std::filesystem::remove(place.path());
+        ASSERT_EQ(base.Open(place.path(), 0), 1);
+        for (ERLong i = 0; i < saved; ++i) ASSERT_EQ(base.save(newNamed(std::to_string(i))), i);
+        backend.stopAtWrite(1);
+        EXPECT_THROW(base.Close(), CFileException);
+        backend.clear();
+        ASSERT_EQ(base.Open(place.path(), 0), 1);
+        EXPECT_EQ(base.getNbEnt(), saved);
+        EXPECT_EQ(base.save(newNamed("next")), saved);
+        EXPECT_EQ(nameOf(base.restore(saved)), "next");
+        base.Close();
+    }
+}
+
+// --- Hostile files: memory and time are bounded by the length of the file
+
+// Records in a chain, each of which says that it reaches to the end of the file.
+TEST_F(DatabaseFaults, RecordsInsideEachOtherTakeNoMoreThanTheFile) {
+    constexpr ERLong last = 100;
+    constexpr ERULong size = 1004;
+    {
+        OpenedBase base(place);
+        for (ERLong id = 1; id <= last; ++id) {
+            Scripted object(size, [&](ERFile& file) {
+                file.Write(id + 1);
+                file.Write(std::string(1000, 'x').data(), 1000u);
+            });
+            ASSERT_EQ(base.Store(object), id);
+        }
+    }
+    std::string bytes = place.bytes();
+    const std::string mark(1000, 'x');
+    for (auto at = bytes.find(mark); at != std::string::npos; at = bytes.find(mark, at + 1000)) {
+        const auto block = at - 12;  // of the size word, the signature and the ID
+        setWord(bytes, block, wordAt(bytes, 4) - static_cast<ERLong>(block));
+    }
+    place.setBytes(bytes);
+    OpenedBase base(place, 1);
+    std::uint64_t open = 0, most = 0;
+    Scripted::restoreAny = [&](ERFile& file) {
+        const std::uint64_t claimed = file.remaining();
+        most = std::max(most, open += claimed);
+        ERObject::recursiveRestoreFrom(file);
+        open -= claimed;
+    };
+    base.RetrieveAndCreate(1);
+    EXPECT_GT(most, bytes.size() / 2);
+    EXPECT_LT(most, bytes.size());
+    Scripted::restoreAny = nullptr;
+}
+
+// Read to the end, they would be 2^40 objects.
+TEST_F(DatabaseFaults, RecordsThatReferTwiceToTheNextComeBackAsOftenAsTheFileAllows) {
+    constexpr ERLong last = 40;
+    OpenedBase base(place);
+    for (ERLong id = 1; id <= last; ++id) {
+        Scripted object(8, [&](ERFile& file) {
+            file.Write(id + 1);
+            file.Write(id + 1);
+        });
+        ASSERT_EQ(base.Store(object), id);
+    }
+    std::uint64_t restored = 0;
+    Scripted::restoreAny = [&](ERFile& file) {
+        ++restored;
+        ERObject::recursiveRestoreFrom(file);
+        ERObject::recursiveRestoreFrom(file);
+    };
+    EXPECT_TRUE(base.RetrieveAndCreate(1) != nullptr);
+    EXPECT_GT(restored, 100000u);  // those that are shared in earnest all come back
+    EXPECT_LT(restored, 1000000u);
+    restored = 0;
+    EXPECT_TRUE(base.RetrieveAndCreate(last - 10) != nullptr);
+    EXPECT_EQ(restored, 2047u);  // each call counts anew
+    Scripted::restoreAny = nullptr;
+}
+
 // The end of the file is put just below 2 GiB; the file stays sparse.
-TEST_F(DatabaseFaults, NothingIsAllocatedBehindTheLastLocation) {
+TEST_F(DatabaseFaults, NothingIsAllocatedPastTheLastLocation) {
     std::string bytes = smallDatabase();
     setWord(bytes, 4, 0x7FFFFFFC - 2000);
     place.setBytes(bytes);

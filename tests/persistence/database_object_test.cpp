@@ -2,16 +2,20 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <cstdint>
 #include <limits>
+#include <new>
 #include <sstream>
 #include <string>
 
+#include "kerf/core/store_size.h"
 #include "kerf/persistence/file_manager.h"
 #include "kerf/persistence/numbered_database.h"
 #include "kerf/persistence/tree_objects.h"
 #include "kerf/values/persistent_point.h"
 #include "tests/persistence/database_support.h"
+#include "tests/persistence/heap_support.h"
 
 namespace kerf {
 namespace {
@@ -67,6 +71,44 @@ TEST(PropertyTable, IsStoredInBucketOrder) {
     EXPECT_EQ(table.binaryStoreSize(), expected.size());
 }
 
+// A property that counts for more bytes than memory has.
+struct HugeProperty : ERDBObjProperty {
+    ERULong binaryStoreSize() const override { return 0xC0000000u; }
+};
+
+TEST(PropertyTable, SizesThatDoNotFitStopAtTheLargest) {
+    ERDBObjPropertyTable table;
+    for (ERLong key : {1, 2}) {
+        static_assert(sizeof(HugeProperty) == sizeof(ERDBObjProperty));
+        ERDBObjProperty* const property = &table[key];
+        property->~ERDBObjProperty();
+        new (static_cast<void*>(property)) HugeProperty;
+    }
+    EXPECT_EQ(table.binaryStoreSize(), 0xFFFFFFFFu);
+    static_assert(storeSizeSum(0xFFFFFFFFu, 1) == 0xFFFFFFFFu);
+    static_assert(storeSizeSum(~std::uint64_t{0} / 2, 6) == 0xFFFFFFFFu);
+    static_assert(storeSizeSum(0xFFFFFFF0u, 4, 8) == 0xFFFFFFFCu);
+}
+
+// All in one bucket; each third key comes twice.
+TEST(PropertyTable, ManyPropertiesAreRestoredInTimeThatGrowsWithTheirNumber) {
+    constexpr ERLong count = 200000;
+    std::string bytes = words({count});
+    for (ERLong i = 0; i < count; ++i) {
+        bytes += words({2550 * (i % 3 == 2 ? i - 1 : i)}) + '\1' + words({i});
+    }
+    const TemporaryFile place;
+    place.setBytes(bytes);
+    ERFile file(place.path(), CFile::modeRead);
+    ERDBObjPropertyTable table;
+    const auto start = std::chrono::steady_clock::now();
+    table.restoreGuts(file);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20));
+    EXPECT_EQ(table.entries(), static_cast<unsigned int>(count - count / 3));
+    EXPECT_EQ(table[2550 * 1].operator int(), 2);  // the last of equal ones
+    EXPECT_EQ(table[2550 * 3].operator int(), 3);
+}
+
 TEST_F(DatabaseObjects, ComeBackWithTheirPropertiesAndTheirObject) {
     OpenedBase base(place);
     ERDBObject object, again;
@@ -78,6 +120,7 @@ TEST_F(DatabaseObjects, ComeBackWithTheirPropertiesAndTheirObject) {
     ASSERT_EQ(object.Save(&base), 1);
     const t_SmartPtr<ERObject> copy(object.getCopy());
     ASSERT_EQ(base.Retrieve(1, again), 1);
+    EXPECT_EQ(again.binaryStoreSize(), object.binaryStoreSize());
     for (ERDBObject* each : {&again, ERDBObject::castdown(copy.getObject())}) {
         EXPECT_EQ(each->color() + each->level(), 4 - 2);
         EXPECT_EQ(each->color_rgb(), 0xFF000000u);
@@ -125,6 +168,10 @@ TEST_F(DatabaseObjects, AreNumberedInTheOrderOfSaving) {
     EXPECT_EQ(nameOf(object), "299");
     EXPECT_EQ(object->getObjectID(), 301);  // the index is object 1
     EXPECT_EQ(base.save(newNamed("next")), 300);
+    const TemporaryFile otherPlace;
+    ASSERT_EQ(base.Open(otherPlace.path(), 0), 1);
+    EXPECT_EQ(base.getNbEnt(), 0);
+    EXPECT_EQ(base.save(newNamed("first")), 0);
 }
 
 TEST_F(DatabaseObjects, ABaseWhoseFirstRecordIsNoIndexIsRefusedAndClosed) {

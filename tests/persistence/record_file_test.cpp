@@ -1,12 +1,20 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <fstream>
+#include <functional>
 #include <random>
 #include <string>
+#include <vector>
 
 #include "kerf/persistence/file_manager.h"
+#include "kerf/platform/exceptions.h"
+#include "kerf/platform/sinks.h"
+#include "kerf/values/transformation_2d.h"
 #include "tests/persistence/database_support.h"
+#include "tests/persistence/heap_support.h"
+#include "tests/persistence/scripted_object.h"
 #include "tests/support/file_backends.h"
 
 namespace kerf::test {
@@ -73,18 +81,221 @@ TEST_F(DatabaseBytes, AreThoseOfTheFileWhateverIsWrittenAndFails) {
     }
 }
 
-TEST_F(DatabaseBytes, AReadThatFailsLeavesThePositionAndIsTriedAgain) {
-    const ERLong block = base->allocate(9000) + 8192;  // in a page that was never read
-    base->SeekTo(block);
-    base->Write("ABCDEFG");
-    base->SeekTo(block);
-    files.failCall(FileCall::read, 1);
-    char text[8] = {};
-    EXPECT_THROW(base->Read(text, 8u), CFileException);
-    EXPECT_EQ(base->CurOffset(), block);
-    files.clear();
-    EXPECT_EQ(base->Read(text, 8u), 1);
-    EXPECT_STREQ(text, "ABCDEFG");
+// --- What an object writes into its record
+
+using Records = DatabaseTest;
+
+std::string filled(std::size_t count) { return std::string(count, 'x'); }
+
+struct Writing {
+    const char* name;
+    ERULong announced;
+    std::function<void(ERFile&)> save;
+    const char* reported;
+};
+
+void writeInts(ERFile& file, int count) {
+    for (int i = 0; i < count; ++i) file.Write(i);
+}
+
+const Writing tooLong[] = {
+    {"one write", 8, [](ERFile& file) { file.Write(filled(13).data(), 13u); }, "wrote 13"},
+    {"many writes", 8, [](ERFile& file) { writeInts(file, 100); }, "wrote 400"},
+    {"from the end on", 0, [](ERFile& file) { file.Write(1.5); }, "wrote 8"},
+    {"a reference after the end", 4,
+     [](ERFile& file) {
+         file.Write(1);
+         t_SmartPtr<ERObject>(newNamed("part")).saveGuts(file);
+         file.Write(2);
+     },
+     "wrote 16"},
+};
+
+#if defined(KERF_CHECKED)
+
+TEST_F(Records, TheCheckedBuildStopsAtAClassThatRunsOverItsRecord) {
+    OpenedBase base(place);
+    Scripted object(tooLong[0].announced, tooLong[0].save);
+    EXPECT_DEATH(base.Store(object), "written <= announced");
+}
+
+TEST_F(Records, TheCheckedBuildReportsAClassThatWritesLessThanItAnnounced) {
+    std::string text;
+    setDebugTextSink([&](const char* part) { text += part; });
+    OpenedBase base(place);
+    Scripted object(12, [](ERFile& file) { writeInts(file, 1); });
+    EXPECT_EQ(base.Store(object), 1);
+    EXPECT_EQ(text, "Scripted announced 12 bytes and wrote 4\n");
+    setDebugTextSink(nullptr);
+}
+
+#else
+
+// Each record takes the space of one that was freed, with others right before and after it.
+TEST_F(Records, AClassThatRunsOverItsRecordIsRefusedWithoutATrace) {
+    std::string text;
+    setDebugTextSink([&](const char* part) { text += part; });
+    for (const Writing& writing : tooLong) {
+        SCOPED_TRACE(writing.name);
+        const TemporaryFile own;
+        OpenedBase base(own);
+        const ERULong size = writing.announced;
+        const auto save = [size](ERFile& file) { file.Write(filled(size).data(), size); };
+        Scripted sound(size, save), freed(size, save), careless(size, writing.save);
+        const auto before = newNamed("before"), after = newNamed("after");
+        before->Save(&base);
+        newNamed("part")->Save(&base);
+        base.Store(freed);
+        after->Save(&base);
+        base.Store(sound);
+        ASSERT_EQ(freed.Delete(), 1);
+        const ERLong end = base.fileManager()->endData();
+
+        text.clear();
+        EXPECT_EQ(base.Store(careless), -1);
+        EXPECT_EQ(careless.getObjectID(), -1);
+        EXPECT_EQ(careless.Database(), nullptr);
+        EXPECT_EQ(text, "Scripted announced " + std::to_string(size) + " bytes and " +
+                            writing.reported + "\n");
+        sound.save = writing.save;
+        sound.setDirty();
+        EXPECT_EQ(sound.Save(nullptr), 0);  // it keeps its former record
+        EXPECT_EQ(sound.getObjectID(), 5);
+        EXPECT_EQ(nameOf(base.RetrieveAndCreate(1)), "before");
+        EXPECT_EQ(nameOf(base.RetrieveAndCreate(4)), "after");
+        EXPECT_TRUE(base.RetrieveAndCreate(5) != nullptr);
+        const bool hasPart = size == 4;
+        if (!hasPart) {
+            EXPECT_EQ(base.getNbObj(), 5u);
+            EXPECT_EQ(base.fileManager()->endData(), end);
+        }
+        base.Close();
+        expectSoundHeap(own.bytes(), std::vector<ERLong>{});
+    }
+    setDebugTextSink(nullptr);
+}
+
+TEST_F(Records, APlanarTransformationIsRefusedAsARecord) {
+    OpenedBase base(place);
+    ERTransfo2D transformation;
+    EXPECT_EQ(base.Store(transformation), -1);
+}
+
+#endif
+
+// --- What an object reads from its record
+
+// A class that has got further fields since the record was written.
+TEST_F(Records, ReadingPastARecordFailsAndLeavesTheVariable) {
+    OpenedBase base(place);
+    for (int i = 0; i < 3; ++i) {
+        Scripted object(8, [](ERFile& file) { writeInts(file, 2); });
+        ASSERT_NE(base.Store(object), -1);
+    }
+    int visits = 0;
+    Scripted::restoreAny = [&](ERFile& file) {
+        int values[2] = {7, 7}, whole = 7;
+        double real = 0.5;
+        char text[4] = "abc";
+        EXPECT_EQ(file.remaining(), 8u);
+        EXPECT_EQ(file.Read(whole), 1);
+        EXPECT_EQ(file.Read(values, 2), 0);
+        EXPECT_EQ(values[0], 1);  // what the record holds is read
+        EXPECT_EQ(values[1], 7);
+        EXPECT_EQ(file.Read(real), 0);
+        EXPECT_EQ(real, 0.5);
+        EXPECT_EQ(file.Read(whole), 0);
+        EXPECT_EQ(whole, 0);
+        EXPECT_EQ(file.Read(text, 3u), 0);
+        EXPECT_STREQ(text, "abc");
+        EXPECT_EQ(file.remaining(), 0u);
+        ++visits;
+    };
+    for (ERLong id = 1; id <= 3; ++id) base.RetrieveAndCreate(id);
+    Scripted filledAgain;
+    EXPECT_EQ(base.Retrieve(2, filledAgain), 1);
+    EXPECT_EQ(visits, 4);
+    Scripted::restoreAny = nullptr;
+}
+
+TEST_F(Records, ARestoredPartLeavesItsWholeTheRestOfTheRecord) {
+    OpenedBase base(place);
+    const auto part = newNamed("part");
+    Scripted object(12, [&](ERFile& file) {
+        t_SmartPtr<ERObject>(part).saveGuts(file);
+        file.Write(11);
+    });
+    ASSERT_EQ(base.Store(object), 1);
+    int after = 0, further = 12;
+    Scripted::restoreAny = [&](ERFile& file) {
+        t_SmartPtr<ERObject> restored;
+        restored.restoreGuts(file);
+        EXPECT_EQ(nameOf(restored), "part");
+        EXPECT_EQ(file.Read(after), 1);
+        EXPECT_EQ(file.Read(further), 0);
+    };
+    base.RetrieveAndCreate(1);
+    EXPECT_EQ(after, 11);
+    EXPECT_EQ(further, 12);
+    Scripted::restoreAny = nullptr;
+}
+
+TEST_F(Records, AnObjectMayReadBackWhatItHasJustWritten) {
+    OpenedBase base(place);
+    Scripted object(16, [](ERFile& file) {
+        const ERLong start = file.CurOffset();
+        for (int value : {5, 6, 7, 8}) file.Write(value);
+        int read[4] = {};
+        file.SeekTo(start);
+        EXPECT_EQ(file.Read(read, 4), 1);
+        EXPECT_EQ(read[0], 5);
+        EXPECT_EQ(read[3], 8);
+        file.SeekTo(start + 4);
+        file.Write(60);
+    });
+    ASSERT_EQ(base.Store(object), 1);
+    int values[4] = {};
+    Scripted::restoreAny = [&](ERFile& file) { file.Read(values, 4); };
+    base.RetrieveAndCreate(1);
+    EXPECT_EQ(values[1], 60);
+    EXPECT_EQ(values[3], 8);
+    Scripted::restoreAny = nullptr;
+}
+
+// --- Space and writes
+
+// Two blocks are enough for every version of a record; each version is one write, and so is its
+// place in the tree.
+TEST_F(DatabaseBytes, ARecordStoredAgainTakesTurnsInTwoBlocks) {
+    const auto object = newNamed("stored again");
+    object->Save(&opened);
+    object->setDirty();
+    object->Save(nullptr);
+    const ERLong end = base->endData();
+    files.resetCounts();
+    for (int i = 0; i < 100; ++i) {
+        object->setDirty();
+        ASSERT_EQ(object->Save(nullptr), 1);
+    }
+    EXPECT_EQ(base->endData(), end);
+    EXPECT_LE(files.calls(FileCall::write), 400u);  // with two of the free list
+}
+
+// The first write moves the end of the data, the second one is the record's.
+TEST_F(DatabaseBytes, ARecordThatCannotBeWrittenGivesItsBlockBack) {
+    const auto object = newNamed(std::string(3000, 'o')), part = newNamed("part");
+    opened.Store(*part);
+    object->object(part);
+    const ERLong end = base->endData();
+    for (int i = 0; i < 5; ++i) {
+        files.failCall(FileCall::write, 2);
+        EXPECT_THROW(object->Save(&opened), CFileException);
+        files.clear();
+        EXPECT_EQ(base->endData(), end);
+    }
+    EXPECT_EQ(opened.getNbObj(), 1u);
+    EXPECT_EQ(object->Save(&opened), 1);
+    EXPECT_EQ(nameOf(opened.RetrieveAndCreate(2)), std::string(3000, 'o'));
 }
 
 }  // namespace
