@@ -20,11 +20,11 @@ constexpr ERLong levelNameKey = 5;
 
 ERDBObject::ERDBObject() = default;
 
-ERDBObject::ERDBObject(t_SmartPtr<ERObject> referred) : object_(referred) {}
+ERDBObject::ERDBObject(const t_SmartPtr<ERObject>& referred) : object_(referred) {}
 
 ERDBObject::~ERDBObject() = default;
 
-ERDBObject& ERDBObject::object(t_SmartPtr<ERObject> referred) {
+ERDBObject& ERDBObject::object(const t_SmartPtr<ERObject>& referred) {
     object_ = referred;
     setDirty();
     return *this;

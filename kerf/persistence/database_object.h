@@ -17,13 +17,13 @@ class KERF_EXPORT ERDBObject : public ERObject {
 
 public:
     ERDBObject();
-    explicit ERDBObject(t_SmartPtr<ERObject> referred);
+    explicit ERDBObject(const t_SmartPtr<ERObject>& referred);
     ERDBObject(const ERDBObject&) = default;
     ERDBObject& operator=(const ERDBObject&) = default;
     ~ERDBObject() override;
 
     t_SmartPtr<ERObject> object() const { return object_; }
-    ERDBObject& object(t_SmartPtr<ERObject> referred);
+    ERDBObject& object(const t_SmartPtr<ERObject>& referred);
 
     /// Zero when the property is missing.
     ERLong color() const;

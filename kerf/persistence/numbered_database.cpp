@@ -69,6 +69,8 @@ void ERDataBase::Close() {
     base_.Close();
 }
 
+// By value, as programs that override it declare it.
+// NOLINTNEXTLINE(performance-unnecessary-value-param)
 ERLong ERDataBase::save(t_SmartPtr<ERObject> object) {
     if (index_ == nullptr || !object || nextEntry_ > lastNumber) return -1;
     const ERLong id = base_.Store(*object);

@@ -6,6 +6,7 @@
 
 #include "kerf/core/file.h"
 #include "kerf/core/object.h"
+#include "kerf/core/store_size.h"
 #include "kerf/curves/spline/basis_functions.h"
 
 namespace kerf {
@@ -91,7 +92,7 @@ void ERKnotVector::restoreGuts(ERFile& file) {
     file.Read(unclamped_);
 }
 
-ERULong ERKnotVector::binaryStoreSize() const { return knots_.binaryStoreSize() + 8; }
+ERULong ERKnotVector::binaryStoreSize() const { return storeSizeSum(knots_.binaryStoreSize(), 8); }
 
 void ERKnotVector::printOn(std::ostream& os) const {
     os << "KnotVector degree " << degree_
