@@ -14,12 +14,12 @@ namespace {
 using Complex = std::complex<double>;
 using Roots = std::vector<Complex>;
 
-Roots find(const std::vector<double>& c, double iterations = 80.0) {
+Roots find(const std::vector<double>& c, double iterations = 80.0, double tolerance = 1e-9) {
     const std::size_t n = c.size();
     std::vector<double> re(n, 77.0), im(n, 77.0), work(n);
     const auto degree = static_cast<unsigned int>(n - 1);
     const unsigned int first =
-        complexRoots(c.data(), degree, 1e-9, iterations, re.data(), im.data(), work.data());
+        complexRoots(c.data(), degree, tolerance, iterations, re.data(), im.data(), work.data());
     EXPECT_LE(first, degree);
     Roots roots;
     for (unsigned int i = 0; i < n; ++i) {
@@ -132,6 +132,13 @@ TEST(ComplexRoots, HighDegreesGiveNothingButRoots) {
             EXPECT_LE(std::abs(value), 1e-13 * degree * terms) << z;
         }
     }
+}
+
+// The steps form a cycle, which a tolerance of zero never ends.
+TEST(ComplexRoots, TheSearchEndsUnderALimitWithoutEnd) {
+    const std::vector<double> c = {0x1.45p+820, 0x1.3fp+233,   0x1.a8p-420, 0x1.31p-861,
+                                   -0x1.12p-35, -0x1.3e8p+270, 0x1.a8p-73,  -0x1.af8p+729};
+    EXPECT_LE(find(c, INFINITY, 0.0).size(), 7u);
 }
 
 }  // namespace
