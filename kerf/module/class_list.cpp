@@ -7,9 +7,11 @@
 #include "kerf/curves/composite_curve.h"
 #include "kerf/curves/infinite_line.h"
 #include "kerf/curves/nurbs_curve.h"
+#include "kerf/curves/outline.h"
 #include "kerf/curves/planar_entity.h"
 #include "kerf/curves/polyline.h"
 #include "kerf/curves/polynomial_curve.h"
+#include "kerf/curves/rounded_slot.h"
 #include "kerf/curves/segment.h"
 #include "kerf/display/result_text.h"
 #include "kerf/module/module.h"
@@ -59,6 +61,12 @@ const ERClassRegistration* const classes[] = {
     ERPolygone3D::desc(),
     ERPolyline2D::desc(),
     ERPolyline3D::desc(),
+    ERRectangle2D::desc(),
+    ERRectangle3D::desc(),
+    ERRegularPolygon2D::desc(),
+    ERRegularPolygon3D::desc(),
+    ERRoundedSlot2D::desc(),
+    ERRoundedSlot3D::desc(),
     ERSegment2D::desc(),
     ERSegment3D::desc(),
     ERTrimmedEntity2DWF::desc(),

@@ -1,7 +1,6 @@
 #include "kerf/curves/segment.h"
 
 #include "kerf/curves/nurbs_curve.h"
-#include "kerf/values/transformed_entity.h"
 #include "tests/curves/curve_contract.h"
 #include "tests/values/value_checks.h"
 
@@ -31,6 +30,7 @@ TEST(Segment, TwoPointsApproximateIt) {
         EXPECT_EQ(points[1], ERPoint2D(4, 2));
     }
     EXPECT_EQ(segment.approxime(ERLimites(0.25, 2.0), 1e-9).length(), 2u);
+    expectNear(segment.normal(nan), ERVector2D(-1, 2).getnormalized());
 }
 
 TEST(Segment, FootOutsideLeavesAHeightOverTheLine) {
@@ -60,14 +60,6 @@ TEST(Segment, FrameKeepsItsOwnClosureAndProjection) {
     EXPECT_EQ(ERSegment2D({0, 0}, {1, 0}).SignedMinimalDistance(ERPoint2D(0, 1), distance),
               EREntity::NoFootPoint);
     EXPECT_EQ(distance, 7.0);
-}
-
-TEST(Segment, NormalLiesToTheLeftWhateverTheParameter) {
-    const ERSegment2D segment({0, 0}, {3, 4});
-    expectNear(segment.dirVector(), ERVector2D(0.6, 0.8));
-    expectNear(segment.normalVector(), ERVector2D(-0.8, 0.6));
-    EXPECT_EQ(segment.normal(nan), segment.normalVector());
-    EXPECT_EQ(ERSegment2D().normalVector(), ERVector2D());
 }
 
 // Oracle: the nearest of many points of the segment.
@@ -103,13 +95,6 @@ TEST(Segment, CrossingsWithPlanesAreLengthsUpToOne) {
 TEST(Segment, PrintsBothEnds) {
     EXPECT_EQ(printed(ERSegment2D({1, 2}, {3, 4})), "Segment 2D : P1=[1,2] P2=[3,4]\n");
     EXPECT_EQ(printed(ERSegment3D({1, 2, 3}, {4, 5, 6})), "Segment 3D : P1=[1,2,3] P2=[4,5,6]\n");
-}
-
-TEST(Segment, IsCarriedByOperators) {
-    const ERSegment2D image = ERTransfo2D(ERVector2D(1, 1)) >> ERSegment2D({0, 0}, {1, 0});
-    EXPECT_EQ(image.getP2(), ERPoint2D(2, 1));
-    const ERPmIsometrie3D t = ERTranslation3D(ERPoint3D(0, 0, 2));
-    EXPECT_EQ((t << ERSegment3D({0, 0, 2}, {1, 0, 2})).getP1(), ERPoint3D());
 }
 
 }  // namespace
