@@ -54,6 +54,18 @@ void EREntAngle::setLimites(ERRadian start, ERRadian end) {
     end_ = end;
 }
 
+void EREntAngle::turnBy(double angle) {
+    if (angle == 0.0) return;
+    const bool closed = isClosed(0.0);
+    const double whole = isDirect() ? turn : -turn;
+    start_ = start_ + angle;
+    end_ = end_ + angle;
+    if (!closed) return;
+    // One angle is made of the other by the very sum that isClosed asks for.
+    end_ = start_ + whole;
+    start_ = end_ - whole;
+}
+
 void EREntAngle::saveGuts(ERFile& file) const {
     file.Write(static_cast<double>(start_));
     file.Write(static_cast<double>(end_));

@@ -40,6 +40,8 @@ protected:
     EREntAngle& operator=(const EREntAngle&) = default;
 
     void setLimites(ERRadian start, ERRadian end);
+    /// Adds to both angles. What was closed stays closed.
+    void turnBy(double angle);
 
 private:
     ERRadian start_ = 0.0;

@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include "kerf/curves/internal/angular_form.h"
 #include "kerf/values/info_point.h"
 
 namespace kerf {
@@ -44,6 +45,10 @@ ERVec<ERPoint3D> ERPlanarEntity3DWF::lifted(const ERVec<ERPoint2D>& points) cons
     ERPoint3D* to = images.data();
     for (unsigned int i = 0; i < points.length(); ++i) to[i] = lifted(from[i]);
     return images;
+}
+
+AngularForm<Space3D> ERPlanarEntity3DWF::lifted(const AngularForm<Space2D>& form) const {
+    return {lifted(form.centre), lifted(form.cosine), lifted(form.sine)};
 }
 
 void ERPlanarEntity3DWF::scale(double factor) {

@@ -3,11 +3,15 @@
 #include "kerf/curves/curve.h"
 #include "kerf/platform/config.h"
 #include "kerf/values/linear_map.h"
+#include "kerf/values/space.h"
 #include "kerf/values/transformation_2d.h"
 #include "kerf/values/transformation_3d.h"
 
 // Entities of space that lie in a plane: an entity of the plane, and the frame that carries it.
 namespace kerf {
+
+template <class Space>
+struct AngularForm;
 
 /// Whether a similitude turns right-handed frames into left-handed ones: a negative factor does, as
 /// a matrix of negative determinant does, and both together do not.
@@ -53,6 +57,7 @@ protected:
     ERVector3D lifted(const ERVector2D& v) const { return ERVector3D(axes_(v.i(), v.j(), 0.0)); }
     ERInfoPoint3DWF lifted(const ERInfoPoint2D& info) const;
     ERVec<ERPoint3D> lifted(const ERVec<ERPoint2D>& points) const;
+    AngularForm<Space3D> lifted(const AngularForm<Space2D>& form) const;
     /// The coordinates of a point of space in the frame.
     ERPoint3D local(const ERPoint3D& p) const { return frame_ << p; }
 
@@ -71,7 +76,7 @@ private:
 
 /// A planar entity whose data are one entity of the plane.
 template <class Flat>
-class Planar : public ERPlanarEntity3DWF {
+class KERF_EXPORT Planar : public ERPlanarEntity3DWF {
 protected:
     Planar() = default;
     Planar(const ERPmIsometrie3D& frame, const Flat& flat)

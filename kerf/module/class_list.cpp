@@ -3,8 +3,11 @@
 // every text of the library, whatever they use themselves.
 #include "kerf/core/class_registry.h"
 #include "kerf/core/object.h"
+#include "kerf/curves/arc.h"
 #include "kerf/curves/bezier_curve.h"
+#include "kerf/curves/circle.h"
 #include "kerf/curves/composite_curve.h"
+#include "kerf/curves/ellipse.h"
 #include "kerf/curves/infinite_line.h"
 #include "kerf/curves/nurbs_curve.h"
 #include "kerf/curves/outline.h"
@@ -32,6 +35,12 @@ const ERClassRegistration* const classes[] = {
     // core
     ERObject::desc(),
     // curves
+    ERArc2D::desc(),
+    ERArc3D::desc(),
+    ERArcEllipse2D::desc(),
+    ERArcEllipse3D::desc(),
+    ERCircle2D::desc(),
+    ERCircle3D::desc(),
     ERCompCurve2D::desc(),
     ERCompCurve3D::desc(),
     ERCpoleBezier2D::desc(),
@@ -44,6 +53,8 @@ const ERClassRegistration* const classes[] = {
     ERCpoleRep3D::desc(),
     ERCrvCompPoly2D::desc(),
     ERCrvCompPoly3D::desc(),
+    EREllipse2D::desc(),
+    EREllipse3D::desc(),
     EREntity2DWF::desc(),
     EREntity3DWF::desc(),
     ERFiniteEntity2DWF::desc(),
