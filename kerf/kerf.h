@@ -20,6 +20,7 @@
 #include "kerf/curves/bezier_curve.h"
 #include "kerf/curves/bounded_curve.h"
 #include "kerf/curves/circle.h"
+#include "kerf/curves/circle_builders.h"
 #include "kerf/curves/composite_curve.h"
 #include "kerf/curves/conic_conversion.h"
 #include "kerf/curves/curve.h"
