@@ -1,0 +1,51 @@
+#include "kerf/curves/circle.h"
+#include "kerf/curves/composite_curve.h"
+#include "kerf/curves/outline.h"
+#include "kerf/curves/rounded_slot.h"
+#include "tests/values/value_checks.h"
+
+// The outlines as curves.
+namespace kerf::test {
+namespace {
+
+const ERPmIsometrie3D frame = ERChgRepere3D(ERVector3D(1, -1, 2), ERPoint3D(3, 1, 4));
+
+template <class Outline, class Curve>
+void expectSamePoints(const Outline& outline, const Curve& curve, int pieces) {
+    EXPECT_EQ(curve.getBound(), ERLimites(0.0, pieces));
+    EXPECT_EQ(curve.isClosed(1e-13), 1);
+    for (double u = 0.0; u < pieces; u += 0.17) {
+        expectNear(curve(u), outline.PtCur(u).point(), 1e-13);
+    }
+}
+
+TEST(OutlineCurve, TracesTheOutlineByTheSameParameter) {
+    const ERRectangle2D rectangle(ERPoint2D(1, -2), ERVector2D(2, 1), 5, 3);
+    const ERRegularPolygon2D hexagon(ERPoint2D(-1, 2), ERVector2D(1, 3), 2, 6);
+    const ERRoundedSlot2D slot(ERPoint2D(-2, 1), ERPoint2D(1, 3), 1.5);
+    const ERRoundedSlot2D disc(ERPoint2D(1, 1), ERPoint2D(1, 1), 2);
+    expectSamePoints(rectangle, rectangle.composite_curve(), 4);
+    expectSamePoints(hexagon, hexagon.composite_curve(), 6);
+    expectSamePoints(slot, slot.composite_curve(), 4);
+    expectSamePoints(disc, disc.composite_curve(), 4);
+    const ERRectangle3D rectangle3(frame, rectangle);
+    const ERRegularPolygon3D hexagon3(frame, hexagon);
+    const ERRoundedSlot3D slot3(frame, slot);
+    expectSamePoints(rectangle3, rectangle3.composite_curve(), 4);
+    expectSamePoints(hexagon3, hexagon3.composite_curve(), 6);
+    expectSamePoints(slot3, slot3.composite_curve(), 4);
+    EXPECT_NEAR(slot.composite_curve().arcLength(1e-9), 2 * std::sqrt(13.0) + 3 * pi, 1e-12);
+    EXPECT_EQ(ERRegularPolygon2D().composite_curve().entries(), 0);
+}
+
+TEST(OutlineCurve, CirclesOfAPolygonTouchSidesAndCorners) {
+    const ERRegularPolygon2D hexagon(ERPoint2D(-1, 2), ERVector2D(1, 3), 2, 6);
+    EXPECT_NEAR(hexagon.outside_circle().radius(), 2.0, 1e-14);
+    EXPECT_NEAR(hexagon.inside_circle().radius(), std::sqrt(3.0), 1e-14);
+    const ERRegularPolygon3D inSpace(frame, hexagon);
+    expectNear(inSpace.inside_circle().center(), frame >> ERPoint3D(-1, 2, 0));
+    EXPECT_NEAR(inSpace.outside_circle().radius(), 2.0, 1e-14);
+}
+
+}  // namespace
+}  // namespace kerf::test
