@@ -11,12 +11,13 @@
 // Curves made of other curves, one after the other.
 namespace kerf {
 
-class ERCompCurve2D;
-class ERCompCurve3D;
-class ERCrvCompPoly2D;
-class ERCrvCompPoly3D;
-class ERPatchCPoly2D;
-class ERPatchCPoly3D;
+// Exported here already: what is seen first decides whether programs can derive from the chains.
+class KERF_EXPORT ERCompCurve2D;
+class KERF_EXPORT ERCompCurve3D;
+class KERF_EXPORT ERCrvCompPoly2D;
+class KERF_EXPORT ERCrvCompPoly3D;
+class KERF_EXPORT ERPatchCPoly2D;
+class KERF_EXPORT ERPatchCPoly3D;
 
 /// The patches of a chain: a list, and beside it an array that finds each at once. A copy of the
 /// list holds copies of the patches; no pointer in it is null.

@@ -117,8 +117,8 @@ void ERPatchCPoly::scale(double factor) {
     for (ERPolynome& polynomial : polynomials_) polynomial *= factor;
 }
 
-void ERPatchCPoly::apply(const ERPolynome& change) {
-    polynomials_ = composed(polynomials_, change);
+void ERPatchCPoly::apply(const ERPolynome& inner) {
+    polynomials_ = composed(polynomials_, inner);
 }
 
 void ERPatchCPoly::saveGuts(ERFile& file) const { polynomials_.saveGuts(file); }

@@ -29,8 +29,8 @@ public:
                            ERVec<double>& second) const;
     /// Multiplies every polynomial, the weight too; a curve overrides this to be scaled itself.
     virtual void scale(double factor);
-    /// Makes each polynomial p(change(u)). No domain is changed along.
-    virtual void apply(const ERPolynome& change);
+    /// Makes each polynomial p(inner(u)). No domain is changed along.
+    virtual void apply(const ERPolynome& inner);
 
     virtual void saveGuts(ERFile& file) const;
     virtual void restoreGuts(ERFile& file);
@@ -93,7 +93,7 @@ public:
     void redefineDomain(const ERLimites& domain) override;
     /// About the origin; the weight stays.
     void scale(double factor) override { Carried::scale(factor); }
-    void apply(const ERPolynome& change) override;
+    void apply(const ERPolynome& inner) override;
     void printOn(std::ostream& os) const override;
 
 protected:
