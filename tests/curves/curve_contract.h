@@ -30,6 +30,7 @@ enum ContractExceptions : unsigned int {
     LengthIsParts = 128,            ///< kept: arcLength of limits counts whole pieces
     ProjectionIsAnotherKind = 256,  ///< get2DEntProjectedOn gives no curve of the same parameter
     CountIsIgnored = 512,           ///< kept: approxime gives the ends whatever the count
+    LengthErrorsAddUp = 1024,       ///< the tolerance of a length is for each of a few pieces
 };
 
 template <class Space>
