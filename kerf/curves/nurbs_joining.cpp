@@ -58,8 +58,8 @@ int NurbsCurve<Space>::attach(const Curve& other, double tol, int flag, bool atE
         return atEnd ? curve.firstPt() : curve.lastPt();
     };
     if (tol >= 0.0 && !isEqual(here, meeting(added), tol)) {
+        if (!isEqual(here, atEnd ? added.lastPt() : added.firstPt(), tol)) return 0;
         added.reverse();
-        if (!isEqual(here, meeting(added), tol)) return 0;
     }
     if (flag) {
         const double own = atEnd ? this->ufin() : this->udeb();
