@@ -383,14 +383,30 @@ template <class Space>
 void NurbsCurve<Space>::reverse() {
     this->change([&] {
         poles_.reverse();
+        const double below = knots_.first() - this->Ndeb();
+        const double above = knots_.last() - this->Nfin();
         knots_.reverse();
+        // Knots that are not clamped are mirrored about their own middle, and the domain about its.
+        if (below != -above) {
+            knots_.reparametrize(ERLimites(this->Ndeb() - above, this->Nfin() - below));
+        }
     });
     Space::PoleCurve::reverse();
 }
 
 template <class Space>
 void NurbsCurve<Space>::reparametrize(const ERLimites& domain) {
-    this->change([&] { knots_.reparametrize(domain); });
+    this->change([&] {
+        // The knots outside the domain of a vector that is not clamped keep their place beside it.
+        const double start = this->Ndeb();
+        const double length = this->Nfin() - start;
+        const auto carried = [&](double knot) {
+            return length == 0.0 ? knot : domain((knot - start) / length);
+        };
+        const bool clamped = knots_.first() == start && knots_.last() == this->Nfin();
+        knots_.reparametrize(clamped ? domain
+                                     : ERLimites(carried(knots_.first()), carried(knots_.last())));
+    });
     Space::PoleCurve::reparametrize(domain);
 }
 

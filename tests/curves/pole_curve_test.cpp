@@ -33,6 +33,10 @@ ERVec<ERPole3DH> weightedSpacePoles() {
         return p.castToPole3D(Coord3D::CoordZ, z * z * p.weigth());
     });
 }
+ERKnotVector openKnots() {
+    const double knots[] = {0, 1, 2, 3.25, 4, 4.5, 7, 11};
+    return ERKnotVector(2, knots, 8);
+}
 ERKnotVector cubicKnots() {
     const double knots[] = {2, 2, 2, 2, 3.25, 4, 4, 4, 4};
     return ERKnotVector(3, knots, 9);
@@ -53,6 +57,11 @@ std::vector<PlaneCurveSample> planeCurves() {
                           ERCpoleBezier2DR(weightedPlanePoles(), natural, trim), bezier),
         sampleOf<Space2D>("Nurbs", ERCpoleNURBS2D(weightedPlanePoles(), cubicKnots()), nurbs),
         sampleOf<Space2D>("TrimmedNurbs", ERCpoleNURBS2D(weightedPlanePoles(), cubicKnots(), trim),
+                          nurbs),
+        sampleOf<Space2D>("UnclampedNurbs", ERCpoleNURBS2D(weightedPlanePoles(), openKnots()),
+                          nurbs),
+        sampleOf<Space2D>("TrimmedUnclampedNurbs",
+                          ERCpoleNURBS2D(weightedPlanePoles(), openKnots(), ERLimites(2.5, 4.25)),
                           nurbs),
         sampleOf<Space2D>("QuarticNurbs", ERCpoleNURBS2D(weightedPlanePoles()), nurbs),
         sampleOf<Space2D>("QuadraticNurbs", ERCpoleNURBS2D(weightedPlanePoles(), 2), nurbs),
@@ -168,6 +177,17 @@ TEST(PoleCurve, GivesThePointItWasAskedForItsParameter) {
     }
     EXPECT_EQ(ERCpoleBezier3D().PtCur(0.4).parameter(), 0.4);
     EXPECT_EQ(ERCpoleBezier3D(spacePoles(), ERLimites(1.0, 1.0)).PtCur(0.4).parameter(), 0.4);
+}
+
+TEST(PoleCurve, ReparametrizesWithoutMoving) {
+    for (const PlaneCurveSample& sample : planeCurves()) {
+        SCOPED_TRACE(sample.name);
+        const t_SmartPtr<ERFiniteEntity2DWF> curve(sample.make()), other(sample.make());
+        const ERLimites before = curve->getBound();
+        ERTrimmedEntity2DWF::castdown(other.getObject())->reparametrize(ERLimites(-1.0, 9.0));
+        for (const double s : {0.0, 0.31, 0.77, 1.0})
+            expectNear((*other)(other->getBound()(s)), (*curve)(before(s)), 1e-12);
+    }
 }
 
 }  // namespace
