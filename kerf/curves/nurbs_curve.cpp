@@ -200,10 +200,12 @@ typename NurbsCurve<Space>::KeptSpans& NurbsCurve<Space>::spans() const {
     const unsigned int end = knots_.length() - p - 1;
     const double* const knots = knots_.data();
     for (unsigned int i = p; i < end; ++i) {
-        if (!(knots[i] < knots[i + 1])) continue;
+        const double inverse = 1.0 / (knots[i + 1] - knots[i]);
+        // Too short a span to divide by counts as empty.
+        if (!(knots[i] < knots[i + 1]) || !std::isfinite(inverse)) continue;
         kept.knots.push_back(i);
         kept.starts.push_back(knots[i]);
-        kept.inverses.push_back(1.0 / (knots[i + 1] - knots[i]));
+        kept.inverses.push_back(inverse);
     }
     kept.starts.push_back(knots[end]);
     const auto n = static_cast<unsigned int>(kept.knots.size());
@@ -224,36 +226,16 @@ typename NurbsCurve<Space>::KeptSpans& NurbsCurve<Space>::spans() const {
     return kept;
 }
 
-// The Bézier poles are the blossom of the span's polynomial at the span's ends: pole j takes the end
-// j times. De Boor's recursion with one argument a level.
 template <class Space>
 const double* NurbsCurve<Space>::makeSpan(KeptSpans& kept, unsigned int span) const {
     constexpr unsigned int dim = KeptSpans::dimension;
     const unsigned int p = degree();
-    const unsigned int knot = kept.knots[span];
     double* const to = &kept.poles[std::size_t{span} * (p + 1) * dim];
-    if (kept.made[span]) return to;
-    const double* const k = knots_.data() + (knot - p);
-    const double ends[2] = {knots_[knot], knots_[knot + 1]};
-    const double* const from = spline::doubles(poles_.data()) + std::size_t{knot - p} * dim;
-    spline::Scratch<(spline::degreeOnStack + 1) * dim> scratch(std::size_t{p + 1} * dim);
-    double* const d = scratch.data();
-    for (unsigned int j = 0; j <= p; ++j) {
-        std::copy_n(from, std::size_t{p + 1} * dim, d);
-        for (unsigned int r = 1; r <= p; ++r) {
-            const double u = ends[r <= j ? 1 : 0];
-            for (unsigned int i = p; i >= r; --i) {
-                const double a = k[i];
-                const double b = k[i + p + 1 - r];
-                const double alpha = (u - a) / (b - a);
-                for (unsigned int c = 0; c < dim; ++c) {
-                    d[i * dim + c] = (1.0 - alpha) * d[(i - 1) * dim + c] + alpha * d[i * dim + c];
-                }
-            }
-        }
-        std::copy_n(d + p * dim, dim, to + j * dim);
+    if (!kept.made[span]) {
+        spline::bezierPolesOfSpan(spline::doubles(poles_.data()), dim, knots_.data(), p,
+                                  kept.knots[span], to);
+        kept.made[span] = 1;
     }
-    kept.made[span] = 1;
     return to;
 }
 
@@ -350,6 +332,7 @@ typename Space::Box NurbsCurve<Space>::spanBox(unsigned int span) const {
 template <class Space>
 ERTValVector<ERPolynome> NurbsCurve<Space>::getSpanPower(int span) const {
     const auto index = static_cast<unsigned int>(span);
+    if (index >= nbSpans()) return ERTValVector<ERPolynome>();
     if (this->getCachedSpan(index) == nullptr) {
         auto polynomials = std::make_unique<ERTValVector<ERPolynome>>();
         KeptSpans& kept = spans();

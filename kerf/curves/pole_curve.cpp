@@ -165,7 +165,7 @@ template <class Space>
 unsigned int PoleCurve<Space>::crossings(unsigned int axis, double value,
                                          ERVec<double>& parameters) const {
     const Box box = getBox();
-    if (value < box.lower(axis) || value > box.upper(axis)) return 0;
+    if (!(value >= box.lower(axis) && value <= box.upper(axis))) return 0;
     if (box.upper(axis) - box.lower(axis) <= flatExtent &&
         std::fabs(box.lower(axis) - value) <= flatExtent) {
         return everywhere;

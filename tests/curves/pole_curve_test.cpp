@@ -190,5 +190,21 @@ TEST(PoleCurve, ReparametrizesWithoutMoving) {
     }
 }
 
+TEST(PoleCurve, CutsNothingAtANumberThatIsNone) {
+    ERVec<double> parameters;
+    EXPECT_EQ(ERCpoleBezier2D(vectorOf({{1, 0}, {1, 2}})).intersectWithAxeY(nan, parameters), 0u);
+    EXPECT_EQ(parameters.length(), 0u);
+}
+
+TEST(NurbsCurve, PassesOverSpansThatAreNoneAndTooShortOnes) {
+    const ERCpoleNURBS2D curve(weightedPlanePoles(), cubicKnots());
+    EXPECT_EQ(curve.getSpanPower(0).entries(), 3u);
+    for (const int span : {-1, 2, 1000000000}) EXPECT_EQ(curve.getSpanPower(span).entries(), 0u);
+    const double knots[] = {0, 0, 0, 0, 1e-310, 1, 1, 1, 1};
+    const ERCpoleNURBS2D shortSpan(weightedPlanePoles(), ERKnotVector(3, knots, 9));
+    for (const double u : {0.0, 1e-310, 0.5, 1.0})
+        EXPECT_TRUE(std::isfinite(shortSpan(u).x() + shortSpan.PtCur(u).tangente().i())) << u;
+}
+
 }  // namespace
 }  // namespace kerf::test
