@@ -5,6 +5,7 @@
 #include "kerf/curves/nurbs_curve.h"
 #include "kerf/curves/spline/bernstein.h"
 #include "kerf/curves/spline/degree_elevation.h"
+#include "kerf/curves/spline/length.h"
 #include "kerf/curves/spline/power_form.h"
 
 namespace kerf {
@@ -57,11 +58,7 @@ typename Kind::Space::Nurbs BezierCurve<Kind>::ConvertToNurbs() const {
     const unsigned int n = nbPoles();
     if (n == 0) return typename Space::Nurbs();
     ERVec<typename Space::Pole> weighted(n);
-    const Pole* const from = poles().data();
-    typename Space::Pole* const to = weighted.data();
-    for (unsigned int i = 0; i < n; ++i) {
-        to[i] = typename Space::Pole(from[i].thePoint(), from[i].weigth());
-    }
+    spanPoles(0, weighted.data());
     return typename Space::Nurbs(weighted, knotVector(), this->getBound());
 }
 
@@ -160,6 +157,24 @@ ERLimites BezierCurve<Kind>::spanLimites(unsigned int) const {
 template <class Kind>
 typename Kind::Space::Box BezierCurve<Kind>::spanBox(unsigned int) const {
     return this->getBox();
+}
+
+template <class Kind>
+void BezierCurve<Kind>::spanPoles(unsigned int, typename Space::Pole* weighted) const {
+    const Pole* const from = poles().data();
+    for (unsigned int i = 0; i < nbPoles(); ++i)
+        weighted[i] = typename Space::Pole(from[i].thePoint(), from[i].weigth());
+}
+
+template <class Kind>
+bool BezierCurve<Kind>::isCutTo(const ERLimites& limits) const {
+    return limits == ERLimites(this->Ndeb(), this->Nfin());
+}
+
+template <class Kind>
+double BezierCurve<Kind>::lengthOfPoles(double tol) const {
+    return spline::bezierLength(spline::doubles(poles().data()), nbPoles(),
+                                spline::dimensionOf<Pole>, Pole::isRational() != 0, tol);
 }
 
 template class BezierCurve<detail::Bezier2D>;

@@ -115,6 +115,9 @@ protected:
     using Poles::polesToChange;
     ERLimites spanLimites(unsigned int) const override;
     typename Space::Box spanBox(unsigned int) const override;
+    void spanPoles(unsigned int, typename Space::Pole* weighted) const override;
+    bool isCutTo(const ERLimites& limits) const override;
+    double lengthOfPoles(double tol) const override;
 
 private:
     friend Carried;

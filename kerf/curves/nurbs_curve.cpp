@@ -7,6 +7,7 @@
 #include "kerf/curves/spline/bernstein.h"
 #include "kerf/curves/spline/degree_elevation.h"
 #include "kerf/curves/spline/knot_insertion.h"
+#include "kerf/curves/spline/length.h"
 #include "kerf/curves/spline/power_form.h"
 #include "kerf/values/point_list.h"
 
@@ -330,18 +331,34 @@ typename Space::Box NurbsCurve<Space>::spanBox(unsigned int span) const {
 }
 
 template <class Space>
+void NurbsCurve<Space>::spanPoles(unsigned int span, Pole* poles) const {
+    spline::bezierPolesOfSpan(spline::doubles(poles_.data()), KeptSpans::dimension, knots_.data(),
+                              degree(), degree() + span, spline::doubles(poles));
+}
+
+template <class Space>
+bool NurbsCurve<Space>::isCutTo(const ERLimites& limits) const {
+    const unsigned int n = nbPoles(), p = degree();
+    return knots_[0] == limits.start() && knots_[p] == limits.start() &&
+           knots_[n] == limits.end() && knots_[n + p] == limits.end();
+}
+
+template <class Space>
+double NurbsCurve<Space>::lengthOfPoles(double tol) const {
+    return spline::splineLength(spline::doubles(poles_.data()), nbPoles(), KeptSpans::dimension,
+                                knots_.data(), degree(), tol);
+}
+
+template <class Space>
 ERTValVector<ERPolynome> NurbsCurve<Space>::getSpanPower(int span) const {
     const auto index = static_cast<unsigned int>(span);
     if (index >= nbSpans()) return ERTValVector<ERPolynome>();
     if (this->getCachedSpan(index) == nullptr) {
         auto polynomials = std::make_unique<ERTValVector<ERPolynome>>();
-        KeptSpans& kept = spans();
-        const auto place = std::find(kept.knots.begin(), kept.knots.end(), index + knots_.degree());
-        if (place != kept.knots.end()) {
-            const auto found = static_cast<unsigned int>(place - kept.knots.begin());
+        const ERLimites limits = spanLimites(index);
+        if (limits.start() < limits.end()) {
             ERVec<Pole> poles(degree() + 1);
-            std::copy_n(makeSpan(kept, found), std::size_t{degree() + 1} * KeptSpans::dimension,
-                        spline::doubles(poles.data()));
+            spanPoles(index, poles.data());
             Bezier2Poly(poles, *polynomials);
         }
         this->insertSpanInCache(index, polynomials.release());

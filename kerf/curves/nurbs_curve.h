@@ -94,6 +94,9 @@ protected:
 
     ERLimites spanLimites(unsigned int span) const override;
     typename Space::Box spanBox(unsigned int span) const override;
+    void spanPoles(unsigned int span, Pole* poles) const override;
+    bool isCutTo(const ERLimites& limits) const override;
+    double lengthOfPoles(double tol) const override;
     void prepareApprox(typename Space::PointList& list, const ERLimites& limits,
                        double tol) const override;
     void ResetCachedInfo() override;

@@ -4,7 +4,7 @@
 #include <cmath>
 #include <ostream>
 
-#include "kerf/curves/spline/foot_polynomial.h"
+#include "kerf/curves/spline/pole_type.h"
 #include "kerf/values/point_list.h"
 
 namespace kerf {
@@ -18,7 +18,6 @@ namespace {
 
 constexpr double flatExtent = 1e-11;
 constexpr double sameParameter = 1e-9;  // of the length of the domain
-constexpr double finestLength = 1e-8;
 constexpr unsigned int everywhere = 0xFFFFFFFF;
 
 // The area of the parallelogram, or the size of the vector product.
@@ -107,21 +106,11 @@ template <class Space>
 double PoleCurve<Space>::arcLength(ERLimites limits, double tol) const {
     if (nbPoles() == 0) return 0.0;
     if (limits.start() > limits.end()) limits = ERLimites(limits.end(), limits.start());
+    if (isCutTo(limits)) return lengthOfPoles(tol);
     const t_SmartPtr<Self> part(Self::castdown(this->getCopy()));
     part->setBound(limits);
     part->adjust();
-    const double polygon = part->upperEstimate();
-    const double chord = distance(part->firstPt(), part->lastPt());
-    const double mean = (polygon + chord) * 0.5;
-    // What rounding leaves between the two does not get smaller by halving, nor does a NaN.
-    const double rounding = 1e-15 * polygon;
-    if (tol < finestLength || !(polygon - chord > std::max(tol, rounding))) return mean;
-    Self* left = nullptr;
-    Self* right = nullptr;
-    if (!part->split(left, right)) return mean;
-    const t_SmartPtr<Self> first(left);
-    const t_SmartPtr<Self> second(right);
-    return first->arcLength(tol * 0.5) + second->arcLength(tol * 0.5);
+    return part->lengthOfPoles(tol);
 }
 
 template <class Space>
@@ -139,6 +128,10 @@ int PoleCurve<Space>::ProjectPoint(const Point& p, ERVec<double>& parameters, do
     reach.Inflate(tol);
     if (!inReach(reach, getBox())) return 0;
 
+    if (kept_->reaches.empty()) {
+        kept_->reaches.resize(nbSpans());
+        for (unsigned int i = 0; i < nbSpans(); ++i) kept_->reaches[i].box = spanBox(i);
+    }
     const unsigned int first = parameters.length();
     const ERLimites seen = this->getBound();
     unsigned int asked = 0;
@@ -146,12 +139,13 @@ int PoleCurve<Space>::ProjectPoint(const Point& p, ERVec<double>& parameters, do
     ERVec<double> roots;
     for (unsigned int i = 0; i < nbSpans(); ++i) {
         const ERLimites limits = spanLimites(i);
-        if (!(limits.start() < limits.end()) || !inReach(reach, spanBox(i))) continue;
+        if (!(limits.start() < limits.end())) continue;
+        SpanReach& span = kept_->reaches[i];
+        if (!inReach(reach, span.box)) continue;
         ++asked;
         roots.clear();
-        const FootPolynomial foot(spanPolynomials(i), Space::dimension);
         const auto c = Space::coordinates(p);
-        if (foot.roots(c.data(), ERLimites(0.0, 1.0), roots) == -1) ++whole;
+        if (feetOf(span, i).roots(c.data(), roots) == -1) ++whole;
         for (unsigned int k = 0; k < roots.length(); ++k) {
             const double u = limits(roots[k]);
             if (seen.inBound(u) && !sameAsLast(parameters, first, u)) parameters.append(u);
@@ -159,6 +153,16 @@ int PoleCurve<Space>::ProjectPoint(const Point& p, ERVec<double>& parameters, do
     }
     if (asked > 0 && whole == asked) return -1;
     return static_cast<int>(parameters.length());
+}
+
+template <class Space>
+const BezierFootPolynomial& PoleCurve<Space>::feetOf(SpanReach& reach, unsigned int span) const {
+    if (!reach.feet) {
+        ERVec<typename Space::Pole> poles(degree() + 1);
+        spanPoles(span, poles.data());
+        reach.feet.emplace(spline::doubles(poles.data()), poles.length(), Space::dimension);
+    }
+    return *reach.feet;
 }
 
 template <class Space>
@@ -172,8 +176,11 @@ unsigned int PoleCurve<Space>::crossings(unsigned int axis, double value,
     }
     const unsigned int first = parameters.length();
     const ERLimites seen = this->getBound();
+    const unsigned int n = degree() + 1;
+    constexpr unsigned int dim = Space::dimension + 1;
     ERVec<double> roots;
-    ERVec<double> coefficients;
+    ERVec<typename Space::Pole> poles(n);
+    spline::Scratch<spline::degreeOnStack + 1> coefficients(n);
     const auto append = [&](double u) {
         if (seen.inBound(u) && !sameAsLast(parameters, first, u)) parameters.append(u);
     };
@@ -181,19 +188,12 @@ unsigned int PoleCurve<Space>::crossings(unsigned int axis, double value,
         const ERLimites limits = spanLimites(i);
         if (!(limits.start() < limits.end())) continue;
         const Box span = spanBox(i);
-        if (value < span.lower(axis) || value > span.upper(axis)) continue;
-        const SpanPolynomials& polynomials = spanPolynomials(i);
-        if (polynomials.entries() <= axis) continue;
-        coefficients = polynomials[axis].coefficients();
-        if (polynomials.entries() > Space::dimension) {
-            const ERVec<double>& weight = polynomials[Space::dimension].coefficients();
-            if (coefficients.length() < weight.length()) coefficients.resize(weight.length());
-            for (unsigned int k = 0; k < weight.length(); ++k) coefficients[k] -= value * weight[k];
-        } else if (coefficients.length() > 0) {
-            coefficients[0] -= value;
-        }
-        if (scaledZeros(coefficients.data(), coefficients.length(), ERLimites(0.0, 1.0), flatExtent,
-                        roots)) {
+        if (!(value >= span.lower(axis) && value <= span.upper(axis))) continue;
+        spanPoles(i, poles.data());
+        const double* const pole = spline::doubles(poles.data());
+        for (unsigned int k = 0; k < n; ++k)
+            coefficients[k] = pole[k * dim + axis] - value * pole[k * dim + dim - 1];
+        if (bernsteinZeros(coefficients.data(), n, flatExtent, roots)) {
             for (unsigned int k = 0; k < roots.length(); ++k) append(limits(roots[k]));
         } else {
             append(limits.start());
@@ -244,14 +244,8 @@ void PoleCurve<Space>::insertSpanInCache(unsigned int span, SpanPolynomials* pol
 template <class Space>
 void PoleCurve<Space>::ResetCachedInfo() {
     kept_->spans.clear();
+    kept_->reaches.clear();
     kept_->box.reset();
-}
-
-template <class Space>
-const typename PoleCurve<Space>::SpanPolynomials& PoleCurve<Space>::spanPolynomials(
-    unsigned int span) const {
-    if (getCachedSpan(span) == nullptr) getSpanPower(static_cast<int>(span));
-    return *getCachedSpan(span);
 }
 
 template <class Space>

@@ -5,6 +5,7 @@
 
 #include "kerf/core/value_vector.h"
 #include "kerf/curves/bounded_curve.h"
+#include "kerf/curves/spline/foot_polynomial.h"
 #include "kerf/curves/spline/knot_vector.h"
 #include "kerf/platform/config.h"
 #include "kerf/values/box.h"
@@ -39,7 +40,7 @@ private:
 ///             have one; of a NURBS curve some may be empty.
 /// Degenerate: without poles every point is the origin, the box is reset, length and degree are 0.
 ///             A trim interval or a natural domain of length 0 is legal.
-/// Threads:    box and span polynomials are kept from the first time they are asked for until the
+/// Threads:    boxes and polynomials are kept from the first time they are asked for until the
 ///             curve changes: one thread at a time for a curve, reading included.
 /// Storage:    the domains, then the poles (and knots); nothing of what is kept.
 template <class Space>
@@ -88,7 +89,8 @@ public:
     /// One point for one pole, two for a straight curve of two poles.
     ERVec<Point> approxime(int n) const override;
     /// By halving: the mean of chord and polygon where they differ by tol or less.
-    /// Tolerance: half of it goes to each half. Below 1e-8 the mean is taken at once.
+    /// Tolerance: half of it goes to each half. Below 1e-8, and after 60 halvings, the mean is taken
+    ///            at once.
     double arcLength(ERLimites limits, double tol) const override;
     double arcLength(double tol) const override;
     /// The length of the polygon of the Cartesian poles, hidden parts included.
@@ -130,7 +132,12 @@ protected:
     /// The parameters of a span, empty where it has no length, and the box of its poles.
     virtual ERLimites spanLimites(unsigned int span) const = 0;
     virtual Box spanBox(unsigned int span) const = 0;
-    const SpanPolynomials& spanPolynomials(unsigned int span) const;
+    /// Writes the degree + 1 Bézier poles of a span with a length, with their weights.
+    virtual void spanPoles(unsigned int span, typename Space::Pole* poles) const = 0;
+    /// Whether the poles are those of just that interval.
+    virtual bool isCutTo(const ERLimites& limits) const = 0;
+    /// The length of such a curve.
+    virtual double lengthOfPoles(double tol) const = 0;
 
     /// Appends the parameters at which the coordinate `axis` is `value`; -1 (all ones) when it is
     /// that everywhere.
@@ -140,10 +147,17 @@ protected:
     bool sameAsLast(const ERVec<double>& parameters, unsigned int first, double u) const;
 
 private:
+    struct SpanReach {
+        Box box;
+        std::optional<BezierFootPolynomial> feet;
+    };
     struct Kept {
         std::vector<std::unique_ptr<SpanPolynomials>> spans;
+        std::vector<SpanReach> reaches;
         std::optional<Box> box;
     };
+    const BezierFootPolynomial& feetOf(SpanReach& reach, unsigned int span) const;
+
     mutable Cached<Kept> kept_;
 };
 

@@ -1,6 +1,9 @@
 #include "kerf/curves/bezier_curve.h"
 
+#include <cstring>
+
 #include "kerf/curves/nurbs_curve.h"
+#include "kerf/values/box.h"
 #include "tests/curves/curve_contract.h"
 #include "tests/values/value_checks.h"
 
@@ -204,6 +207,319 @@ TEST(NurbsCurve, PassesOverSpansThatAreNoneAndTooShortOnes) {
     const ERCpoleNURBS2D shortSpan(weightedPlanePoles(), ERKnotVector(3, knots, 9));
     for (const double u : {0.0, 1e-310, 0.5, 1.0})
         EXPECT_TRUE(std::isfinite(shortSpan(u).x() + shortSpan.PtCur(u).tangente().i())) << u;
+}
+
+// Randomly drawn curves.
+
+ERVec<ERPole3DH> randomPoles(std::mt19937& random, unsigned int n) {
+    std::uniform_real_distribution<double> coordinate(0.0, 1.0), weight(0.5, 2.0);
+    ERVec<ERPole3DH> poles;
+    for (unsigned int i = 0; i < n; ++i) {
+        const double w = weight(random);
+        const ERPoint3D p = drawn<ERPoint3D>([&] { return coordinate(random); });
+        poles.append(ERPole3DH(p * w, w));
+    }
+    return poles;
+}
+std::vector<t_SmartPtr<ERCpoleRep3D>> curvesOfManyDegrees() {
+    std::mt19937 random(21);
+    std::vector<t_SmartPtr<ERCpoleRep3D>> curves;
+    for (const unsigned int degree : {1u, 2u, 3u, 6u, 9u, 15u, 25u, 49u})
+        curves.emplace_back(new ERCpoleBezier3DR(randomPoles(random, degree + 1), natural, trim));
+    for (const unsigned int degree : {2u, 3u, 5u, 11u})
+        curves.emplace_back(new ERCpoleNURBS3D(randomPoles(random, 14), degree));
+    return curves;
+}
+
+// Oracle: the nearest of 10 000 samples. Feet and ends are nearer.
+TEST(PoleCurve, ProjectsToTheNearestPointWhateverTheDegree) {
+    std::mt19937 random(22);
+    for (const t_SmartPtr<ERCpoleRep3D>& curve : curvesOfManyDegrees()) {
+        SCOPED_TRACE(printed(*curve));
+        const ERVec<ERPoint3D> samples = curve->approxime(10000);
+        for (int i = 0; i < 15; ++i) {
+            const auto p = drawn<ERPoint3D>(
+                [&] { return std::uniform_real_distribution<double>(-0.3, 1.3)(random); });
+            ERVec<double> feet(1, -7.0), again;
+            const int count = curve->ProjectPoint(p, feet, 10.0);
+            ASSERT_EQ(count, static_cast<int>(feet.length()));
+            double nearest = std::min(distance(p, curve->firstPt()), distance(p, curve->lastPt()));
+            for (unsigned int k = 1; k < feet.length(); ++k) {
+                const ERInfoPoint3DWF foot = curve->PtCur(feet[k]);
+                nearest = std::min(nearest, distance(p, foot.point()));
+                EXPECT_NEAR(ERVector3D(p, foot.point()) * foot.tangente(), 0.0,
+                            1e-6 * (1.0 + foot.tangente().norme()));
+                EXPECT_TRUE(curve->getBound().inBound(feet[k]));
+                EXPECT_LT(feet[k - 1], feet[k]);
+            }
+            for (unsigned int k = 0; k < samples.length(); ++k)
+                ASSERT_LE(nearest, distance(p, samples[k]) + 1e-12);
+            // What is kept changes nothing.
+            const t_SmartPtr<ERFiniteEntity3DWF> fresh(
+                ERFiniteEntity3DWF::castdown(curve->getCopy()));
+            fresh->ProjectPoint(p, again, 10.0);
+            ASSERT_EQ(again.length() + 1, feet.length());
+            for (unsigned int k = 0; k < again.length(); ++k) EXPECT_EQ(again[k], feet[k + 1]);
+        }
+        ERVec<double> none;
+        EXPECT_EQ(curve->ProjectPoint(ERPoint3D(3, 3, 3), none, 1.0), 0);
+    }
+}
+
+// Oracle: the sign changes between many samples.
+TEST(PoleCurve, FindsEveryCutWhateverTheDegree) {
+    for (const t_SmartPtr<ERCpoleRep3D>& curve : curvesOfManyDegrees()) {
+        SCOPED_TRACE(printed(*curve));
+        const ERVec<ERPoint3D> samples = curve->approxime(4001);
+        for (const double z : {0.31, 0.45, 0.52, 0.6}) {
+            unsigned int changes = 0;
+            for (unsigned int k = 1; k < samples.length(); ++k)
+                changes += (samples[k - 1].z() < z) != (samples[k].z() < z) ? 1 : 0;
+            ERVec<double> cuts;
+            EXPECT_EQ(curve->intersectWithPlanZ(z, cuts), changes) << z;
+            for (unsigned int k = 0; k < cuts.length(); ++k)
+                EXPECT_NEAR((*curve)(cuts[k]).z(), z, 1e-9);
+        }
+    }
+}
+
+TEST(PoleCurve, CutsAtAKnotOnceAndEverywhereInTheLine) {
+    const ERVec<ERPole2DH> poles = weightedPlanePoles();
+    ERCpoleNURBS2D curve(poles, cubicKnots());
+    const double atKnot = curve(3.25).x();
+    ERVec<double> cuts(1, 9.0);
+    EXPECT_EQ(curve.intersectWithAxeY(atKnot, cuts), 2u);
+    EXPECT_NEAR(cuts[1], 3.25, 1e-9);
+    EXPECT_EQ(curve.intersectWithAxeY(50.0, cuts), 0u);
+    ERCpoleBezier2D upright(vectorOf({{1, 0}, {1, 2}, {1, 1}}));
+    EXPECT_EQ(upright.intersectWithAxeY(1.0 + 5e-12, cuts), 0u);  // outside the box
+    EXPECT_EQ(upright.intersectWithAxeY(1.0, cuts), 0xFFFFFFFF);
+    EXPECT_EQ(cuts.length(), 2u);
+    // The part of a curve that lies in the line gives its ends.
+    const double knots[] = {0, 0, 1, 2, 2};
+    const ERCpoleNURBS2D bent(
+        ERCpoleBezier2D(vectorOf({{0, 0}, {1, 0}, {1, 2}})).ConvertToNurbs().poles(),
+        ERKnotVector(1, knots, 5));
+    ERVec<double> ends;
+    EXPECT_EQ(bent.intersectWithAxeY(1.0, ends), 2u);
+    EXPECT_NEAR(ends[0], 1.0, 1e-9);
+    EXPECT_NEAR(ends[1], 2.0, 1e-9);
+}
+
+TEST(PoleCurve, HasEveryPointAsFootOfACentre) {
+    const double w = std::sqrt(0.5);
+    ERVec<ERPole2DH> quarter;
+    quarter.append(ERPole2DH(ERPoint2D(1, 0), 1));
+    quarter.append(ERPole2DH(ERPoint2D(w, w), w));
+    quarter.append(ERPole2DH(ERPoint2D(0, 1), 1));
+    ERVec<double> feet;
+    EXPECT_EQ(ERCpoleBezier2DR(quarter).ProjectPoint(ERPoint2D(0, 0), feet, 2.0), -1);
+    EXPECT_EQ(ERCpoleNURBS2D(quarter).ProjectPoint(ERPoint2D(0, 0), feet, 2.0), -1);
+    EXPECT_EQ(feet.length(), 0u);
+    EXPECT_EQ(ERCpoleBezier2DR(quarter).ProjectPoint(ERPoint2D(0.3, 0.3), feet, 2.0), 1);
+}
+
+// Oracle: the recursion on curve objects.
+double lengthByObjects(const ERCpoleRep3D& curve, double tol) {
+    const double polygon = curve.upperEstimate();
+    const double chord = distance(curve.firstPt(), curve.lastPt());
+    if (tol < 1e-8 || polygon - chord <= tol) return (polygon + chord) * 0.5;
+    ERCpoleRep3D *left, *right;
+    curve.split(left, right);
+    const t_SmartPtr<ERCpoleRep3D> first(left), second(right);
+    return lengthByObjects(*first, tol * 0.5) + lengthByObjects(*second, tol * 0.5);
+}
+
+TEST(PoleCurve, MeasuresLengthAsTheHalvingOfCurvesDoes) {
+    for (const t_SmartPtr<ERCpoleRep3D>& curve : curvesOfManyDegrees()) {
+        SCOPED_TRACE(printed(*curve));
+        const ERLimites bound = curve->getBound();
+        const ERLimites part(bound(0.2), bound(0.7));
+        const t_SmartPtr<ERCpoleRep3D> cut(ERCpoleRep3D::castdown(curve->getCopy()));
+        cut->redefineDomain(part);
+        for (const double tol : {1.0, 1e-2, 1e-4}) {
+            const double length = curve->arcLength(part, tol);
+            EXPECT_NEAR(length, lengthByObjects(*cut, tol), 1e-11 * length) << tol;
+            EXPECT_EQ(curve->arcLength(ERLimites(part.end(), part.start()), tol), length);
+        }
+        // Too fine a tolerance gives one mean.
+        const double mean = (cut->upperEstimate() + distance(cut->firstPt(), cut->lastPt())) * 0.5;
+        EXPECT_NEAR(cut->arcLength(0.0), mean, 1e-12 * mean);
+        EXPECT_NEAR(cut->arcLength(9e-9), mean, 1e-12 * mean);
+    }
+}
+
+TEST(PoleCurve, MeasuresThePolygonAboveItsChord) {
+    const auto height = [](const std::vector<ERPoint2D>& points) {
+        return ERCpoleBezier2D(vectorOf(points)).cordalHeight();
+    };
+    EXPECT_EQ(height({{0, 0}, {4, 3}}), 0.0);
+    EXPECT_DOUBLE_EQ(height({{0, 0}, {1, 2}, {7, -5}, {4, 0}}), 5.0);
+    EXPECT_DOUBLE_EQ(height({{0, 0}, {3, 4}, {3, 5}, {0, 0}}), std::sqrt(34.0));  // closed
+    EXPECT_EQ(height({{1, 1}}), 0.0);
+    EXPECT_EQ(ERCpoleBezier2D(vectorOf({{1, 1}})).upperEstimate(), 0.0);
+    EXPECT_EQ(ERCpoleBezier2D(vectorOf({{1, 1}})).degree(), 0u);
+}
+
+TEST(PoleCurve, ChangesItsDegree) {
+    ERCpoleBezier2DR curve(weightedPlanePoles(), natural, trim);
+    const ERCpoleBezier2DR before = curve;
+    curve.incrDegree(3);
+    EXPECT_EQ(curve.degree(), 7u);
+    expectNear(curve(2.9), before(2.9));
+    EXPECT_EQ(curve.decrDegree(), 1);
+    EXPECT_EQ(curve.degree(), 6u);
+    expectNear(curve(2.9), before(2.9), 1e-10);
+    ERCpoleBezier2DR lower = before;
+    EXPECT_EQ(lower.decrDegree(), 0);
+    EXPECT_EQ(lower.degree(), 3u);
+    ERCpoleNURBS2D spline(weightedPlanePoles(), cubicKnots());
+    EXPECT_EQ(spline.decrDegree(), 1);  // kept: it does nothing
+    EXPECT_EQ(spline.degree(), 3u);
+}
+
+TEST(NurbsCurve, PutsKnotsInAndTakesThemOut) {
+    const ERCpoleNURBS2D before(weightedPlanePoles(), cubicKnots());
+    ERCpoleNURBS2D curve = before;
+    curve.getBox();
+    curve.insertKnot(2.5, 2);
+    curve.insertKnot(3.25, 1);
+    EXPECT_EQ(curve.nbPoles(), 8u);
+    for (const double u : {2.0, 2.5, 3.0, 3.25, 3.9}) expectNear(curve(u), before(u));
+    curve.reduceKnotMultiplicity(3.25, 1);
+    curve.reduceKnotMultiplicity(2.5, 9);
+    EXPECT_EQ(curve.nbPoles(), 5u);
+    for (const double u : {2.0, 2.5, 3.0, 3.9}) expectNear(curve(u), before(u), 1e-11);
+}
+
+TEST(PoleCurve, AdjustsToItsTrimInsideAndBeyondTheDomain) {
+    ERCpoleBezier2D whole(planePoles());
+    whole.adjust();
+    EXPECT_EQ(whole.poles().data(), ERCpoleBezier2D(whole).poles().data());
+    const ERCpoleNURBS2D spline(weightedPlanePoles(), cubicKnots());
+    const ERCpoleBezier2DR bezierCurve(weightedPlanePoles(), natural);
+    for (const ERLimites& limits : {trim, ERLimites(1.7, 4.3), ERLimites(3.9, 4.1)}) {
+        SCOPED_TRACE(printed(limits));
+        for (const ERCpoleRep2D* curve : {static_cast<const ERCpoleRep2D*>(&spline),
+                                          static_cast<const ERCpoleRep2D*>(&bezierCurve)}) {
+            const t_SmartPtr<ERCpoleRep2D> cut(ERCpoleRep2D::castdown(curve->getCopy()));
+            cut->redefineDomain(limits);
+            EXPECT_EQ(cut->isTrimmed(), 0);
+            expectNear((*cut)[0], (*curve)(limits.start()), 1e-11);
+            expectNear(cut->lastPt(), (*curve)(limits.end()), 1e-11);
+            expectNear((*cut)(limits(0.4)), (*curve)(limits(0.4)), 1e-11);
+        }
+    }
+}
+
+TEST(PoleCurve, SplitsAtItsEndsButNotOutside) {
+    for (const PlaneCurveSample& sample : planeCurves()) {
+        SCOPED_TRACE(sample.name);
+        const t_SmartPtr<ERFiniteEntity2DWF> curve(sample.make());
+        t_SmartPtr<ERFiniteEntity2DWF> left, right;
+        for (const double u : {curve->udeb() - 1e-3, curve->ufin() + 1e-3, nan}) {
+            EXPECT_EQ(curve->splitAt(left, right, u), 0);
+            EXPECT_TRUE(!left && !right);
+        }
+        ASSERT_EQ(curve->splitAt(left, right, curve->ufin()), 1);
+        expectNear(left->firstPt(), curve->firstPt(), 1e-11);
+        expectNear(right->firstPt(), curve->lastPt(), 1e-11);
+        expectNear(right->lastPt(), curve->lastPt(), 1e-11);
+        EXPECT_EQ(right->getBound(), ERLimites(curve->ufin(), curve->ufin()));
+    }
+}
+
+TEST(PoleCurve, SamplesAPointOnceAndAStraightCurveAtItsEnds) {
+    const ERCpoleBezier2D point(vectorOf({{2, 3}}));
+    EXPECT_EQ(point.approxime(5).length(), 1u);
+    const ERCpoleBezier2D line(vectorOf({{2, 3}, {4, 5}}), natural, trim);
+    const ERVec<ERPoint2D> ends = line.approxime(1);
+    ASSERT_EQ(ends.length(), 2u);
+    EXPECT_EQ(ends[0], line.firstPt());
+    EXPECT_EQ(ends[1], line.lastPt());
+    const ERVec<ERPoint2D> one = ERCpoleBezier2D(planePoles()).approxime(1);
+    ASSERT_EQ(one.length(), 1u);
+    EXPECT_TRUE(std::isnan(one[0].x()));
+    // An S whose middle lies on its chord.
+    EXPECT_GT(ERCpoleBezier2D(vectorOf({{0, 0}, {1, 2}, {2, -2}, {3, 0}}))
+                  .approxime(ERLimites(0.0, 1.0), 0.01)
+                  .length(),
+              8u);
+}
+
+// Oracle: de Casteljau's algorithm in long double.
+TEST(PoleCurve, EvaluatesEveryDegree) {
+    std::mt19937 random(31);
+    for (unsigned int degree = 1; degree <= 49; ++degree) {
+        const ERVec<ERPole3DH> poles = randomPoles(random, degree + 1);
+        const double u = 0.05 + 0.9 * degree / 49.0;
+        std::vector<std::array<long double, 4>> level;
+        for (unsigned int i = 0; i <= degree; ++i)
+            level.push_back({poles[i].x(), poles[i].y(), poles[i].z(), poles[i].weigth()});
+        for (; level.size() > 1; level.pop_back())
+            for (std::size_t i = 0; i + 1 < level.size(); ++i)
+                for (std::size_t k = 0; k < 4; ++k)
+                    level[i][k] += (level[i + 1][k] - level[i][k]) * static_cast<long double>(u);
+        const auto expected = [&](std::size_t k) {
+            return static_cast<double>(level[0][k] / level[0][3]);
+        };
+        const ERPoint3D p(expected(0), expected(1), expected(2));
+        expectNear(ERCpoleBezier3DR(poles)(u), p, 2e-15);
+        expectNear(ERCpoleNURBS3D(poles)(u), p, 2e-15);
+        expectNear(ERCpoleNURBS3D(poles).PtCur(u).point(), p, 2e-15);
+    }
+}
+
+TEST(PoleCurve, SurvivesAnyPoles) {
+    std::mt19937 random(13);
+    const double wild[] = {0, 1, -1, 1e15, 1e-15, nan, infinity, 1e308, -0.5};
+    for (int i = 0; i < 200; ++i) {
+        SCOPED_TRACE(drawnFrom(13, i));
+        ERVec<ERPole2DH> poles(static_cast<unsigned int>(random() % 7));
+        for (unsigned int k = 0; k < poles.length(); ++k)
+            poles[k] = drawn<ERPole2DH>([&] { return wild[random() % 9]; });
+        const ERCpoleBezier2DR bezierCurve(poles);
+        const ERCpoleNURBS2D nurbsCurve(poles, 2);
+        for (const ERCpoleRep2D* curve : {static_cast<const ERCpoleRep2D*>(&bezierCurve),
+                                          static_cast<const ERCpoleRep2D*>(&nurbsCurve)}) {
+            ERVec<double> parameters;
+            curve->ProjectPoint(ERPoint2D(0.3, 0.4), parameters, 1e300);
+            curve->intersectWithAxeY(0.25, parameters);
+            EXPECT_LE(parameters.length(), 100u);
+            curve->arcLength(1e-3);
+            curve->cordalHeight();
+            t_SmartPtr<ERFiniteEntity2DWF> left, right;
+            curve->splitAt(left, right, 0.5);
+            EXPECT_LE(curve->approxime(ERLimites(0.0, 1e-4), 1e-3).length(), 5000u);
+        }
+    }
+}
+
+// Knots that do not fit the poles leave a curve without either.
+TEST(NurbsCurve, RestoresDamagedKnotsAsNone) {
+    const ERCpoleNURBS2D curve(weightedPlanePoles(), cubicKnots());
+    const auto restoredWith = [&](std::size_t knot, double value) {
+        TemporaryFile place;
+        {
+            ERFile file(place.path(), createFile);
+            curve.saveGuts(file);
+        }
+        std::string bytes = place.bytes();
+        // The nine knots stand before degree and flag, at the end of the record.
+        std::memcpy(bytes.data() + bytes.size() - 8 - (9 - knot) * 8, &value, sizeof value);
+        place.setBytes(bytes);
+        ERCpoleNURBS2D restored;
+        ERFile file(place.path(), CFile::modeRead);
+        restored.restoreGuts(file);
+        return restored;
+    };
+    EXPECT_EQ(restoredWith(4, 3.0).nbPoles(), 5u);
+    for (const double bad : {1.0, 5.0, nan, infinity}) {
+        const ERCpoleNURBS2D restored = restoredWith(4, bad);
+        EXPECT_EQ(restored.nbPoles(), 0u) << bad;
+        EXPECT_EQ(restored.knotVector().length(), 0u);
+        EXPECT_EQ(restored.PtCur(0.5).point(), ERPoint2D(0, 0));
+    }
 }
 
 }  // namespace
