@@ -4,7 +4,7 @@
 #
 # Given: KERF_SOURCE_DIR, and KERF_INCLUDE_DIR, absolute or below the prefix.
 
-cmake_minimum_required(VERSION 3.25)
+cmake_minimum_required(VERSION 3.22)
 file(GLOB_RECURSE headers RELATIVE ${KERF_SOURCE_DIR} ${KERF_SOURCE_DIR}/kerf/*.h)
 list(FILTER headers EXCLUDE REGEX "/internal/")
 set(unread ${headers})

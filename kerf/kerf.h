@@ -90,3 +90,4 @@
 #include "kerf/values/transformation_3d.h"
 #include "kerf/values/transformation_3d_representation.h"
 #include "kerf/values/transformed_entity.h"
+#include "kerf/version.h"

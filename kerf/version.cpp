@@ -1,0 +1,7 @@
+#include "kerf/version.h"
+
+namespace kerf {
+
+const char* version() { return KERF_VERSION; }
+
+}  // namespace kerf
