@@ -15,15 +15,21 @@ class KERF_EXPORT ERFile : public CFile {
 public:
     ERFile();  ///< closed
     ERFile(const char* path, unsigned int flags);
+    ERFile(const StandardText auto& path, unsigned int flags)
+        : ERFile(std::string(path).c_str(), flags) {}
     ~ERFile() override;
 
     /// Returns 1 or throws CFileException; flags as for CFile.
     int Open(const char* path, unsigned int flags);
+    int Open(const StandardText auto& path, unsigned int flags) {
+        return Open(std::string(path).c_str(), flags);
+    }
     void Close();
     int IsEmpty() const;  ///< 1 when the length is 0
     /// 1 when there is a file of this file's name, or of the given name; a directory is no file.
     int Exists() const;
     static int Exists(const char* path);
+    static int Exists(const StandardText auto& path) { return Exists(std::string(path).c_str()); }
 
     /// Moves to a location, which may lie past the end, and returns it. Throws for a negative one.
     ERLong SeekTo(ERLong location);

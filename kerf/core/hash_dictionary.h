@@ -28,6 +28,11 @@ public:
 
     /// The value of the key; a missing key is inserted with a value-initialised one.
     V& operator[](const K& key);
+    /// The value itself, good until the entry is removed; null for a missing key.
+    const V* valueOf(const K& key) const {
+        const Entry* const entry = entryOf(key);
+        return entry == nullptr ? nullptr : &entry->value;
+    }
     int contains(const K& key) const { return entryOf(key) != nullptr; }
     /// The three copy the dictionary's own key, the value, or both, and return 1. For a missing key
     /// they copy nothing and return 0.

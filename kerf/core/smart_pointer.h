@@ -123,4 +123,16 @@ std::ostream& operator<<(std::ostream& os, const t_SmartPtr<T>& pointer) {
     return os;
 }
 
+/// saveGuts and restoreGuts.
+template <class T>
+ERFile& operator<<(ERFile& file, const t_SmartPtr<T>& pointer) {
+    pointer.saveGuts(file);
+    return file;
+}
+template <class T>
+ERFile& operator>>(ERFile& file, t_SmartPtr<T>& pointer) {
+    pointer.restoreGuts(file);
+    return file;
+}
+
 }  // namespace kerf

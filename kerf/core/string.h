@@ -7,6 +7,7 @@
 
 #include "kerf/core/store_size.h"
 #include "kerf/platform/config.h"
+#include "kerf/platform/standard_text.h"
 
 // A byte string whose copies share their storage until one is changed, and a writable view of a part
 // of one.
@@ -101,6 +102,8 @@ public:
     ERCString(char c, unsigned int count);
     ERCString(const char* text);
     ERCString(const char* text, unsigned int length);
+    ERCString(const StandardText auto& text)
+        : ERCString(text.data(), static_cast<unsigned int>(text.size())) {}
     ERCString(const ERCSubString& part);  ///< a null substring gives the empty string
     ERCString(const ERCString& other) : ref_(other.ref_) { ref_->addReference(); }
     ERCString(ERCString&& other) noexcept : ref_(other.ref_) { other.ref_ = ERCStringRef::empty(); }

@@ -129,6 +129,18 @@ std::ostream& operator<<(std::ostream& os, const ERMatrix<T>& matrix) {
     return os;
 }
 
+/// saveGuts and restoreGuts.
+template <class T>
+ERFile& operator<<(ERFile& file, const ERMatrix<T>& matrix) {
+    matrix.saveGuts(file);
+    return file;
+}
+template <class T>
+ERFile& operator>>(ERFile& file, ERMatrix<T>& matrix) {
+    matrix.restoreGuts(file);
+    return file;
+}
+
 }  // namespace kerf::QuickAlgebra
 
 namespace kerf {

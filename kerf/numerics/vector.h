@@ -1,6 +1,9 @@
 #pragma once
 #include <cstring>
+#include <initializer_list>
 #include <iosfwd>
+#include <iterator>
+#include <ranges>
 
 #include "kerf/numerics/slice.h"
 #include "kerf/numerics/vector_rep.h"
@@ -30,6 +33,9 @@
 namespace kerf::QuickAlgebra {
 
 template <class T>
+class ERSimpleVec;
+
+template <class T>
 concept HasEquality = requires(const T& value) {
     value == value;
 };
@@ -37,6 +43,12 @@ template <class T>
 concept HasSum = requires(T sum, const T& value) {
     sum += value;
 };
+/// A range of elements that is no vector and no view of one.
+template <class Range, class T>
+concept ElementRange =
+    !std::derived_from<std::remove_cvref_t<Range>, ERSimpleVec<T>> &&
+    !std::same_as<std::remove_cvref_t<Range>, ERSlice<T>> && std::ranges::input_range<Range> &&
+    std::convertible_to<std::ranges::range_reference_t<Range>, T>;
 
 /// A shared array of T.
 ///
@@ -188,9 +200,17 @@ public:
     ERVec(unsigned int n, const T& value);
     ERVec(const T* values, unsigned int n);
     ERVec(const ERSlice<T>& view);  ///< copies the elements
+    /// The elements listed. As for the containers of the standard library, braces hold elements where
+    /// they can: ERVec<double>{3} is one element, ERVec<double>(3) is three.
+    ERVec(std::initializer_list<T> values)
+        : ERVec(std::data(values), static_cast<unsigned int>(values.size())) {}
+    /// The elements of any range, converted to T.
+    template <ElementRange<T> Range>
+    explicit ERVec(Range&& values);
     ERVec(const ERVec&) = default;
     ERVec& operator=(const ERVec&) = default;
     ERVec& operator=(const T& value);  ///< fills all elements
+    ERVec& operator=(std::initializer_list<T> values) { return *this = ERVec(values); }
 
     const ERSlice<T> slice(unsigned int start, int stride, unsigned int length) const {
         return ERSlice<T>(*this, start, length, stride);
@@ -248,6 +268,31 @@ template <class T>
 std::ostream& operator<<(std::ostream& os, const ERSimpleVec<T>& vec) {
     vec.printOn(os);
     return os;
+}
+
+/// saveGuts and restoreGuts.
+template <class T>
+ERFile& operator<<(ERFile& file, const ERSimpleVec<T>& vec) {
+    vec.saveGuts(file);
+    return file;
+}
+template <class T>
+ERFile& operator>>(ERFile& file, ERSimpleVec<T>& vec) {
+    vec.restoreGuts(file);
+    return file;
+}
+/// Deleted: the stored form of a vector does not hold the shape of a grid.
+template <class T>
+ERFile& operator<<(ERFile& file, const ERSimpleVec2<T>& grid) = delete;
+template <class T>
+ERFile& operator>>(ERFile& file, ERSimpleVec2<T>& grid) = delete;
+
+template <class T>
+template <ElementRange<T> Range>
+ERVec<T>::ERVec(Range&& values) {
+    if constexpr (std::ranges::sized_range<Range>)
+        this->capacity(static_cast<unsigned int>(std::ranges::size(values)));
+    for (auto&& value : values) this->append(static_cast<T>(value));
 }
 
 template <class T>

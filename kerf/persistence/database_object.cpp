@@ -68,9 +68,18 @@ ERDBObject& ERDBObject::color_rgb(ERULong value) {
 
 const char* ERDBObject::name() { return properties_[nameKey]; }
 
+const char* ERDBObject::name() const { return textOf(nameKey); }
+
+const char* ERDBObject::textOf(ERLong key) const {
+    const ERDBObjProperty* const value = properties_.valueOf(key);
+    return value == nullptr ? "" : value->operator const char*();
+}
+
 ERDBObject& ERDBObject::name(const char* value) { return setProperty(nameKey, value); }
 
 const char* ERDBObject::level_name() { return properties_[levelNameKey]; }
+
+const char* ERDBObject::level_name() const { return textOf(levelNameKey); }
 
 ERDBObject& ERDBObject::level_name(const char* value) { return setProperty(levelNameKey, value); }
 

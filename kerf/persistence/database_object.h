@@ -1,4 +1,7 @@
 #pragma once
+#include <concepts>
+#include <string>
+
 #include "kerf/core/object.h"
 #include "kerf/core/smart_pointer.h"
 #include "kerf/persistence/property.h"
@@ -38,8 +41,16 @@ public:
     ///       record grows by 5 bytes.
     const char* name();
     ERDBObject& name(const char* value);
+    ERDBObject& name(const StandardText auto& value) { return name(std::string(value).c_str()); }
     const char* level_name();
     ERDBObject& level_name(const char* value);
+    ERDBObject& level_name(const StandardText auto& value) {
+        return level_name(std::string(value).c_str());
+    }
+    /// The same of a constant object, which no entry is added to. The text is valid until the
+    /// properties change.
+    const char* name() const;
+    const char* level_name() const;
 
     /// A property under a key of the caller's; undefined when it is missing.
     ERDBObjProperty property(ERLong key) const;
@@ -48,6 +59,14 @@ public:
     ERDBObject& property(ERLong key, unsigned int value);
     ERDBObject& property(ERLong key, double value);
     ERDBObject& property(ERLong key, const char* value);
+    /// Any other whole number, as ERDBObjProperty takes it.
+    template <std::integral T>
+    ERDBObject& property(ERLong key, T value) {
+        return setProperty(key, ERDBObjProperty(value));
+    }
+    ERDBObject& property(ERLong key, const StandardText auto& value) {
+        return property(key, std::string(value).c_str());
+    }
 
     ERObject* getCopy() const override;
     void printOn(std::ostream& os) const override;
@@ -57,6 +76,7 @@ public:
 
 private:
     ERDBObject& setProperty(ERLong key, const ERDBObjProperty& value);
+    const char* textOf(ERLong key) const;
 
     t_SmartPtr<ERObject> object_;
     ERDBObjPropertyTable properties_;

@@ -74,6 +74,11 @@ void ERDBObjProperty::printOn(std::ostream& os) const {
     }
 }
 
+std::ostream& operator<<(std::ostream& os, const ERDBObjProperty& property) {
+    property.printOn(os);
+    return os;
+}
+
 ERULong ERDBObjProperty::binaryStoreSize() const {
     switch (type_) {
         case Long:

@@ -1,9 +1,12 @@
 #pragma once
+#include <concepts>
 #include <iosfwd>
 #include <string>
+#include <utility>
 
 #include "kerf/core/hash_dictionary.h"
 #include "kerf/platform/config.h"
+#include "kerf/platform/standard_text.h"
 
 namespace kerf {
 
@@ -37,6 +40,10 @@ public:
     ERDBObjProperty(const char* value);  ///< null is the empty string
     ERDBObjProperty(unsigned int value);
     ERDBObjProperty(unsigned long value);
+    /// Any other whole number: a long or an unsigned long where 32 bits hold it, else a double.
+    template <std::integral T>
+    ERDBObjProperty(T value) : ERDBObjProperty(ofNumber(value)) {}
+    ERDBObjProperty(const StandardText auto& value) : ERDBObjProperty(std::string(value).c_str()) {}
     ERDBObjProperty(const ERDBObjProperty&) = default;
     ERDBObjProperty& operator=(const ERDBObjProperty&) = default;
     virtual ~ERDBObjProperty();
@@ -61,6 +68,14 @@ public:
     operator const char*() const;
 
 private:
+    template <class T>
+    static ERDBObjProperty ofNumber(T value) {
+        const auto number = value + 0;  // no character and no bool, which std::in_range refuses
+        if (std::in_range<int>(number)) return static_cast<int>(number);
+        if (std::in_range<unsigned int>(number)) return static_cast<unsigned int>(number);
+        return static_cast<double>(number);
+    }
+
     TYPE type_ = Undefined;
     union {
         ERLong integer = 0;
@@ -69,6 +84,8 @@ private:
     };
     std::string text_;
 };
+
+KERF_EXPORT std::ostream& operator<<(std::ostream& os, const ERDBObjProperty& property);
 
 /// The properties of one object by their keys, in 10 buckets. Keys 1 to 5 are the library's (see
 /// ERDBObject), all others the caller's.

@@ -1,4 +1,7 @@
 #pragma once
+#if (defined(_MSVC_LANG) ? _MSVC_LANG : __cplusplus) < 202002L
+#include "kerf needs C++20: compile with -std=c++20 or later"  // ends the compilation with this sentence
+#endif
 #include <cstddef>
 #include <cstdint>
 

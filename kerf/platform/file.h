@@ -8,6 +8,7 @@
 
 #include "kerf/platform/config.h"
 #include "kerf/platform/exceptions.h"
+#include "kerf/platform/standard_text.h"
 
 // Binary files. Everything that a CFile does with the system goes through a FileBackend, which an
 // application or a test may replace.
@@ -100,6 +101,8 @@ public:
 
     CFile();  ///< closed
     CFile(const char* path, unsigned int flags);
+    CFile(const StandardText auto& path, unsigned int flags)
+        : CFile(std::string(path).c_str(), flags) {}
     CFile(const CFile&) = delete;
     CFile& operator=(const CFile&) = delete;
     virtual ~CFile();  ///< closes, and never throws
@@ -107,6 +110,9 @@ public:
     /// Closes what was open, then opens; without modeRead and modeWrite it opens for reading.
     /// Returns 1.
     int Open(const char* path, unsigned int flags);
+    int Open(const StandardText auto& path, unsigned int flags) {
+        return Open(std::string(path).c_str(), flags);
+    }
     void Close();  ///< does nothing on a closed file
     bool isOpen() const { return file_ != nullptr; }
 
@@ -132,6 +138,9 @@ public:
     int GetStatus(CFileStatus& status) const;
     /// Returns 1 and the state of the file of that name, or 0 when there is none.
     static int GetStatus(const char* path, CFileStatus& status);
+    static int GetStatus(const StandardText auto& path, CFileStatus& status) {
+        return GetStatus(std::string(path).c_str(), status);
+    }
 
 protected:
     /// Read and Write for any count. Every transfer comes through these two, so that a derived class

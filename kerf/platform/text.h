@@ -6,6 +6,7 @@
 
 #include "kerf/platform/config.h"
 #include "kerf/platform/message_format.h"
+#include "kerf/platform/standard_text.h"
 
 // The platform's texts, as labels and result formats use them: bytes, in the application's own
 // character set.
@@ -19,6 +20,7 @@ public:
     CString(const char* text) : bytes_(text == nullptr ? "" : text) {}
     CString(const char* text, int length);
     CString(const std::string& text) : bytes_(text) {}
+    CString(const std::same_as<std::string_view> auto& text) : bytes_(text) {}
     explicit CString(char c, int repeat = 1);
 
     operator const char*() const { return bytes_.c_str(); }

@@ -1,4 +1,5 @@
 #pragma once
+#include <concepts>
 #include <iosfwd>
 
 #include "kerf/core/object.h"
@@ -98,5 +99,19 @@ KERF_EXPORT ERVec<ERPoint2D> operator>>(const ERTransfo2D& t, const ERVec<ERPoin
 KERF_EXPORT ERVec<ERPoint2D> operator<<(const ERTransfo2D& t, const ERVec<ERPoint2D>& points);
 KERF_EXPORT ERVec<ERPole2DH> operator>>(const ERTransfo2D& t, const ERVec<ERPole2DH>& poles);
 KERF_EXPORT ERVec<ERPole2DH> operator<<(const ERTransfo2D& t, const ERVec<ERPole2DH>& poles);
+
+/// The values that a transformation of the plane applies to.
+template <class T>
+concept PlanarTransformableValue = std::same_as<T, ERPoint2D> || std::same_as<T, ERVector2D> ||
+    std::same_as<T, ERVec<ERPoint2D>> || std::same_as<T, ERVec<ERPole2DH>>;
+
+/// Does not compile: `*` composes two transformations.
+template <PlanarTransformableValue Value>
+Value operator*(const ERTransfo2D&, const Value& value) {
+    static_assert(
+        !PlanarTransformableValue<Value>,
+        "a transformation is applied to a value by t >> value, its inverse by t << value");
+    return value;
+}
 
 }  // namespace kerf

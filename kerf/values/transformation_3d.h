@@ -285,6 +285,15 @@ Value operator>>(const ERPmIsometrie3D& t, const Value& value) {
     return static_cast<const ERPmSimilitude3D&>(t) >> value;
 }
 
+/// Does not compile: `*` composes two transformations.
+template <TransformableValue Value>
+Value operator*(const ERPmSimilitude3D&, const Value& value) {
+    static_assert(
+        !TransformableValue<Value>,
+        "a transformation is applied to a value by t >> value, its inverse by t << value");
+    return value;
+}
+
 // The factories. Angles are in radians, right-handed about the axis; axes and directions need not
 // have length 1.
 

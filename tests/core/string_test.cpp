@@ -7,11 +7,13 @@
 #include <random>
 #include <sstream>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
 #include "kerf/core/file.h"
 #include "kerf/core/regexp.h"
+#include "kerf/platform/text.h"
 #include "tests/platform/disturbed_file.h"
 
 namespace kerf {
@@ -93,6 +95,20 @@ TEST(String, EditsMatchStdString) {
             ASSERT_EQ(toStd(held), before);
         }
     }
+}
+
+TEST(String, TakesTheTextsOfTheStandardLibrary) {
+    const std::string withZero("a\0b", 3);
+    const std::string_view part = std::string_view(withZero).substr(1);
+    ERCString text = withZero;
+    EXPECT_EQ(text.length(), 3u);
+    text += part;
+    EXPECT_TRUE(text == std::string("a\0b\0b", 5));
+    EXPECT_EQ(text.index(part, 2), 3u);
+    text = part;
+    EXPECT_LT(text, withZero);
+    EXPECT_EQ(CString(part.substr(1)), "b");
+    EXPECT_EQ(ERCString("x9")(ERCRegexp(std::string("[0-9]"))).start(), 1u);
 }
 
 TEST(String, PositionsPastTheEndAndNullTextsAreHarmless) {

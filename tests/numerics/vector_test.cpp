@@ -2,13 +2,20 @@
 
 #include <algorithm>
 #include <functional>
+#include <iterator>
 #include <limits>
+#include <list>
+#include <ranges>
+#include <sstream>
 #include <thread>
 #include <utility>
+#include <vector>
 
+#include "kerf/core/file.h"
 #include "kerf/numerics/matrix_impl.h"
 #include "kerf/numerics/vector_impl.h"
 #include "tests/numerics/vector_checks.h"
+#include "tests/support/temporary_file.h"
 
 namespace kerf::test {
 
@@ -96,6 +103,36 @@ TEST(Vec, RandomEditsOfSharedVectorsStayApart) {
                 << "vector " << i << " after edit " << edit << " in step " << step << ", seed "
                 << seed;
     }
+}
+
+TEST(Vec, IsMadeOfAListOrARange) {
+    const ERVec<double> listed{1, 2.5, 3};
+    EXPECT_EQ(listed.length(), 3u);
+    EXPECT_EQ(ERVec<double>{3}.length(), 1u);
+    EXPECT_EQ(ERVec<double>(3).length(), 3u);
+    EXPECT_TRUE(ERVec<double>(std::vector<float>{1, 2.5f, 3}) == listed);
+    EXPECT_TRUE(ERVec<double>(std::list<double>{1, 2.5, 3}) == listed);
+    std::istringstream numbers("1 2.5 3");
+    EXPECT_TRUE(ERVec<double>(std::ranges::subrange(std::istream_iterator<double>(numbers),
+                                                    std::istream_iterator<double>())) == listed);
+    EXPECT_EQ(ERVec<double>(ERVec<double>(listed)).data(), listed.data());  // a copy shares
+    ERVec<double> assigned(5);
+    assigned = {4};
+    EXPECT_EQ(assigned.length(), 1u);
+}
+
+TEST(Vec, GoesThroughAFileWithItsShape) {
+    const TemporaryFile place;
+    ERFile file(place.path(), CFile::modeCreate | CFile::modeReadWrite);
+    const ERVec<double> numbers{1, 2, 3};
+    const ERMatrix<double> matrix(2, 3);
+    file << numbers << matrix;
+    file.SeekTo(0);
+    ERVec<double> numbersBack;
+    ERMatrix<double> matrixBack;
+    file >> numbersBack >> matrixBack;
+    EXPECT_TRUE(numbersBack == numbers);
+    EXPECT_EQ(matrixBack.cols(), 3u);
 }
 
 TEST(Vec, SearchAndEqualityAreExact) {

@@ -8,6 +8,7 @@
 #include <new>
 #include <sstream>
 #include <string>
+#include <string_view>
 
 #include "kerf/core/store_size.h"
 #include "kerf/persistence/file_manager.h"
@@ -49,6 +50,37 @@ TEST(Property, ConvertsBetweenItsTypesAndPrints) {
         EXPECT_EQ(c.property.operator unsigned int(), c.natural) << c.printed;
     }
     EXPECT_EQ(ERDBObjProperty(std::numeric_limits<double>::quiet_NaN()).operator int(), 0);
+}
+
+TEST(Property, TakesWholeNumbersOfAnyTypeAndStandardTexts) {
+    using P = ERDBObjProperty;
+    for (const P& number :
+         {P(std::int64_t{-5}), P(-5ll), P(short{-5}), P(static_cast<signed char>(-5))})
+        EXPECT_EQ(number.getType() == P::Long ? number.operator int() : 0, -5);
+    EXPECT_EQ(P(std::uint64_t{7}).operator int(), 7);
+    EXPECT_EQ(P(4000000000ll).operator unsigned int(), 4000000000u);
+    EXPECT_EQ(P(5000000000ll).operator double(), 5e9);
+    EXPECT_EQ(P(true).getType(), P::Long);
+
+    ERDBObject object;
+    object.property(10, 5000000000ll).property(11, std::size_t{3}).property(12, std::string("mm"));
+    EXPECT_EQ(object.property(10).operator double(), 5e9);
+    EXPECT_EQ(object.property(11).operator int(), 3);
+    std::ostringstream printed;
+    printed << object.property(12);
+    EXPECT_EQ(printed.str(), "ERDBObjProperty type = 3\n GV (String) mm");
+}
+
+TEST(DatabaseObject, AConstantOneIsReadWithoutANewEntry) {
+    ERDBObject object;
+    const ERDBObject& constant = object;
+    const ERULong size = object.binaryStoreSize();
+    EXPECT_STREQ(constant.name(), "");
+    EXPECT_STREQ(constant.level_name(), "");
+    EXPECT_EQ(object.binaryStoreSize(), size);
+    object.name(std::string("hole")).level_name(std::string_view("top").substr(1));
+    EXPECT_STREQ(constant.name(), "hole");
+    EXPECT_STREQ(constant.level_name(), "op");
 }
 
 TEST(PropertyTable, IsStoredInBucketOrder) {
