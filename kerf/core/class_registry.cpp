@@ -26,7 +26,11 @@ ERClassRegistration::~ERClassRegistration() {
     }
 }
 
-void ERClassRegistration::link() noexcept {
+void ERClassRegistration::link() {
+    if (findClassRegistration(name) != nullptr)
+        outputDebugText(("two classes are named " + std::string(name) +
+                         "; objects are built as the one registered last\n")
+                            .c_str());
     next = pFirstClass;
     pFirstClass = this;
 }

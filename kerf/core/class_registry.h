@@ -1,5 +1,6 @@
 #pragma once
 #include <cstddef>
+#include <string_view>
 
 #include "kerf/platform/config.h"
 #include "kerf/platform/root_object.h"
@@ -13,6 +14,8 @@ namespace kerf {
 class CString;
 class ERObject;
 struct FeatureResult;
+template <class T>
+class t_SmartPtr;
 
 /// What is known of a class at run time. Descriptors are static objects. The chain begins at
 /// pFirstClass with the class that was registered last.
@@ -45,7 +48,9 @@ public:
     /// Takes the descriptor off the chain.
     ~ERClassRegistration();
 
-    void link() noexcept;
+    /// Puts the descriptor on the chain. When a class of the same name is there, the debug text says
+    /// so: objects of that name are built as the class that came last.
+    void link();
 
     /// 1 when this is c or derives from it, directly or through others; 0 for a null c.
     int isKindOf(const ERClassRegistration* c) const;
@@ -91,7 +96,7 @@ namespace {
 
 /// Puts a descriptor on the chain when static objects are built.
 struct ERClassLink {
-    explicit ERClassLink(ERClassRegistration& descriptor) noexcept { descriptor.link(); }
+    explicit ERClassLink(ERClassRegistration& descriptor) { descriptor.link(); }
 };
 
 /// Called when a cast fails or is ambiguous. Does nothing: a place for a debugger to stop at.
@@ -127,6 +132,27 @@ X* castdownTo(Object* object) {
     return static_cast<X*>(part);
 }
 
+/// Whether a name is given without a namespace.
+constexpr bool isPlainName(std::string_view name) { return name.find(':') == name.npos; }
+
+/// Whether two classes, both outside other classes and no instances of templates, are of the same
+/// namespace, as far as the compiler can say.
+#if defined(__GNUC__)
+template <class T>
+consteval std::string_view enclosingNamespace() {
+    std::string_view text = __PRETTY_FUNCTION__;
+    text.remove_prefix(text.find("T = ") + 4);
+    text = text.substr(0, text.find_first_of(";]"));
+    const std::size_t end = text.rfind("::");
+    return end == text.npos ? std::string_view() : text.substr(0, end);
+}
+template <class A, class B>
+constexpr bool sameNamespace = enclosingNamespace<A>() == enclosingNamespace<B>();
+#else
+template <class A, class B>
+constexpr bool sameNamespace = true;
+#endif
+
 /// Binds a reference that may be null, which the reference forms of `castdown` return on failure.
 #if defined(__GNUC__)
 template <class X>
@@ -146,6 +172,7 @@ X& referenceOrNull(X* object) {
 // for an object of another class.
 // Kept: `castdown` of a reference returns a null reference on failure, which must not be used;
 //       callers that cannot be sure of the class take the pointer form, or ask isKindOf.
+// `castdown` of a temporary t_SmartPtr returns an owner, as the temporary may be the last one.
 #define ER_OBJECT_CLASS_RECORDS(Class)                                                         \
 public:                                                                                        \
     static ::kerf::ERClassRegistration m_ClassDef_##Class;                                     \
@@ -174,12 +201,21 @@ public:                                                                         
     static const Class& castdown(const ::kerf::ERObject& object) {                                 \
         return ::kerf::referenceOrNull(::kerf::castdownTo<const Class>(&object));                  \
     }                                                                                              \
+    template <class Pointee, class Self = Class>                                                   \
+    static ::kerf::t_SmartPtr<Self> castdown(::kerf::t_SmartPtr<Pointee>&& temporary) {            \
+        return castdown(temporary.getObject());                                                    \
+    }                                                                                              \
     static_assert(true, "asks for the semicolon")
 
 #define ER_DESCRIPTORS(First, ...) First::desc() __VA_OPT__(, ER_FURTHER_DESCRIPTORS(__VA_ARGS__))
 #define ER_FURTHER_DESCRIPTORS(First, ...) First::desc() __VA_OPT__(, __VA_ARGS__::desc())
 
 #define ER_DEFINE_CLASS_RECORDS(Class, creatorFunction, ...)                                       \
+    static_assert(::kerf::isPlainName(#Class),                                                     \
+                  "a class is defined in its own namespace, by its name alone");                   \
+    struct placeOf##Class;                                                                         \
+    static_assert(::kerf::sameNamespace<Class, placeOf##Class>,                                    \
+                  "a class is defined in its own namespace, by its name alone");                   \
     const ::kerf::ERClassRegistration* Class::m_Inherite_##Class[] = {                             \
         __VA_ARGS__ __VA_OPT__(, ) nullptr};                                                       \
     const ::kerf::ERClassRegistration* Class::m_Member_##Class[] = {nullptr};                      \

@@ -50,6 +50,10 @@ class KERF_EXPORT ERObject : public CObject, public ERReference {
     static ERObject* castdown(std::nullptr_t) { return nullptr; }
     static ERObject& castdown(ERObject& object) { return object; }
     static const ERObject& castdown(const ERObject& object) { return object; }
+    template <class Pointee, class Self = ERObject>
+    static t_SmartPtr<Self> castdown(t_SmartPtr<Pointee>&& temporary) {
+        return castdown(temporary.getObject());
+    }
 
     /// A new heap copy, owned by the caller, without identity. The body in ERObject returns null.
     virtual ERObject* getCopy() const = 0;

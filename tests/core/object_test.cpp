@@ -7,6 +7,7 @@
 #include <ostream>
 #include <stdexcept>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 #include "kerf/core/smart_pointer.h"
@@ -109,6 +110,17 @@ std::string debugTextOf(Action action) {
     return text;
 }
 
+TEST(ClassRegistry, TwoClassesOfOneNameAreReported) {
+    std::string told;
+    setDebugTextSink([&](const char* text) { told += text; });
+    const ERClassRegistration first("Twin", 8, nullptr, nullptr, nullptr);
+    EXPECT_EQ(told, "");
+    const ERClassRegistration second("Twin", 16, nullptr, nullptr, nullptr);
+    setDebugTextSink(nullptr);
+    EXPECT_NE(told.find("two classes are named Twin"), std::string::npos) << told;
+    EXPECT_EQ(ERClassRegistration::findClassRegistration("Twin"), &second);
+}
+
 TEST(ClassRegistry, DumpsItsBasesIndentedByTheirDepth) {
     const auto dumped = [](int level) {
         return debugTextOf([level] { Right::desc()->DumpBased(level); });
@@ -191,6 +203,20 @@ TEST(SmartPointer, DeletesOnceWithTheLastOwner) {
         EXPECT_EQ(second->value, 9);
         first = first.getObject();
         EXPECT_EQ(first->references(), 3u);
+    }
+    EXPECT_EQ(Node::alive, before);
+}
+
+TEST(SmartPointer, ACastOfATemporaryOwns) {
+    const int before = Node::alive;
+    {
+        const auto node = Node::castdown(t_SmartPtr<ERObject>(new Node(7)));
+        EXPECT_EQ(node->value, 7);
+        EXPECT_EQ(node->references(), 1u);
+        EXPECT_TRUE(!Left::castdown(t_SmartPtr<ERObject>(node)));
+        const t_SmartPtr<ERObject> lasting(node);
+        const auto pointer = Node::castdown(lasting);  // of one that lives on, as ever
+        static_assert(std::is_same_v<decltype(pointer), Node* const>);
     }
     EXPECT_EQ(Node::alive, before);
 }
