@@ -454,9 +454,7 @@ bool compare(const std::string& path, const Pairs& pairs, const ERPmIsometrie3D&
     return true;
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
+int run(int argc, char** argv) {
     Options options;
     if (!readOptions(argc, argv, options)) {
         std::cerr
@@ -495,4 +493,15 @@ int main(int argc, char** argv) {
         "%zu pairs: rms %.9g, largest %.9g at point %zu; kept and read back to the last bit\n",
         pairs.measured.size(), found.rms, found.largest, found.at + 1);
     return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    try {
+        return run(argc, argv);
+    } catch (const kerf::CFileException& failure) {  // a full disk, for one
+        std::cerr << failure.what() << '\n';
+        return 1;
+    }
 }

@@ -76,9 +76,7 @@ long compare(kerf::ERDataBase& archive, const std::vector<kerf::ERPoint3D>& poin
     return different;
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
+int run(int argc, char** argv) {
     if (argc != 3) {
         std::cerr << "usage: point_archive POINTS.txt ARCHIVE.kerf\n";
         return 2;
@@ -109,4 +107,15 @@ int main(int argc, char** argv) {
     std::cout << points.size() << " points stored and read back to the last bit\n"
               << "box: " << box.MinPoint() << " to " << box.MaxPoint() << '\n';
     return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    try {
+        return run(argc, argv);
+    } catch (const kerf::CFileException& failure) {  // a full disk, for one
+        std::cerr << failure.what() << '\n';
+        return 1;
+    }
 }

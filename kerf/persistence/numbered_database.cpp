@@ -34,6 +34,7 @@ int ERDataBase::Open(const char* name, int readOnly) {
         if (base_.isNew_) {
             index_ = std::make_unique<ERAuxilaryIndex>(*base_.fileManager());
             if (base_.Store(*index_) == indexID) return 1;
+            base_.setFailure(OpenFailure::damaged, name);
         } else {
             const ERLong indexSignature = base_.getSignature(ERAuxilaryIndex::desc()->name);
             if (indexSignature != -1 && base_.signatureOf(indexID) == indexSignature) {
@@ -43,9 +44,11 @@ int ERDataBase::Open(const char* name, int readOnly) {
                 nextEntry_ = firstFreeNumber();
                 return 1;
             }
+            base_.setFailure(OpenFailure::otherKind, name);
         }
     } catch (const CFileException& failure) {
         showMessage("File Error", failure.what());
+        base_.setFailure(OpenFailure::fileError, name);
     }
     index_.reset();
     try {

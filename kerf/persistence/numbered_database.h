@@ -1,5 +1,6 @@
 #pragma once
 #include <memory>
+#include <string>
 
 #include "kerf/persistence/object_database.h"
 
@@ -21,6 +22,11 @@ public:
 
     /// As ERObjectDataBase::Open; also 0 for a file whose first record is no index.
     virtual int Open(const char* name, int readOnly);
+    int Open(const StandardText auto& name, int readOnly) {
+        return Open(std::string(name).c_str(), readOnly);
+    }
+    /// Why the last Open returned 0.
+    OpenFailure openFailure() const { return base_.openFailure(); }
     virtual void Close();
 
     /// Stores the object and returns its number; -1 when it got none: it was not stored, or the

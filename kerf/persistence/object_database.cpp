@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "kerf/persistence/disk_btree.h"
+#include "kerf/persistence/internal/heap_layout.h"
 #include "kerf/persistence/internal/nested_ids.h"
 #include "kerf/persistence/internal/number_key.h"
 #include "kerf/persistence/internal/record_file.h"
@@ -49,6 +50,39 @@ void reportSize(const ERObject& object, ERULong announced, std::uint64_t written
                         .c_str());
 }
 
+const char* textOf(OpenFailure reason) {
+    switch (reason) {
+        case OpenFailure::none:
+            break;
+        case OpenFailure::noSuchFile:
+            return "there is no such file";
+        case OpenFailure::emptyFile:
+            return "the file is empty";
+        case OpenFailure::notADatabase:
+            return "not a database";
+        case OpenFailure::damaged:
+            return "a damaged database";
+        case OpenFailure::otherKind:
+            return "a database without numbered objects";
+        case OpenFailure::inUse:
+            return "in use by another program";
+        case OpenFailure::fileError:
+            return "the system refused it";
+    }
+    return "";
+}
+
+// Whether an opening failed because another one denies it.
+bool isDenied(const CFileException& failure) {
+    if (std::string_view(failure.operation()) != "open") return false;
+#if defined(_WIN32)
+    constexpr int sharingViolation = 32;
+    return failure.code() == std::error_code(sharingViolation, std::system_category());
+#else
+    return failure.code() == std::errc::operation_would_block;
+#endif
+}
+
 std::string_view cutName(const char* name) {
     return std::string_view(name, strnlen(name, classNameLength));
 }
@@ -80,10 +114,12 @@ ERObjectDataBase::~ERObjectDataBase() {
 int ERObjectDataBase::Open(const char* name, int readOnly) {
     try {
         if (file_ != nullptr) Close();
-        if (!openOrCreate(name, readOnly)) closeFile();
+        setFailure(openOrCreate(name, readOnly), name);
+        if (openFailure_ != OpenFailure::none) closeFile();
         if (file_ != nullptr && (isNew_ || asLeft() != left_)) opening_ = ++lastOpening;
     } catch (const CFileException& failure) {
         showMessage("File Error", failure.what());
+        setFailure(isDenied(failure) ? OpenFailure::inUse : OpenFailure::fileError, name);
         closeFile();
     } catch (...) {
         closeFile();
@@ -92,23 +128,41 @@ int ERObjectDataBase::Open(const char* name, int readOnly) {
     return file_ != nullptr ? 1 : 0;
 }
 
+void ERObjectDataBase::setFailure(OpenFailure reason, const char* name) {
+    openFailure_ = reason;
+    if (reason != OpenFailure::none)
+        outputDebugText((std::string(name) + ": " + textOf(reason) + "\n").c_str());
+}
+
+void ERObjectDataBase::reportWriteWhenReadOnly() const {
+    if (file_->isReadOnly())
+        outputDebugText((file_->GetFilePath() + ": opened read-only\n").c_str());
+}
+
+void ERObjectDataBase::reportUnknownClass(ERLong id, ERULong signature) const {
+    std::string text = "object " + std::to_string(id) + ": unknown class";
+    for (const auto& [name, known] : signatures_)
+        if (known == signature) text += " " + name;
+    outputDebugText((text + "\n").c_str());
+}
+
 // Whether the file exists is asked once, and a wrong answer does no harm: a file that is there is
 // never emptied, and one that has a root is a database, or none, whoever made it and when.
-bool ERObjectDataBase::openOrCreate(const char* name, int readOnly) {
+OpenFailure ERObjectDataBase::openOrCreate(const char* name, int readOnly) {
     const bool exists = ERFile::Exists(name) != 0;
     if (exists) {
         // An empty file is no database, and making a file manager of it would write into it.
         ERFile probe(name, CFile::modeRead | CFile::shareDenyNone | CFile::typeBinary);
-        if (probe.IsEmpty()) return false;
+        if (probe.IsEmpty()) return OpenFailure::emptyFile;
     } else if (readOnly) {
-        return false;
+        return OpenFailure::noSuchFile;
     }
     using Missing = RecordFile::Missing;
     file_ = std::make_unique<RecordFile>(name, readOnly,
                                          exists ? Missing::isFailure : Missing::isCreated);
     if (exists || file_->start() != -1) return openExisting();
     isNew_ = create();
-    return isNew_;
+    return isNew_ ? OpenFailure::none : OpenFailure::notADatabase;
 }
 
 // False, with the file as it was, when it is no heap.
@@ -127,18 +181,25 @@ bool ERObjectDataBase::create() {
     return true;
 }
 
-bool ERObjectDataBase::openExisting() {
+bool ERObjectDataBase::beginsAsHeap() {
+    int words[heap::headerWords] = {};
+    file_->SeekTo(heap::rootField);
+    return file_->Read(words, heap::headerWords) && words[2] == heap::nodeSize;
+}
+
+OpenFailure ERObjectDataBase::openExisting() {
     const ERLong header = file_->start();
     int words[6] = {};
-    if (header < 0 || file_->SeekTo(header) != header || !file_->Read(words, 6)) return false;
-    if (words[0] != databaseMagic) return false;
+    if (header < 0 || file_->SeekTo(header) != header || !file_->Read(words, 6))
+        return beginsAsHeap() ? OpenFailure::damaged : OpenFailure::notADatabase;
+    if (words[0] != databaseMagic) return OpenFailure::notADatabase;
     classTreeLocation_ = words[1];
     objectTreeLocation_ = words[2];
     lastObjectID_ = std::max(words[3], 0);
     objectCount_ = static_cast<ERULong>(words[4]);
     lastSignature_ = static_cast<ERULong>(std::max(words[5], 0));
-    if (!ERBTreeOnDisk::canHaveInfoAt(*file_, classTreeLocation_)) return false;
-    if (!ERBTreeOnDisk::canHaveInfoAt(*file_, objectTreeLocation_)) return false;
+    if (!ERBTreeOnDisk::canHaveInfoAt(*file_, classTreeLocation_)) return OpenFailure::damaged;
+    if (!ERBTreeOnDisk::canHaveInfoAt(*file_, objectTreeLocation_)) return OpenFailure::damaged;
     classTree_ =
         std::make_unique<ERBTreeOnDisk>(*file_, smallCache, ERBTreeOnDisk::open, classNameLength, 0,
                                         classTreeLocation_, treeOrder, treeOrder);
@@ -147,9 +208,9 @@ bool ERObjectDataBase::openExisting() {
                                         1, objectTreeLocation_, treeOrder, treeOrder);
     if (classTree_->keyLength() != classNameLength || classTree_->ignoreNulls() ||
         objectTree_->keyLength() != NumberKey::length || !objectTree_->ignoreNulls())
-        return false;
+        return OpenFailure::damaged;
     readClasses();
-    return true;
+    return OpenFailure::none;
 }
 
 // Fills the maps from the class tree. Signatures given after the last clean close are in the tree
@@ -302,6 +363,7 @@ public:
 
 ERLong ERObjectDataBase::Store(ERObject& object) {
     if (file_ == nullptr) return -1;
+    reportWriteWhenReadOnly();
     PendingStore pending(*this, object);
     if (stackIsShort() || storeDepth_ > deepestRecord || !pending.identify()) return pending.fail();
     const ERLong signature = GetOrCreateSignature(object.className());
@@ -479,7 +541,10 @@ t_SmartPtr<ERObject> ERObjectDataBase::RetrieveAndCreate(ERLong id) {
     StoredObject found;
     if (!findObject(id, found)) return {};
     const auto known = creators_.find(found.signature);
-    if (known == creators_.end() || known->second == nullptr) return {};
+    if (known == creators_.end() || known->second == nullptr) {
+        reportUnknownClass(id, found.signature);
+        return {};
+    }
     const Restoring::Entry entry(*restoring_, found, file_->GetLength(), id);
     if (!entry.isAdmitted()) return {};
 
@@ -492,6 +557,7 @@ t_SmartPtr<ERObject> ERObjectDataBase::RetrieveAndCreate(ERLong id) {
 
 int ERObjectDataBase::Delete(ERLong id) {
     if (file_ == nullptr) return 0;
+    reportWriteWhenReadOnly();
     ERLong location = -1;
     if (!objectTree_->removeKeyAndValue(NumberKey(id), location)) return 0;
     const bool isPlainNumber = specials_.erase(id) != 0;

@@ -9,6 +9,7 @@
 #include "kerf/core/object.h"
 #include "kerf/core/reference.h"
 #include "kerf/core/smart_pointer.h"
+#include "kerf/platform/standard_text.h"
 
 namespace kerf {
 
@@ -16,6 +17,18 @@ class DiskTreePosition;
 class ERBTreeOnDisk;
 class ERFileManager;
 class RecordFile;
+
+/// Why a base did not open.
+enum class OpenFailure {
+    none,          ///< it did open, or was never asked to
+    noSuchFile,    ///< and it was to be opened read-only
+    emptyFile,     ///< a file without bytes is no database
+    notADatabase,  ///< a file of another format
+    damaged,       ///< begins as a database does, but its trees are not where they should be
+    otherKind,     ///< a database, but without the index that an ERDataBase needs
+    inUse,         ///< by another program, or by another base of this one
+    fileError      ///< any other refusal of the system, as shown
+};
 
 /// Objects in one file, each a record of variable size found by its ID. A record begins with the
 /// signature of its class, a small number that a tree of the file gives for the class name. IDs
@@ -47,7 +60,13 @@ public:
     /// Objects kept in memory stay attached when the base closes and opens the file again as it was
     /// left, whatever other files it opened in vain. Once it opens another file they are free: no
     /// record of that file is taken for theirs.
+    /// When it returns 0, the debug text gives the reason too.
     virtual int Open(const char* name, int readOnly);
+    int Open(const StandardText auto& name, int readOnly) {
+        return Open(std::string(name).c_str(), readOnly);
+    }
+    /// Of the last Open.
+    OpenFailure openFailure() const { return openFailure_; }
     virtual void Close();
 
     /// Writes the object as a new record, or as a new version of the one it has here: the former
@@ -68,7 +87,7 @@ public:
     virtual int Retrieve(ERLong id, ERObject& object);
 
     /// Builds the object of that ID. Null when there is none, when its class is unknown to this
-    /// program or abstract, when its record is being read already (records that refer to each other
+    /// program or abstract (which the debug text says), when its record is being read already (records that refer to each other
     /// in a ring), or when the chain of references that leads to it is as deep as the stack allows
     /// (some ten thousand).
     virtual t_SmartPtr<ERObject> RetrieveAndCreate(ERLong id);
@@ -125,9 +144,13 @@ private:
     class Restoring;
     struct StoredObject;
 
-    bool openOrCreate(const char* name, int readOnly);
+    OpenFailure openOrCreate(const char* name, int readOnly);
     bool create();
-    bool openExisting();
+    OpenFailure openExisting();
+    bool beginsAsHeap();
+    void setFailure(OpenFailure reason, const char* name);
+    void reportWriteWhenReadOnly() const;
+    void reportUnknownClass(ERLong id, ERULong signature) const;
     void readClasses();
     void writeCounters();
     void closeFile();
@@ -140,6 +163,7 @@ private:
     ERULong signatureAt(ERLong location);
 
     std::unique_ptr<RecordFile> file_;
+    OpenFailure openFailure_ = OpenFailure::none;
     bool isNew_ = false;                         // this Open made the base
     std::unique_ptr<ERBTreeOnDisk> classTree_;   // class name, up to 60 bytes, to signature
     std::unique_ptr<ERBTreeOnDisk> objectTree_;  // object ID to record location

@@ -15,6 +15,7 @@
 
 #include "kerf/persistence/database_object.h"
 #include "kerf/persistence/file_manager.h"
+#include "kerf/persistence/numbered_database.h"
 #include "kerf/platform/exceptions.h"
 #include "kerf/values/persistent_point.h"
 #include "tests/persistence/database_support.h"
@@ -282,6 +283,63 @@ TEST_F(ObjectDataBase, WhatIsNoDatabaseIsRefusedAndLeftAlone) {
     EXPECT_EQ(base.Retrieve(1, object), 0);
     EXPECT_TRUE(!base.RetrieveAndCreate(1));
     EXPECT_EQ(base.InsertSpecial(1), -1);
+}
+
+TEST_F(ObjectDataBase, ARefusalNamesItsReason) {
+    std::string told;
+    setDebugTextSink([&](const char* text) { told += text; });
+    ERObjectDataBase base;
+    const auto expectRefusal = [&](OpenFailure reason, const std::string& text) {
+        told.clear();
+        EXPECT_EQ(base.Open(std::string(place.path()), 1), 0);
+        EXPECT_EQ(base.openFailure(), reason);
+        EXPECT_EQ(told, std::string(place.path()) + ": " + text + "\n");
+    };
+    expectRefusal(OpenFailure::noSuchFile, "there is no such file");
+    place.setBytes("");
+    expectRefusal(OpenFailure::emptyFile, "the file is empty");
+    place.setBytes(std::string(5000, 'x'));
+    expectRefusal(OpenFailure::notADatabase, "not a database");
+    std::filesystem::remove(place.path());
+    {
+        OpenedBase writer(place);
+        EXPECT_EQ(writer.openFailure(), OpenFailure::none);
+        newNamed("first")->Save(&writer);
+        expectRefusal(OpenFailure::inUse, "in use by another program");
+    }
+    const std::string whole = place.bytes();
+    {
+        ERDataBase numbered;
+        EXPECT_EQ(numbered.Open(place.path(), 1), 0);
+        EXPECT_EQ(numbered.openFailure(), OpenFailure::otherKind);
+    }
+    place.setBytes(whole.substr(0, 290));
+    expectRefusal(OpenFailure::damaged, "a damaged database");
+    place.setBytes(whole);
+    EXPECT_EQ(base.Open(place.path(), 1), 1);
+    EXPECT_EQ(base.openFailure(), OpenFailure::none);
+    told.clear();
+    EXPECT_THROW(newNamed("second")->Save(&base), CFileException);
+    EXPECT_NE(told.find("opened read-only"), std::string::npos) << told;
+    setDebugTextSink(nullptr);
+}
+
+TEST_F(ObjectDataBase, AnUnknownClassIsToldFromAMissingNumber) {
+    {
+        OpenedBase writer(place);
+        newNamed("first")->Save(&writer);
+    }
+    std::string bytes = place.bytes();
+    bytes.replace(bytes.find("ERDBObject"), 10, "ERDBObjecs");
+    place.setBytes(bytes);
+    OpenedBase base(place, 1);
+    std::string told;
+    setDebugTextSink([&](const char* text) { told += text; });
+    EXPECT_TRUE(!base.RetrieveAndCreate(2));
+    EXPECT_EQ(told, "");
+    EXPECT_TRUE(!base.RetrieveAndCreate(1));
+    EXPECT_EQ(told, "object 1: unknown class ERDBObjecs\n");
+    setDebugTextSink(nullptr);
 }
 
 TEST_F(ObjectDataBase, AReadOnlyBaseIsSharedAndStaysAsItWas) {
