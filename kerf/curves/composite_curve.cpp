@@ -251,20 +251,12 @@ ERVec<typename Chain<Kind>::Point> Chain<Kind>::approxime(const ERLimites& limit
     ERVec<Point> all;
     forEachPart(indexOf(limits.start()), indexOf(limits.end()),
                 [&](const Patch& patch, double from, double to) {
-                    const double start = parameterAt(patch, from);
-                    const double end = parameterAt(patch, to);
-                    ERVec<Point> points = patch.approxime(increasing(start, end), tol);
+                    // Curves that run down their parameters turn the points round themselves.
+                    const ERVec<Point> points = patch.approxime(
+                        increasing(parameterAt(patch, from), parameterAt(patch, to)), tol);
                     const unsigned int n = points.length();
-                    if (n == 0) return;
-                    if (end < start) {
-                        // Not every curve that runs down its parameters returns its points in the
-                        // direction of travel.
-                        const Point first = patch(start);
-                        if (distance(points[n - 1], first) < distance(points[0], first))
-                            points.reverse();
-                    }
                     const bool shared =
-                        all.length() > 0 && distance(all.last(), points[0]) <= samePoint;
+                        n > 0 && all.length() > 0 && distance(all.last(), points[0]) <= samePoint;
                     for (unsigned int i = shared ? 1 : 0; i < n; ++i) all.append(points[i]);
                 });
     return all;

@@ -153,9 +153,9 @@ private:
 ///             natural domain of length 0 every u is the start of the first patch.
 /// Kept:       box, length as a whole, parts of a split, feet and NURBS form are those of all
 ///             patches, hidden ones included; the trim interval moves the ends alone.
-/// Ownership:  patches are counted. A copy of the chain copies them. Whoever keeps one that went in by
-///             its smart pointer, or takes one by at(), holds the chain's own: what he changes, the
-///             chain changes, and he calls setDirty() on both.
+/// Ownership:  patches are counted, and a copy of the chain copies them. One that went in by its smart
+///             pointer, or is taken by at(), is the chain's own: to change it changes the chain,
+///             which does not notice, so that setDirty() is called on it too.
 /// Storage:    the domains, then the list of patches, each a record of its own.
 template <class Kind>
 class KERF_EXPORT Chain : public detail::CarriedByPatches<Chain<Kind>, typename Kind::Space> {
