@@ -1,6 +1,8 @@
 #include "kerf/curves/composite_curve.h"
 
+#include "kerf/curves/arc.h"
 #include "kerf/curves/bezier_curve.h"
+#include "kerf/curves/ellipse.h"
 #include "kerf/curves/nurbs_curve.h"
 #include "kerf/curves/polyline.h"
 #include "kerf/curves/segment.h"
@@ -63,6 +65,13 @@ ERCompCurve2D straight() {
     EXPECT_EQ(chain.append(ERPolyline2D(vectorOf({{4, 1}, {3, 4}, {2, 0}})), 1e-9), 1);
     return chain;
 }
+// Over the top, down and back below: both arcs are clockwise.
+ERCompCurve2D arcs() {
+    ERCompCurve2D chain(ERArc2D({0, 0}, 2, pi, 0));
+    EXPECT_EQ(chain.append(ERSegment2D({2, -3}, {2, 0}), 1e-9), 1);
+    EXPECT_EQ(chain.append(ERArcEllipse2D(2, 1, 0, {0, -3}, 0, -2), 1e-9), 1);
+    return chain;
+}
 ERCompCurve3D inSpace(const ERCompCurve2D& chain) {
     const t_SmartPtr<EREntity3DWF> image =
         chain.get3DEquiv(ERRotation3D(ERVector3D(1, 2, -0.5), 1.1));
@@ -75,10 +84,12 @@ std::vector<PlaneCurveSample> planeCurves() {
     return {sampleOf<Space2D>("Outline", outline(), exceptions),
             sampleOf<Space2D>("Nested", nested(), exceptions),
             sampleOf<Space2D>("Straight", straight(), exceptions),
+            sampleOf<Space2D>("Arcs", arcs(), exceptions | SecondDerivativeDiffers),
             sampleOf<Space2D>("OneQuarter", ERCompCurve2D(quarter(2)), exceptions)};
 }
 std::vector<SpaceCurveSample> spaceCurves() {
     return {sampleOf<Space3D>("Outline", inSpace(outline()), exceptions),
+            sampleOf<Space3D>("Arcs", inSpace(arcs()), exceptions | SecondDerivativeDiffers),
             sampleOf<Space3D>("Nested", inSpace(nested()), exceptions)};
 }
 
@@ -264,11 +275,14 @@ TEST(CompositeCurve, AdjustCutsAndDropsPatches) {
     expectNear(inner.lastPt(), outline()(2.0), 1e-12);
 }
 
-// Segments spread what is left of them over their domain, polylines the edge that was cut.
+// Arcs keep their angles, segments spread what is left over their domain, polylines the edge that was
+// cut.
 TEST(CompositeCurve, AdjustCutsBothEndsOfOnePatch) {
-    const ERCompCurve2D chain = straight();
-    for (const ERLimites& kept : {ERLimites(0.1, 0.4), ERLimites(1.1, 1.2), ERLimites(1.1, 1.9),
-                                  ERLimites(1.4, 1.6), ERLimites(1.5, 1.5)}) {
+    ERCompCurve2D chain = straight();
+    chain.prepend(ERArc2D({1, 3}, 3, 2, -1), 0.0);
+    chain.reparametrize(ERLimites(-1, 2));
+    for (const ERLimites& kept : {ERLimites(-0.8, -0.3), ERLimites(0.1, 0.4), ERLimites(1.1, 1.2),
+                                  ERLimites(1.1, 1.9), ERLimites(1.4, 1.6), ERLimites(1.5, 1.5)}) {
         SCOPED_TRACE(kept);
         ERCompCurve2D cut = chain;
         cut.redefineDomain(kept);
