@@ -116,9 +116,10 @@ struct Piece {
 
 ERCpoleNURBS2D openConic(const Piece& conic) {
     if (!(conic.w > -1.0) || !std::isfinite(conic.w)) return ERCpoleNURBS2D();
-    const double angle = anglePI(ERVector2D(conic.inner, conic.from).getnormalized(),
-                                 ERVector2D(conic.inner, conic.to).getnormalized()) *
-                         degreesPerRadian;
+    // An arc cosine would lose the angle of nearly parallel tangents.
+    const ERVector2D toFrom = ERVector2D(conic.inner, conic.from).getnormalized();
+    const ERVector2D toEnd = ERVector2D(conic.inner, conic.to).getnormalized();
+    const double angle = std::atan2(std::fabs(toFrom ^ toEnd), toFrom * toEnd) * degreesPerRadian;
     unsigned int halvings = 1;
     if (conic.w >= 1.0 || (conic.w > 0.0 && angle > 60.0))
         halvings = 0;

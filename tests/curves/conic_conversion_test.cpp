@@ -151,6 +151,16 @@ TEST(OpenConic, NumberOfPiecesFollowsTheAngle) {
     EXPECT_EQ(pieces(59, 1.0), 1u);
     EXPECT_EQ(pieces(91, -0.5), 4u);
     EXPECT_EQ(pieces(89, -0.5), 2u);
+    // Nearly straight, in directions whose unit vectors may be longer than 1 by rounding.
+    for (int i = 0; i < 100; ++i) {
+        const ERVector2D d(std::cos(0.06 * i), std::sin(0.06 * i));
+        const ERVector2D up = ERVector2D(-d.j(), d.i()) * 1e-9;
+        const auto poles = [&](double w) {
+            return MakeOpenConic(ERPoint2D() - d, d + up, ERPoint2D() + d, d - up, w).nbPoles();
+        };
+        EXPECT_EQ(poles(0.5), 3u) << i;
+        EXPECT_EQ(poles(-0.5), 9u) << i;
+    }
     // The three quarters of a circle that are left beside its quarter.
     const double w = -std::sqrt(0.5);
     const ERCpoleNURBS2D rest = quarter(w);
