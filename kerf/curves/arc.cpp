@@ -27,12 +27,17 @@ double lengthOver(const ERLimites& limits, double radius) {
     return std::fabs(limits.amplitude()) * std::fabs(radius);
 }
 
-// What whole turns take an arc's start into (-pi, pi].
-double excessTurns(const EREntAngle& angles) {
-    const double start = angles.startAngle(), end = angles.endAngle();
-    if ((0.0 <= start && start < end && end < fullTurn) || !(start > halfTurn)) return 0.0;
-    const double turns = std::ceil((start - halfTurn) / fullTurn) * fullTurn;
-    return std::isfinite(turns) ? turns : 0.0;
+// Takes whole turns off both angles until the start is in (-pi, pi].
+void takeTurnsOff(auto& arc) {
+    const double start = arc.startAngle(), end = arc.endAngle();
+    if ((0.0 <= start && start < end && end < fullTurn) || !(start > halfTurn)) return;
+    if (!std::isfinite(start)) return;
+    // Exact, where a difference of large numbers would leave the interval by rounding.
+    double reduced = std::remainder(start, fullTurn);
+    if (reduced == -halfTurn) reduced = halfTurn;
+    arc.startAngle(reduced);
+    arc.endAngle(end - (start - reduced));
+    arc.setDirty();
 }
 
 void printCircle(std::ostream& os, const auto& arc) {
@@ -123,12 +128,7 @@ EREntity::DISTMINRES ERArc2D::SignedMinimalDistance(const ERPoint2D&, double&) c
     return NoFootPoint;
 }
 
-void ERArc2D::normalized() {
-    if (const double turns = excessTurns(*this); turns != 0.0) {
-        setLimites(startAngle() - turns, endAngle() - turns);
-        setDirty();
-    }
-}
+void ERArc2D::normalized() { takeTurnsOff(*this); }
 
 void ERArc2D::reverse() { ERFiniteEntity2DWFBoundedWithAngle::reverse(); }
 
@@ -184,12 +184,7 @@ int ERArc3D::ProjectPoint(const ERPoint3D& p, ERVec<double>& parameters, double 
     return Arc2D().ProjectPoint(local(p).castToPoint2D(Coord3D::CoordZ), parameters, tol);
 }
 
-void ERArc3D::normalized() {
-    if (const double turns = excessTurns(*this); turns != 0.0) {
-        setLimites(startAngle() - turns, endAngle() - turns);
-        setDirty();
-    }
-}
+void ERArc3D::normalized() { takeTurnsOff(*this); }
 
 void ERArc3D::reverse() { ERFiniteEntity3DWFBoundedWithAngle::reverse(); }
 

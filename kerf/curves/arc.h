@@ -59,6 +59,8 @@ public:
                                ERVec<double>& parameters) const override;
     /// Appends the angle of the near foot of p when it lies within the bounds, ends included; the
     /// tolerance is unused. -1, with nothing appended, when p is the centre.
+    /// Kept: one angle is tried, in (-pi, pi], or in [0, 2 pi) when a bound exceeds pi. So an arc from
+    ///       -1 to 4 has no foot at its points before 0, one from -5 to 0 none at those before -pi.
     int ProjectPoint(const ERPoint2D& p, ERVec<double>& parameters, double tol) const override;
     /// Kept: through the entity an arc finds nothing and writes nothing; its circle would.
     EREntity::DISTMINRES SignedMinimalDistance(const ERPoint2D& p, double& distance) const override;

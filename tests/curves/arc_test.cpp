@@ -131,6 +131,15 @@ TEST(Arc2D, NormalizingTakesTurnsOff) {
     EXPECT_LE(many.first, pi);
     EXPECT_NEAR(std::remainder(many.first - 1000, 2 * pi), 0, 1e-12);
     EXPECT_NEAR(many.second - many.first, -10, 1e-12);
+    // The interval is met to the last bit about odd multiples of pi, too.
+    for (int odd = 3; odd < 2000; odd += 2) {
+        for (const double start : {std::nextafter(odd * pi, 0), odd * pi, odd * pi + 1e-12}) {
+            const auto turned = normalized(start, start - 1);
+            EXPECT_GT(turned.first, -pi) << odd;
+            EXPECT_LE(turned.first, pi) << odd;
+            EXPECT_NEAR(turned.first - turned.second, 1, 2e-12) << odd;
+        }
+    }
     normalized(1e300, 1e300);
     normalized(infinity, nan);
 }
@@ -142,7 +151,10 @@ TEST(Arc2D, FootIsTheNearOneWithinTheBounds) {
     EXPECT_DOUBLE_EQ(found[1], 1.5 * pi);
     EXPECT_EQ(arc.ProjectPoint(ERPoint2D(9, 1), found, 0), 2);
     EXPECT_EQ(arc.ProjectPoint(ERPoint2D(1, 1), found, 0), -1);
-    // Past a whole turn, only the angle of the first turn is tried.
+    // Bounds past pi hide the feet at negative angles, and only one turn is tried.
+    const ERArc2D wide(ERPoint2D(), 1, -1, 4);
+    EXPECT_EQ(wide.ProjectPoint(wide(-0.5) * 2.0, found, 0), 2);
+    EXPECT_EQ(ERArc2D(ERPoint2D(), 1, -5, 0).ProjectPoint(ERPoint2D(-1, 1), found, 0), 2);
     EXPECT_EQ(ERArc2D(ERPoint2D(), 1, 7, 8).ProjectPoint(ERPoint2D(1, 1), found, 0), 2);
     EXPECT_EQ(found.length(), 2u);
     ERVec<double> inSpace;
