@@ -22,8 +22,9 @@ KERF_EXPORT int Arc3Points(ERArc2D& arc, const ERPoint2D& p1, const ERPoint2D& p
 KERF_EXPORT int Arc3Points(ERArc3D& arc, const ERPoint3D& p1, const ERPoint3D& p2,
                            const ERPoint3D& p3);
 
-/// The counter-clockwise arc about c from a to b, starting in [-pi, pi]; with a flag other than 0 the
-/// clockwise one. Its radius is the mean of both distances; 0 when these differ by more than 1e-9.
+/// The counter-clockwise arc about c from a to b, starting in [-2 pi, pi] and ending before 2 pi;
+/// with a flag other than 0 the clockwise one, which is the reverse of that from b to a. Its radius is
+/// the mean of both distances; 0 when these differ by more than 1e-9.
 /// Kept: equal points give a whole turn, counter-clockwise from 0 whatever the flag and the points.
 KERF_EXPORT int Arc2PointsCenter(ERArc2D& arc, ERPoint2D a, ERPoint2D b, ERPoint2D c, int flag);
 

@@ -102,6 +102,14 @@ TEST(Arc2PointsCenter, RunsFromTheFirstToTheSecond) {
             EXPECT_EQ(clockwise.isDirect(), 0);
         }
     }
+    // An end at or past a whole turn takes a turn off both angles.
+    ERArc2D arc;
+    ASSERT_EQ(Arc2PointsCenter(arc, ERPoint2D(0, 1), ERPoint2D(1, 0), ERPoint2D(), 0), 1);
+    EXPECT_DOUBLE_EQ(arc.udeb(), -1.5 * pi);
+    EXPECT_EQ(arc.ufin(), 0);
+    ASSERT_EQ(Arc2PointsCenter(arc, ERPoint2D(0, 1), ERPoint2D(0, -1), ERPoint2D(), 0), 1);
+    EXPECT_DOUBLE_EQ(arc.udeb(), pi / 2);
+    EXPECT_DOUBLE_EQ(arc.ufin(), 1.5 * pi);
 }
 
 TEST(Arc2PointsCenter, EqualPointsGiveATurnAndUnequalRadiiNothing) {
