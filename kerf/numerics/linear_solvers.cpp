@@ -86,9 +86,12 @@ ERLUDecomp& ERLUDecomp::operator=(const ERMatrix<double>& a) {
 }
 
 void ERLUDecomp::factor() {
-    if (rowOrder_.length() != rows()) rowOrder_ = ERSimpleVec<int>(rows());
-    const int regular =
-        eliminate(data(), rows(), cols(), rowOrder_.data(), exchangeCount_, singularPivot);
+    int* order = shortOrder_;
+    if (rows() > fewRows) {
+        if (longOrder_.length() != rows()) longOrder_ = ERSimpleVec<int>(rows());
+        order = longOrder_.data();
+    }
+    const int regular = eliminate(data(), rows(), cols(), order, exchangeCount_, singularPivot);
     singular_ = regular == 0 ? 1 : 0;
 }
 
@@ -120,7 +123,7 @@ ERMatrix<double> ERLUDecomp::P() const {
     ERMatrix<double> p(rows(), rows());
     double* const elements = p.data();
     for (unsigned int i = 0; i < rows(); ++i)
-        elements[std::size_t{i} * rows() + static_cast<unsigned int>(rowOrder_[i])] = 1.0;
+        elements[std::size_t{i} * rows() + static_cast<unsigned int>(permutation()[i])] = 1.0;
     return p;
 }
 

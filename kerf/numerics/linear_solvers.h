@@ -25,7 +25,7 @@ public:
 
     int isSingular() const { return singular_; }
     /// The rows of P A = L U: row i of P A is row permutation()[i] of A. One entry per row.
-    const int* permutation() const { return rowOrder_.data(); }
+    const int* permutation() const { return rows() <= fewRows ? shortOrder_ : longOrder_.data(); }
     int exchanges() const { return exchangeCount_; }
     const ERMatrix<double>& original() const { return given_; }
 
@@ -42,8 +42,11 @@ private:
     void factor();
 
     ERMatrix<double> given_;
-    // A vector, so that factoring in a loop takes its memory from the thread's block cache.
-    ERSimpleVec<int> rowOrder_;
+    // The order of few rows lies in the object. That of more is a vector, so that factoring in a loop
+    // takes its memory from the thread's block cache.
+    static constexpr unsigned int fewRows = 6;
+    int shortOrder_[fewRows] = {};
+    ERSimpleVec<int> longOrder_;
     int singular_ = 0;
     int exchangeCount_ = 0;
 };

@@ -2,8 +2,13 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
+#include <bit>
 #include <cmath>
+#include <cstdint>
+#include <limits>
 #include <memory>
+#include <vector>
 
 #include "tests/numerics/vector_checks.h"
 
@@ -98,6 +103,58 @@ TEST(GaussPivot, ColumnsBeyondTheSquareAreSolvedInPlace) {
     const std::unique_ptr<int[]> owned(permutation);
     EXPECT_THAT(listOf(work.splitAtCol(4)), near(x, 1e-12));
     EXPECT_EQ(shared(3, 0), a(3, 0)) << "another owner of the elements keeps them";
+}
+
+// The bits of a matrix, with one bit pattern for all NaNs.
+std::vector<std::uint64_t> bitsOf(const Matrix& m) {
+    std::vector<std::uint64_t> bits;
+    for (const double value : listOf(m))
+        bits.push_back(std::isnan(value) ? ~std::uint64_t{0} : std::bit_cast<std::uint64_t>(value));
+    return bits;
+}
+
+// Square systems of some sizes have kernels of their own; one with its right-hand side beside it has
+// not, and takes the same steps.
+TEST(LU, KernelsOfFixedSizeGiveTheBitsOfTheGeneralOne) {
+    const double inf = std::numeric_limits<double>::infinity();
+    const double special[] = {0.0, -0.0, 1.0, -1.0, 1e-20, 1e-21, 1e300, inf, std::nan("")};
+    std::mt19937 random(5);
+    for (int trial = 0; trial < 4000; ++trial) {
+        const unsigned int n = 1 + random() % 8;
+        SCOPED_TRACE(testing::Message() << "seed 5, trial " << trial << ", size " << n);
+        Matrix a = randomMatrix(random, n, n);
+        // In half of the trials, so that pivots tie and systems are singular or hold NaNs.
+        for (unsigned int i = 0; trial % 2 == 1 && i < n * n; ++i)
+            if (random() % 3 == 0) a(i / n, i % n) = special[random() % (trial % 4 == 1 ? 5 : 9)];
+        const Matrix b = randomMatrix(random, n, 1);
+
+        Matrix general(a);
+        general.insertCol(n, b);
+        int* order = nullptr;
+        int exchanges = -1;
+        const int regular = MatriceGaussPivot(general, order, exchanges, 1e-20);
+        const std::unique_ptr<int[]> owned(order);
+        const Matrix solution = general.splitAtCol(n);
+        const ERLUDecomp lu(a);
+        EXPECT_EQ(lu.isSingular(), 1 - regular);
+        EXPECT_EQ(lu.exchanges(), exchanges);
+        EXPECT_TRUE(std::equal(order, order + n, lu.permutation()));
+        EXPECT_EQ(bitsOf(lu), bitsOf(general));
+        if (regular == 0) continue;
+        EXPECT_EQ(bitsOf(Matrix(solve(lu, b.asVector()), n, 1)), bitsOf(solution));
+    }
+}
+
+TEST(LU, CopiesAndReassignedDecompositionsHaveTheOrderOfTheirRows) {
+    std::mt19937 random(7);
+    ERLUDecomp lu{Matrix()}, copy{Matrix()};
+    for (const unsigned int n : {3u, 9u, 6u, 7u, 2u}) {
+        const Matrix a = randomMatrix(random, n, n);
+        lu = a;
+        copy = lu;
+        lu = randomMatrix(random, n, n);
+        EXPECT_THAT(listOf(productOf(copy.L(), copy.U())), near(productOf(copy.P(), a), 1e-14));
+    }
 }
 
 TEST(LU, ShapesThatHaveNoSquareSolutionAreDefined) {

@@ -95,13 +95,13 @@ public:
         system_.fprime(static_cast<const double*>(x_), derivative_);
         std::copy_n(derivative_, N * N, factors_);
         int exchanges = 0;
-        return eliminate(factors_, N, N, order_, exchanges, singularPivot) != 0;
+        return eliminate<N>(factors_, order_, exchanges, singularPivot) != 0;
     }
     double derivativeNorm() const { return norm(derivative_, N * N); }
     void step() {
         double step[N];
         for (unsigned int i = 0; i < N; ++i) step[i] = residual_[order_[i]];
-        substitute(factors_, N, N, step);
+        substitute<N>(factors_, step);
         moveAlong(former_, -1.0, step, x_, N);
     }
     double stepLength() const { return distance(x_, former_, N); }
