@@ -8,6 +8,7 @@
 #include <optional>
 #include <utility>
 
+#include "kerf/numerics/internal/elimination.h"
 #include "kerf/numerics/internal/newton_iteration.h"
 #include "kerf/numerics/linear_solvers.h"
 #include "kerf/numerics/vector_arithmetic.h"
@@ -131,6 +132,42 @@ bool isSteep(double f, double derivative, double epsilon) {
            std::fabs(f) * epsilon <= std::fabs(derivative);
 }
 
+// The factored derivative: ERLUDecomp without its vectors for few unknowns.
+class Factors {
+public:
+    // False when the derivative is singular.
+    bool factor(const ERMatrix<double>& derivative) {
+        n_ = derivative.rows() == derivative.cols() ? derivative.rows() : 0;
+        if (n_ == 0 || n_ > fewUnknowns) {
+            n_ = 0;
+            many_.emplace(derivative);
+            return !many_->isSingular();
+        }
+        std::copy_n(derivative.data(), std::size_t{n_} * n_, few_);
+        int exchanges = 0;
+        return eliminate(few_, n_, n_, order_, exchanges, singularPivot) != 0;
+    }
+
+    ERVec<double> solve(const ERVec<double>& right) const {
+        if (n_ == 0) return kerf::solve(*many_, right);
+        KERF_CHECK_ARGUMENT(right.length() >= n_);
+        double x[fewUnknowns];
+        for (unsigned int i = 0; i < n_; ++i) {
+            const auto from = static_cast<unsigned int>(order_[i]);
+            x[i] = from < right.length() ? right[from] : 0.0;
+        }
+        substitute(few_, n_, n_, x);
+        return ERVec<double>(x, n_);
+    }
+
+private:
+    static constexpr unsigned int fewUnknowns = 6;
+    unsigned int n_ = 0;  // of few_; 0 when many_ counts
+    double few_[fewUnknowns * fewUnknowns];
+    int order_[fewUnknowns];
+    std::optional<ERLUDecomp> many_;
+};
+
 // The storage of newton::iterate on vectors of the library. The vectors are those of a solver, which
 // a problem may look at while the iteration runs.
 class VectorStorage {
@@ -146,13 +183,12 @@ public:
     }
     bool factor() {
         jacobian_ = problem_.fprime(x_);
-        factors_.emplace(jacobian_);
-        return !factors_->isSingular();
+        return factors_.factor(jacobian_);
     }
     double derivativeNorm() const { return norm(jacobian_); }
     // The solution d of J d = residual.
     ERVec<double> solution() const {
-        ERVec<double> d = solve(*factors_, residual_);
+        ERVec<double> d = factors_.solve(residual_);
         KERF_CHECK_ARGUMENT(d.length() == x_.length());
         return d;
     }
@@ -169,7 +205,7 @@ private:
     ERVec<double>& former_;
     ERVec<double>& residual_;
     ERMatrix<double>& jacobian_;
-    std::optional<ERLUDecomp> factors_;
+    Factors factors_;
 };
 
 // Cycle detection. Where the tolerance is below the rounding of f, the iterates end up repeating a
