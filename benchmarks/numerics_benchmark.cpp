@@ -1,10 +1,11 @@
 // Dense solvers, roots, transformations and the best fit, against Eigen and against the plain loop.
-// Eigen is used in its dynamic sizes, since the sizes of these systems come with the data.
+// Eigen is used in its dynamic sizes where the sizes of the systems come with the data.
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <complex>
 #include <random>
 #include <utility>
 #include <vector>
@@ -12,6 +13,7 @@
 #include "kerf/numerics/complex_roots.h"
 #include "kerf/numerics/constants.h"
 #include "kerf/numerics/eigen.h"
+#include "kerf/numerics/internal/elimination.h"
 #include "kerf/numerics/linear_solvers.h"
 #include "kerf/processing/best_fit.h"
 #include "kerf/values/polynomial.h"
@@ -90,6 +92,45 @@ void SolveLinearSystemByEigen(benchmark::State& state) {
     }
 }
 BENCHMARK(SolveLinearSystemByEigen)->Arg(3)->Arg(6)->Arg(20);
+#endif
+
+// The same in arrays, with the size known when compiling.
+
+template <unsigned int n>
+void SolveLinearSystemInArrays(benchmark::State& state) {
+    const LinearSystem system(n);
+    for (auto _ : state) {
+        double factors[n * n], x[n];
+        int order[n], exchanges = 0;
+        std::copy_n(system.matrix.asVector().data(), n * n, factors);
+        benchmark::DoNotOptimize(
+            kerf::eliminate<n>(factors, order, exchanges, kerf::singularPivot));
+        for (unsigned int i = 0; i < n; ++i)
+            x[i] = system.right[static_cast<unsigned int>(order[i])];
+        kerf::substitute<n>(factors, x);
+        benchmark::DoNotOptimize(x);
+    }
+}
+BENCHMARK_TEMPLATE(SolveLinearSystemInArrays, 3);
+BENCHMARK_TEMPLATE(SolveLinearSystemInArrays, 6);
+
+#ifdef KERF_HAS_EIGEN
+template <int n>
+void SolveFixedLinearSystemByEigen(benchmark::State& state) {
+    const LinearSystem system(n);
+    const Eigen::Matrix<double, n, n> matrix =
+        Eigen::Map<const Eigen::Matrix<double, n, n, Eigen::RowMajor>>(
+            system.matrix.asVector().data());
+    const Eigen::Matrix<double, n, 1> right =
+        Eigen::Map<const Eigen::Matrix<double, n, 1>>(system.right.data());
+    for (auto _ : state) {
+        const Eigen::PartialPivLU<Eigen::Matrix<double, n, n>> lu(matrix);
+        Eigen::Matrix<double, n, 1> x = lu.solve(right);
+        benchmark::DoNotOptimize(x);
+    }
+}
+BENCHMARK_TEMPLATE(SolveFixedLinearSystemByEigen, 3);
+BENCHMARK_TEMPLATE(SolveFixedLinearSystemByEigen, 6);
 #endif
 
 // Symmetric eigensystems: values in ascending order, and vectors. The solver is made once.
@@ -419,6 +460,49 @@ void RealRootsBetweenExtrema(benchmark::State& state) {
                             ERVec<double>& roots) { roots = Zeros(p, limits); });
 }
 BENCHMARK(RealRootsBetweenExtrema)->Arg(3)->Arg(6)->Arg(12);
+
+// The roots of T + 2, with T a Chebyshev polynomial, lie on an ellipse. Of an even degree
+// none is real.
+std::vector<double> polynomialWithoutRealRoots(int degree) {
+    std::vector<double> c = chebyshev(degree);
+    c[0] += 2.0;
+    return c;
+}
+
+void RootsOffTheAxis(benchmark::State& state) {
+    const int degree = static_cast<int>(state.range(0));
+    const std::vector<double> c = polynomialWithoutRealRoots(degree);
+    std::vector<double> re(c.size()), im(c.size()), work(c.size());
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(kerf::complexRoots(c.data(), static_cast<unsigned int>(degree),
+                                                    1e-9, 80, re.data(), im.data(), work.data()));
+        benchmark::ClobberMemory();
+    }
+    // Of each root z there is T(z) = cos(n acos z).
+    double error = 0.0;
+    for (int i = 0; i < degree; ++i) {
+        const std::complex<double> z(re[static_cast<std::size_t>(i)],
+                                     im[static_cast<std::size_t>(i)]);
+        error = std::max(error, std::abs(std::cos(std::acos(z) * double(degree)) + 2.0));
+    }
+    countError(state, error);
+}
+BENCHMARK(RootsOffTheAxis)->Arg(6)->Arg(12);
+
+#ifdef KERF_HAS_EIGEN
+void RootsOffTheAxisByEigen(benchmark::State& state) {
+    const std::vector<double> c = polynomialWithoutRealRoots(static_cast<int>(state.range(0)));
+    const Eigen::VectorXd coefficients =
+        Eigen::Map<const Eigen::VectorXd>(c.data(), static_cast<Eigen::Index>(c.size()));
+    Eigen::PolynomialSolver<double, Eigen::Dynamic> solver;
+    for (auto _ : state) {
+        solver.compute(coefficients);
+        benchmark::DoNotOptimize(solver.roots().data());
+        benchmark::ClobberMemory();
+    }
+}
+BENCHMARK(RootsOffTheAxisByEigen)->Arg(6)->Arg(12);
+#endif
 
 void ComplexRoots(benchmark::State& state) {
     const int degree = static_cast<int>(state.range(0));
