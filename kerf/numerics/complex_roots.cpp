@@ -41,6 +41,44 @@ Complex product(const Complex& a, const Complex& b) {
     return {a.real() * b.real() - a.imag() * b.imag(), a.real() * b.imag() + a.imag() * b.real()};
 }
 
+// A number whose square has its modulus in this range, and the product of two such numbers, neither
+// overflow nor lose digits to underflow.
+constexpr double smallestSquare = 1e-280;
+constexpr double largestSquare = 1e300;
+bool isInRange(double square) { return square >= smallestSquare && square <= largestSquare; }
+
+// What the standard functions and operators compute, within a rounding or two. Those cost a call,
+// which only numbers out of range need. While the roots are real, so are most operands.
+
+double modulus(double a) { return std::fabs(a); }
+double modulus(const Complex& a) {
+    if (a.imag() == 0.0) return std::fabs(a.real());
+    const double square = std::norm(a);
+    return isInRange(square) ? std::sqrt(square) : std::abs(a);
+}
+
+double quotient(double a, double b) { return a / b; }
+Complex quotient(const Complex& a, const Complex& b) {
+    if (b.imag() == 0.0) return a / b.real();
+    const double square = std::norm(b);
+    if (!isInRange(square) || !isInRange(std::norm(a))) return a / b;
+    return product(a, std::conj(b)) / square;
+}
+
+Complex squareRoot(const Complex& a) {
+    if (a.imag() == 0.0) {
+        const double root = std::sqrt(std::fabs(a.real()));
+        if (a.real() >= 0.0) return {root, a.imag()};
+        return {0.0, std::copysign(root, a.imag())};
+    }
+    const double square = std::norm(a);
+    if (!isInRange(square)) return std::sqrt(a);
+    const double larger = std::sqrt(0.5 * (std::sqrt(square) + std::fabs(a.real())));
+    const double other = 0.5 * std::fabs(a.imag()) / larger;
+    if (a.real() >= 0.0) return {larger, std::copysign(other, a.imag())};
+    return {other, std::copysign(larger, a.imag())};
+}
+
 double magnitude(double a) { return std::fabs(a); }
 // At least the modulus, at most 1.5 times it.
 double magnitude(const Complex& a) { return std::fabs(a.real()) + std::fabs(a.imag()); }
@@ -62,7 +100,7 @@ struct LocalForm {
 template <class Number>
 LocalForm<Number> horner(const double* c, std::ptrdiff_t next, const Coefficients& p,
                          const Number& x) {
-    const double modulus = std::abs(x);
+    const double distance = modulus(x);
     Number f(*c * p.scale);
     Number d(0.0);
     Number e(0.0);
@@ -72,10 +110,10 @@ LocalForm<Number> horner(const double* c, std::ptrdiff_t next, const Coefficient
         e = product(e, x) + d;
         d = product(d, x) + f;
         f = product(f, x) + *c * p.scale;
-        noise = noise * modulus + magnitude(f);
+        noise = noise * distance + magnitude(f);
     }
-    const Number g = d / f;
-    return {g, product(g, g) - 2.0 * (e / f), std::abs(f),
+    const Number g = quotient(d, f);
+    return {g, product(g, g) - 2.0 * quotient(e, f), modulus(f),
             noise * 2 * std::numeric_limits<double>::epsilon()};
 }
 
@@ -84,9 +122,9 @@ LocalForm<Number> horner(const double* c, std::ptrdiff_t next, const Coefficient
 template <class Number>
 LocalForm<Number> localForm(const Coefficients& p, const Number& x) {
     const double n = p.degree;
-    if (n * (std::ilogb(std::abs(x)) + 1.0) < largestExponent)
+    if (n * (std::ilogb(modulus(x)) + 1.0) < largestExponent)
         return horner(p.c + p.degree, -1, p, x);
-    const Number w = 1.0 / x;
+    const Number w = quotient(Number(1.0), x);
     LocalForm<Number> form = horner(p.c, 1, p, w);
     const Number wg = product(w, form.g);
     form.h = product(product(w, w), n - 2.0 * wg + product(product(w, w), form.h));
@@ -114,13 +152,13 @@ bool laguerre(const Coefficients& p, double tolerance, double maxIterations, Com
     for (int iteration = 1; iteration <= maxIterations; ++iteration) {
         const LocalForm<Complex> form = complexForm(p, z);
         if (form.isRoot()) return true;
-        const Complex root = std::sqrt((n - 1) * (n * form.h - product(form.g, form.g)));
+        const Complex root = squareRoot((n - 1) * (n * form.h - product(form.g, form.g)));
         const Complex plus = form.g + root;
         const Complex minus = form.g - root;
         const Complex divisor = std::norm(plus) > std::norm(minus) ? plus : minus;
         Complex step;
         if (divisor != 0.0) {
-            step = n / divisor;
+            step = quotient(Complex(n), divisor);
         } else {
             // No direction is better than another, as at 0 for x^n - a. The step leads to the
             // geometric mean of the distances of all roots.
@@ -133,7 +171,7 @@ bool laguerre(const Coefficients& p, double tolerance, double maxIterations, Com
                                    std::size(shortenedSteps)];
         const Complex from = std::exchange(z, z - step);
         if (!isFinite(z)) return false;
-        if (z == from || std::abs(step) <= tolerance * std::abs(z)) return true;
+        if (z == from || modulus(step) <= tolerance * modulus(z)) return true;
     }
     return false;
 }

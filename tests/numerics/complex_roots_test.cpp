@@ -104,6 +104,13 @@ TEST(ComplexRoots, RootsOfAnyMagnitudeAreFound) {
     for (const double r : {1e-40, 1e-10, 1e10, 1e40})
         EXPECT_LE(worstMiss({r, -r, {0, r}, {0, -r}}, find({-std::pow(r, 4), 0, 0, 0, 1})),
                   1e-14 * r);
+    // Those near the ends have squares that overflow on the way.
+    for (int exponent = -100; exponent <= 100; ++exponent) {
+        const double r = std::pow(10.0, exponent);
+        EXPECT_LE(worstMiss({2 * r, {r, r}, {r, -r}}, find({-4 * r * r * r, 6 * r * r, -4 * r, 1})),
+                  1e-14 * r)
+            << r;
+    }
 }
 
 // Roots of random polynomials lie about the unit circle. Each has to be one to within rounding:
