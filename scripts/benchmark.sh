@@ -2,10 +2,11 @@
 # Builds the benchmarks and runs them. usage: scripts/benchmark.sh [NAME...]   (default: all)
 set -euo pipefail
 cd "$(dirname "$0")/.."
-scripts/install_packages.sh cmake ninja-build g++ libbenchmark-dev libsqlite3-dev libeigen3-dev
+scripts/install_packages.sh cmake ninja-build g++ libbenchmark-dev libsqlite3-dev libeigen3-dev \
+    libsisl-dev libocct-modeling-data-dev
 cmake --preset benchmark >/dev/null
 cmake --build --preset benchmark
-[ $# -gt 0 ] || set -- vectors lists numerics disk_btree database
+[ $# -gt 0 ] || set -- vectors lists numerics curves disk_btree database
 for name in "$@"; do
     "build/benchmark/benchmarks/${name}_benchmark" --benchmark_min_time=0.2
 done

@@ -14,47 +14,68 @@ constexpr double finestLength = 1e-8;
 constexpr double rounding = 1e-15;  // of the polygon
 constexpr unsigned int maxHalvings = 60;
 
+// Whether the mean of the chord and the polygon is the length. Each pole is divided by its weight once.
 template <unsigned int Dim, bool Rational>
-inline double distanceOf(const double* a, const double* b) {
+inline bool isSettled(const double* poles, unsigned int n, double tol, unsigned int depth,
+                      double& mean) {
     constexpr unsigned int axes = Rational ? Dim - 1 : Dim;
-    double sum = 0.0;
-    for (unsigned int k = 0; k < axes; ++k) {
-        const double step = Rational ? b[k] / b[axes] - a[k] / a[axes] : b[k] - a[k];
-        sum += step * step;
-    }
-    return std::sqrt(sum);
-}
-
-// Whether the mean of the chord and the polygon, written to `mean`, is the length.
-template <unsigned int Dim, bool Rational>
-bool isSettled(const double* poles, unsigned int n, double tol, unsigned int depth, double& mean) {
-    double polygon = 0.0;
-    for (unsigned int i = 1; i < n; ++i) {
+    double first[axes], former[axes];
+    double polygon = 0.0, square = 0.0;
+    for (unsigned int i = 0; i < n; ++i) {
         const double* const pole = poles + std::size_t{i} * Dim;
-        polygon += distanceOf<Dim, Rational>(pole - Dim, pole);
+        const double scale = Rational ? 1.0 / pole[axes] : 1.0;
+        double side = 0.0;
+        square = 0.0;
+        for (unsigned int k = 0; k < axes; ++k) {
+            const double c = Rational ? pole[k] * scale : pole[k];
+            if (i == 0) first[k] = former[k] = c;
+            side += (c - former[k]) * (c - former[k]);
+            square += (c - first[k]) * (c - first[k]);
+            former[k] = c;
+        }
+        polygon += std::sqrt(side);
     }
-    const double chord = distanceOf<Dim, Rational>(poles, poles + (std::size_t{n} - 1) * Dim);
+    const double chord = std::sqrt(square);
     mean = (polygon + chord) * 0.5;
     return tol < finestLength || depth == maxHalvings ||
            !(polygon - chord > std::max(tol, rounding * polygon));
+}
+
+// The length of poles that are not settled. Both halves are looked at before one is gone into, since
+// the two do not wait for each other. Count is n, or 0 for any n.
+template <unsigned int Dim, bool Rational, unsigned int Count>
+double halvedLength(const double* poles, unsigned int anyCount, double tol, unsigned int depth) {
+    const unsigned int n = Count > 0 ? Count : anyCount;
+    const std::size_t size = std::size_t{n} * Dim;
+    Scratch<2 * Dim*(Count > 0 ? Count : degreeOnStack + 1)> halves(2 * size);
+    double* const left = halves.data();
+    double* const right = left + size;
+    std::copy_n(poles, size, right);
+    for (unsigned int level = 0; level < n; ++level) {
+        for (unsigned int k = 0; k < Dim; ++k) left[level * Dim + k] = right[k];
+        for (unsigned int k = 0; k < (n - 1 - level) * Dim; ++k)
+            right[k] = right[k] * 0.5 + right[k + Dim] * 0.5;
+    }
+    double first = 0.0, second = 0.0;
+    const bool firstSettled = isSettled<Dim, Rational>(left, n, tol * 0.5, depth + 1, first);
+    const bool secondSettled = isSettled<Dim, Rational>(right, n, tol * 0.5, depth + 1, second);
+    if (!firstSettled) first = halvedLength<Dim, Rational, Count>(left, n, tol * 0.5, depth + 1);
+    if (!secondSettled) second = halvedLength<Dim, Rational, Count>(right, n, tol * 0.5, depth + 1);
+    return first + second;
 }
 
 template <unsigned int Dim, bool Rational>
 double lengthOf(const double* poles, unsigned int n, double tol, unsigned int depth) {
     double mean = 0.0;
     if (isSettled<Dim, Rational>(poles, n, tol, depth, mean)) return mean;
-    const std::size_t size = std::size_t{n} * Dim;
-    Scratch<2 * Dim*(degreeOnStack + 1)> halves(2 * size);
-    double* const left = halves.data();
-    double* const right = left + size;
-    std::copy_n(poles, size, right);
-    for (std::size_t last = size; last > 0; last -= Dim) {
-        for (unsigned int k = 0; k < Dim; ++k) left[size - last + k] = right[k];
-        for (std::size_t k = 0; k + Dim < last; ++k)
-            right[k] = right[k] * 0.5 + right[k + Dim] * 0.5;
+    switch (n) {
+        case 3:
+            return halvedLength<Dim, Rational, 3>(poles, n, tol, depth);
+        case 4:
+            return halvedLength<Dim, Rational, 4>(poles, n, tol, depth);
+        default:
+            return halvedLength<Dim, Rational, 0>(poles, n, tol, depth);
     }
-    return lengthOf<Dim, Rational>(left, n, tol * 0.5, depth + 1) +
-           lengthOf<Dim, Rational>(right, n, tol * 0.5, depth + 1);
 }
 
 template <unsigned int Dim>
