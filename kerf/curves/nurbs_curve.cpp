@@ -171,26 +171,18 @@ void NurbsCurve<Space>::dropUnfit() {
 // The spans.
 
 template <class Space>
-unsigned int NurbsCurve<Space>::KeptSpans::find(double u) const {
+inline unsigned int NurbsCurve<Space>::KeptSpans::find(double u) const {
     const auto n = static_cast<unsigned int>(knots.size());
-    if (!(u >= starts[1])) return 0;
-    if (u >= starts[n - 1]) return n - 1;
-    const auto bucket = static_cast<unsigned int>((u - starts[0]) * bucketsPerUnit);
-    const auto bound = static_cast<unsigned int>(buckets.size()) - 2;
-    unsigned int low = buckets[std::min(bucket, bound)];
-    unsigned int high = buckets[std::min(bucket, bound) + 1];
-    // Rounding may have put u into the neighbour of its bucket.
-    while (low > 0 && u < starts[low]) --low;
-    while (high + 1 < n && u >= starts[high + 1]) ++high;
-    while (low < high) {
-        const unsigned int middle = (low + high + 1) / 2;
-        if (u >= starts[middle]) {
-            low = middle;
-        } else {
-            high = middle - 1;
-        }
-    }
-    return low;
+    const double at = std::max(0.0, (u - starts[0]) * bucketsPerUnit);  // 0 for a NaN
+    const double limit = static_cast<double>(buckets.size() - 1);
+    unsigned int span = buckets[static_cast<unsigned int>(std::min(at, limit))];
+    if (span + 1 < n && u >= starts[span + 1]) ++span;
+    const bool within =
+        (u >= starts[span] || span == 0) && (!(u >= starts[span + 1]) || span + 1 == n);
+    if (within) return span;
+    // Several spans in a bucket, or rounding that put u into the neighbour of its own.
+    const auto next = std::upper_bound(starts.begin() + 1, starts.end() - 1, u);
+    return std::isnan(u) ? 0 : static_cast<unsigned int>(next - starts.begin()) - 1;
 }
 
 template <class Space>
@@ -206,18 +198,17 @@ typename NurbsCurve<Space>::KeptSpans& NurbsCurve<Space>::spans() const {
         if (!(knots[i] < knots[i + 1]) || !std::isfinite(inverse)) continue;
         kept.knots.push_back(i);
         kept.starts.push_back(knots[i]);
-        kept.inverses.push_back(inverse);
     }
     kept.starts.push_back(knots[end]);
     const auto n = static_cast<unsigned int>(kept.knots.size());
     if (n == 0) return kept;
-    kept.made.assign(n, 0);
-    kept.poles.resize(std::size_t{n} * (p + 1) * KeptSpans::dimension);
+    kept.recordLength = KeptSpans::headOfRecord + std::size_t{p + 1} * KeptSpans::dimension;
+    kept.records.resize(n * kept.recordLength);
 
     const unsigned int count = 2 * n;
     const double length = kept.starts[n] - kept.starts[0];
     kept.bucketsPerUnit = std::isfinite(count / length) ? count / length : 0.0;
-    kept.buckets.resize(count + 1, n - 1);
+    kept.buckets.resize(count);
     unsigned int span = 0;
     for (unsigned int i = 0; i < count; ++i) {
         const double start = kept.starts[0] + length * i / count;
@@ -228,41 +219,43 @@ typename NurbsCurve<Space>::KeptSpans& NurbsCurve<Space>::spans() const {
 }
 
 template <class Space>
-const double* NurbsCurve<Space>::makeSpan(KeptSpans& kept, unsigned int span) const {
-    constexpr unsigned int dim = KeptSpans::dimension;
-    const unsigned int p = degree();
-    double* const to = &kept.poles[std::size_t{span} * (p + 1) * dim];
-    if (!kept.made[span]) {
-        spline::bezierPolesOfSpan(spline::doubles(poles_.data()), dim, knots_.data(), p,
-                                  kept.knots[span], to);
-        kept.made[span] = 1;
+const double* NurbsCurve<Space>::findRecord(double u) const {
+    if (poles_.length() == 0) return nullptr;
+    KeptSpans& kept = spans();
+    if (kept.records.empty()) return nullptr;
+    const unsigned int span = kept.find(u);
+    double* const record = &kept.records[span * kept.recordLength];
+    if (record[2] == 0.0) {
+        const unsigned int knot = kept.knots[span];
+        record[0] = kept.starts[span];
+        record[1] = kept.starts[span + 1];
+        record[2] = 1.0 / (knots_[knot + 1] - knots_[knot]);
+        spline::bezierPolesOfSpan(spline::doubles(poles_.data()), KeptSpans::dimension,
+                                  knots_.data(), knots_.degree(), knot,
+                                  record + KeptSpans::headOfRecord);
     }
-    return to;
+    return kept.last = record;
 }
 
 template <class Space>
-const double* NurbsCurve<Space>::spanPolesAt(KeptSpans& kept, double u, double& t,
-                                             double& inverse) const {
-    unsigned int span = kept.last;
-    if (!(u >= kept.starts[span] && u < kept.starts[span + 1])) {
-        span = kept.find(u);
-        kept.last = span;
-    }
-    inverse = kept.inverses[span];
-    // The last parameter is exactly 1, whatever the product rounds to.
-    t = u == kept.starts[span + 1] ? 1.0 : (u - kept.starts[span]) * inverse;
-    return makeSpan(kept, span);
+inline const double* NurbsCurve<Space>::recordAt(double u) const {
+    const double* const last = keptSpans_->last;
+    return last != nullptr && u >= last[0] && u < last[1] ? last : findRecord(u);
+}
+
+// The ratio of u in the span of a record. The last parameter is exactly 1, whatever the product rounds
+// to.
+inline double ratioIn(const double* record, double u) {
+    return u == record[1] ? 1.0 : (u - record[0]) * record[2];
 }
 
 template <class Space>
 typename Space::Pole NurbsCurve<Space>::CalOnNurbs_H(double u) const {
-    if (poles_.length() == 0) return Pole();
-    KeptSpans& kept = spans();
-    if (kept.knots.empty()) return poles_.first();
-    double t, inverse;
-    const double* const poles = spanPolesAt(kept, u, t, inverse);
+    const double* const record = recordAt(u);
+    if (record == nullptr) return poles_.length() == 0 ? Pole() : poles_.first();
     Pole value;
-    valueOf<KeptSpans::dimension>(poles, degree() + 1, t, spline::doubles(&value));
+    valueOf<KeptSpans::dimension>(record + KeptSpans::headOfRecord, knots_.degree() + 1,
+                                  ratioIn(record, u), spline::doubles(&value));
     return value;
 }
 
@@ -282,18 +275,17 @@ template <class Space>
 typename Space::InfoPoint NurbsCurve<Space>::PtCur(double u) const {
     using Vector = typename Space::Vector;
     constexpr unsigned int dim = KeptSpans::dimension;
-    typename Space::InfoPoint info;
-    info.parameter() = u;
-    if (poles_.length() == 0) return info;
-    KeptSpans& kept = spans();
-    if (kept.knots.empty()) {
-        info.point() = poles_.first().castToPoint();
+    const double* const record = recordAt(u);
+    if (record == nullptr) {
+        typename Space::InfoPoint info;
+        info.parameter() = u;
+        if (poles_.length() > 0) info.point() = poles_.first().castToPoint();
         return info;
     }
-    double t, inverse;
-    const double* const poles = spanPolesAt(kept, u, t, inverse);
+    const double inverse = record[2];
     double value[dim], first[dim], second[dim];
-    evaluateSpan<dim>(poles, degree() + 1, t, value, first, second);
+    evaluateSpan<dim>(record + KeptSpans::headOfRecord, knots_.degree() + 1, ratioIn(record, u),
+                      value, first, second);
     // C = A / w, C' = (A' - w' C) / w, C'' = (A'' - 2 w' C' - w'' C) / w.
     constexpr unsigned int w = dim - 1;
     const double inverseWeight = 1.0 / value[w];
@@ -307,10 +299,8 @@ typename Space::InfoPoint NurbsCurve<Space>::PtCur(double u) const {
         bend[k] = (second[k] * secondScale - 2.0 * slopeOfWeight * slope[k] - bendOfWeight * c) *
                   inverseWeight;
     }
-    info.point() = pointOf(value, inverseWeight, Point());
-    info.tangente() = Vector(Space::point(slope));
-    info.secondDerivative() = Vector(Space::point(bend));
-    return info;
+    return typename Space::InfoPoint(u, 1, pointOf(value, inverseWeight, Point()),
+                                     Vector(Space::point(slope)), Vector(Space::point(bend)));
 }
 
 template <class Space>

@@ -119,25 +119,26 @@ private:
     int attach(const Curve& other, double tol, int flag, bool atEnd);
     static void join(Curve& before, Curve& after, bool sharePole);
 
-    // The spans that are not empty, in order, and of those that were asked for their Bézier poles.
+    // The spans that are not empty, in order, each with a record: its first parameter and that of the
+    // next, one over its length (0 before its poles are made), then its Bézier poles.
     struct KeptSpans {
         static constexpr unsigned int dimension = Space::dimension + 1;
+        static constexpr unsigned int headOfRecord = 3;
 
         std::vector<unsigned int> knots;  // where each begins in the knot vector
         std::vector<double> starts;       // its first parameter, and at the end the last one of all
-        std::vector<double> inverses;     // one over its length
         std::vector<unsigned int> buckets;  // the span at equal steps of the parameter
         double bucketsPerUnit = 0.0;
-        std::vector<char> made;
-        std::vector<double> poles;  // (degree + 1) * dimension of each
-        unsigned int last = 0;
+        std::vector<double> records;
+        std::size_t recordLength = 0;
+        const double* last = nullptr;  // the record asked for last
 
         unsigned int find(double u) const;
     };
     KeptSpans& spans() const;
-    // The Bézier poles of a span of that list, and the parameter in it.
-    const double* spanPolesAt(KeptSpans& kept, double u, double& t, double& inverse) const;
-    const double* makeSpan(KeptSpans& kept, unsigned int span) const;
+    // The record for a parameter; null for a curve without spans.
+    const double* recordAt(double u) const;
+    const double* findRecord(double u) const;
 
     mutable Cached<KeptSpans> keptSpans_;
 };
