@@ -3,7 +3,7 @@
 #include <initializer_list>
 #include <iosfwd>
 #include <iterator>
-#include <ranges>
+#include <type_traits>
 
 #include "kerf/numerics/slice.h"
 #include "kerf/numerics/vector_rep.h"
@@ -47,8 +47,10 @@ concept HasSum = requires(T sum, const T& value) {
 template <class Range, class T>
 concept ElementRange =
     !std::derived_from<std::remove_cvref_t<Range>, ERSimpleVec<T>> &&
-    !std::same_as<std::remove_cvref_t<Range>, ERSlice<T>> && std::ranges::input_range<Range> &&
-    std::convertible_to<std::ranges::range_reference_t<Range>, T>;
+    !std::same_as<std::remove_cvref_t<Range>, ERSlice<T>> && requires(Range & range) {
+    { *std::begin(range) } -> std::convertible_to<T>;
+    std::begin(range) != std::end(range);
+};
 
 /// A shared array of T.
 ///
@@ -290,8 +292,8 @@ ERFile& operator>>(ERFile& file, ERSimpleVec2<T>& grid) = delete;
 template <class T>
 template <ElementRange<T> Range>
 ERVec<T>::ERVec(Range&& values) {
-    if constexpr (std::ranges::sized_range<Range>)
-        this->capacity(static_cast<unsigned int>(std::ranges::size(values)));
+    if constexpr (requires { std::size(values); })
+        this->capacity(static_cast<unsigned int>(std::size(values)));
     for (auto&& value : values) this->append(static_cast<T>(value));
 }
 

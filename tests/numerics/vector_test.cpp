@@ -115,7 +115,7 @@ TEST(Vec, IsMadeOfAListOrARange) {
     std::istringstream numbers("1 2.5 3");
     EXPECT_TRUE(ERVec<double>(std::ranges::subrange(std::istream_iterator<double>(numbers),
                                                     std::istream_iterator<double>())) == listed);
-    EXPECT_EQ(ERVec<double>(ERVec<double>(listed)).data(), listed.data());  // a copy shares
+    EXPECT_EQ(ERVec<double>(ERVec<double>(listed)).block(), listed.block());  // a copy shares
     ERVec<double> assigned(5);
     assigned = {4};
     EXPECT_EQ(assigned.length(), 1u);

@@ -288,6 +288,7 @@ TEST_F(ObjectDataBase, WhatIsNoDatabaseIsRefusedAndLeftAlone) {
 TEST_F(ObjectDataBase, ARefusalNamesItsReason) {
     std::string told;
     setDebugTextSink([&](const char* text) { told += text; });
+    told.clear();  // what was kept for the first sink
     ERObjectDataBase base;
     const auto expectRefusal = [&](OpenFailure reason, const std::string& text) {
         told.clear();
@@ -335,6 +336,7 @@ TEST_F(ObjectDataBase, AnUnknownClassIsToldFromAMissingNumber) {
     OpenedBase base(place, 1);
     std::string told;
     setDebugTextSink([&](const char* text) { told += text; });
+    told.clear();  // what was kept for the first sink
     EXPECT_TRUE(!base.RetrieveAndCreate(2));
     EXPECT_EQ(told, "");
     EXPECT_TRUE(!base.RetrieveAndCreate(1));
