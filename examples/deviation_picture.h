@@ -5,18 +5,19 @@
 #include <cstddef>
 #include <cstdio>
 #include <fstream>
+#include <numeric>
 #include <string>
 #include <vector>
 
 #include "kerf/values/box.h"
 #include "kerf/values/point.h"
 
-// A picture of deviations: the nominal points seen along the axis in which they spread least, each
-// coloured by the length of its deviation, with the deviation itself as a whisker, magnified.
+// A picture of deviations: the nominal points, each coloured by the length of its deviation, with the
+// deviation itself as a whisker, magnified, and the largest one named.
 
 namespace deviationPicture {
 
-constexpr double drawing = 640, margin = 40, legend = 170;
+constexpr double drawing = 640, margin = 40, legend = 170, leastHeight = 580;
 
 /// The largest of 1, 2 and 5 times a power of ten that is not above the value.
 inline double roundBelow(double value) {
@@ -26,7 +27,7 @@ inline double roundBelow(double value) {
     return power;
 }
 
-/// From blue at 0 by way of green and yellow to red at 1.
+/// From blue at 0 through green and yellow to red at 1.
 inline std::string colorAt(double share) {
     static constexpr std::array<std::array<double, 3>, 4> stops = {
         {{40, 70, 200}, {40, 160, 90}, {235, 200, 40}, {205, 40, 35}}};
@@ -88,6 +89,55 @@ inline void addBar(Svg& svg, double left, double y, double pixels, const char* w
     svg.add("<text x=\"%.1f\" y=\"%.1f\">%s %.4g</text>", left, y + 22, what, length);
 }
 
+/// A parallel projection: the directions that run to the right, upwards and to the viewer.
+struct View {
+    kerf::ERVector3D right, up, near;
+    const char* text;
+
+    kerf::ERPoint2D operator()(const kerf::ERVector3D& v) const { return {v * right, v * up}; }
+};
+
+/// Along the axis in which flat points do not spread; else from the front, the right and above.
+inline View viewOf(const kerf::ERMinimax3D& box) {
+    const kerf::ERVector3D x(1, 0, 0), y(0, 1, 0), z(0, 0, 1);
+    const kerf::ERVector3D extent(box.MinPoint(), box.MaxPoint());
+    const double flat = std::max({extent.i(), extent.j(), extent.k()}) / 20;
+    if (extent.k() <= flat) return {x, y, z, "seen along Z"};
+    if (extent.j() <= flat) return {x, z, -y, "seen along Y"};
+    if (extent.i() <= flat) return {y, z, x, "seen along X"};
+    const double c = std::sqrt(0.75), s = 0.5;  // 30 degrees about Z, then 30 degrees of elevation
+    const kerf::ERVector3D right(c, s, 0), up(-s * s, c * s, c);
+    return {right, up, right ^ up, "seen from the front, the right and above"};
+}
+
+/// A ring around a point and, away from what lies about it, the point's number and deviation.
+inline void addLabel(Svg& svg, double x, double y, std::size_t number, double deviation) {
+    const double towardsMiddle = x > margin + drawing / 2 ? -1 : 1;
+    const double rise = y > margin + 20 ? -34 : 34;
+    svg.add("<circle cx=\"%.2f\" cy=\"%.2f\" r=\"7\" fill=\"none\" stroke=\"black\"/>", x, y);
+    svg.add("<path d=\"M%.2f %.2fL%.2f %.2f\" stroke=\"black\"/>", x, y + rise / 34 * 7, x,
+            y + rise);
+    svg.add(
+        "<text x=\"%.2f\" y=\"%.2f\" text-anchor=\"%s\" font-weight=\"bold\" stroke=\"white\" "
+        "stroke-width=\"4\" paint-order=\"stroke\">point %zu: %.4g</text>",
+        x + towardsMiddle * 6, y + rise + 4, towardsMiddle < 0 ? "end" : "start", number,
+        deviation);
+}
+
+/// The three axes as they run in the view.
+inline void addAxes(Svg& svg, double x, double y, const View& view) {
+    constexpr double length = 36;
+    static constexpr const char* names[] = {"X", "Y", "Z"};
+    for (int axis = 0; axis < 3; ++axis) {
+        const kerf::ERPoint2D end =
+            view(kerf::ERVector3D(static_cast<kerf::Coord3D>(axis))) * length;
+        if (std::fabs(end.x()) + std::fabs(end.y()) < 1) continue;
+        svg.add("<path d=\"M%.1f %.1fl%.1f %.1f\" stroke=\"black\"/>", x, y, end.x(), -end.y());
+        svg.add("<text x=\"%.1f\" y=\"%.1f\" text-anchor=\"middle\">%s</text>", x + 1.3 * end.x(),
+                y - 1.3 * end.y() + 4, names[axis]);
+    }
+}
+
 }  // namespace deviationPicture
 
 /// Writes the picture as SVG; false when the file cannot be written. Both lists are of equal length
@@ -96,59 +146,67 @@ inline bool drawDeviations(const std::string& path, const std::vector<kerf::ERPo
                            const std::vector<kerf::ERVector3D>& deviations) {
     using namespace deviationPicture;
     kerf::ERMinimax3D box;
-    double largest = 0.0;
+    std::size_t worst = 0;
     for (std::size_t i = 0; i < points.size(); ++i) {
         box.Update(points[i]);
-        largest = std::max(largest, deviations[i].norme());
+        if (deviations[i].norme() > deviations[worst].norme()) worst = i;
     }
-    const kerf::ERVector3D extent(box.MinPoint(), box.MaxPoint());
-    kerf::Coord3D view = kerf::Coord3D::CoordZ;
-    for (const kerf::Coord3D axis : {kerf::Coord3D::CoordY, kerf::Coord3D::CoordX})
-        if (extent[axis] < extent[view]) view = axis;
+    const double largest = deviations[worst].norme();
+    const View view = viewOf(box);
+    const double widest = kerf::ERVector3D(box.MinPoint(), box.MaxPoint()).norme();
 
-    const kerf::ERVector2D size = extent.castToVector2D(view);
-    const double widest = std::max(size.i(), size.j());
-    const double scale = widest > 0.0 ? drawing / widest : 1.0;
-    const kerf::ERPoint2D corner = box.MinPoint().castToPoint2D(view);
-    const double height = std::max(size.j() * scale, 420.0) + 2 * margin;
-
-    // The longest whisker takes about an eighth of the drawing. Deviations that are mere rounding
+    // The longest whisker takes about a tenth of the drawing. Deviations that are mere rounding
     // get none.
     const bool visible = largest > 1e-12 * widest;
-    const double magnification = visible ? roundBelow(widest / 8 / largest) : 0.0;
+    const double magnification = visible ? roundBelow(widest / 10 / largest) : 0.0;
+
+    std::vector<kerf::ERPoint2D> starts, ends;
+    kerf::ERMinimax2D frame;  // of all that is drawn, whiskers too
+    for (std::size_t i = 0; i < points.size(); ++i) {
+        starts.push_back(view(points[i]));
+        ends.push_back(starts[i] + view(deviations[i]) * magnification);
+        frame.Update(starts[i]);
+        frame.Update(ends[i]);
+    }
+    const kerf::ERVector2D size(frame.MinPoint(), frame.MaxPoint());
+    const double scale = size.i() + size.j() > 0 ? drawing / std::max(size.i(), size.j()) : 1.0;
+    const double height = std::max(size.j() * scale + 2 * margin, leastHeight);
+    const auto toX = [&](double x) { return margin + (x - frame.MinPoint().x()) * scale; };
+    const auto toY = [&](double y) { return height - margin - (y - frame.MinPoint().y()) * scale; };
+
+    // What lies nearer to the viewer is drawn later.
+    std::vector<std::size_t> order(points.size());
+    std::iota(order.begin(), order.end(), std::size_t{0});
+    std::stable_sort(order.begin(), order.end(), [&](std::size_t a, std::size_t b) {
+        return kerf::ERVector3D(points[a]) * view.near < kerf::ERVector3D(points[b]) * view.near;
+    });
 
     Svg svg;
-    for (std::size_t i = 0; i < points.size(); ++i) {
-        const kerf::ERPoint2D p = points[i].castToPoint2D(view);
-        const kerf::ERVector2D whisker = deviations[i].castToVector2D(view);
-        const double x = margin + (p.x() - corner.x()) * scale;
-        const double y = height - margin - (p.y() - corner.y()) * scale;
+    for (const std::size_t i : order) {
+        const double x = toX(starts[i].x()), y = toY(starts[i].y());
         const std::string color = colorAt(visible ? deviations[i].norme() / largest : 0.0);
-        svg.add("<path d=\"M%.2f %.2fl%.2f %.2f\" stroke=\"%s\"/>", x, y,
-                whisker.i() * magnification * scale, -whisker.j() * magnification * scale,
-                color.c_str());
+        svg.add("<path d=\"M%.2f %.2fL%.2f %.2f\" stroke=\"%s\"/>", x, y, toX(ends[i].x()),
+                toY(ends[i].y()), color.c_str());
         svg.add(
             "<circle cx=\"%.2f\" cy=\"%.2f\" r=\"2.5\" fill=\"%s\"><title>%zu: %.6g</title>"
             "</circle>",
             x, y, color.c_str(), i + 1, deviations[i].norme());
     }
+    if (visible) addLabel(svg, toX(starts[worst].x()), toY(starts[worst].y()), worst + 1, largest);
 
     const double left = drawing + 2 * margin;
     addColorScale(svg, left, margin + 20, largest);
     if (widest > 0.0) {
-        const double length = roundBelow(widest / 5);
+        const double length = roundBelow(drawing / 5 / scale);
         addBar(svg, left, margin + 310, length * scale, "part:", length);
     }
     if (visible) {
-        const double length = roundBelow(widest / 5 / magnification);
+        const double length = roundBelow(drawing / 5 / scale / magnification);
         addBar(svg, left, margin + 355, length * magnification * scale, "deviation:", length);
         svg.add("<text x=\"%.1f\" y=\"%.1f\">magnified %.4g times</text>", left, margin + 395,
                 magnification);
     }
-    static constexpr const char* axes[] = {"X: Y to the right, Z upwards",
-                                           "Y: X to the right, Z upwards",
-                                           "Z: X to the right, Y upwards"};
-    svg.add("<text x=\"%.1f\" y=\"20\">%zu points seen along %s</text>", margin, points.size(),
-            axes[static_cast<int>(view)]);
+    addAxes(svg, left + 50, margin + 470, view);
+    svg.add("<text x=\"%.1f\" y=\"20\">%zu points %s</text>", margin, points.size(), view.text);
     return svg.write(path, left + legend, height);
 }
