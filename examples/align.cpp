@@ -4,16 +4,16 @@
 //
 //   --points=cartesian|cylindrical|spherical   how points and deviations are shown
 //   --directions=cosines|angles|azimuth        how directions are shown
-//   --axis=I,J,K     turn only about this direction
-//   --lock=along     with --axis: no shift along it
-//   --lock=across    with --axis: no shift but along it
+//   --axis=I,J,K     rotate only about this direction
+//   --lock=along     with --axis: no translation along it
+//   --lock=across    with --axis: no translation but along it
 //   --lock=origin    the origin stays where it is
-//   --lock=x|y|z     no turn at all, and no shift along this axis; several may be given
+//   --lock=x|y|z     no rotation at all, and no translation along this axis; several may be given
 //   --unlike         the lists hardly resemble each other: the iterative solver may end elsewhere
 //
 // A line of PAIRS.txt is "x y z X Y Z", the measured point and its nominal partner. Lines that
-// start with # are comments, but that "# SOURCE rms FIGURE", "# SOURCE largest FIGURE" and the same
-// with "below FIGURE" tell what the free fit must give, to the last digit written.
+// start with # are comments, except that "# SOURCE rms FIGURE", "# SOURCE largest FIGURE" and the
+// same with "below FIGURE" say what the free fit must give, to the last digit written.
 //
 // Exit code 0 only if both solvers agree, the figures are met, and the motion and the points come
 // back from the archive to the last bit.
@@ -48,7 +48,7 @@ using kerf::ERVector3D;
 
 constexpr double degreesPerRadian = 57.29577951308232;
 
-// The labels of the formatters belong to the application, which answers for them by number.
+// The labels of the formatters belong to the application, which gives them by number.
 bool label(unsigned int number, std::string& text) {
     static const std::map<unsigned int, const char*> labels = {
         {953, "Cartesian\nCylindrical\nSpherical"},
@@ -70,13 +70,13 @@ struct Options {
     int directionForm = 0;
     std::optional<ERVector3D> axis;
     bool along = false, across = false, origin = false, unlike = false;
-    std::array<bool, 3> shifts{};
+    std::array<bool, 3> axesLocked{};
 
-    bool turnLocked() const { return shifts[0] || shifts[1] || shifts[2]; }
-    bool isFree() const { return !axis && !origin && !turnLocked(); }
+    bool rotationLocked() const { return axesLocked[0] || axesLocked[1] || axesLocked[2]; }
+    bool isFree() const { return !axis && !origin && !rotationLocked(); }
 };
 
-// The index of the text in the list, or -1.
+// The index of the text in the list; -1 when it is not there.
 int choiceOf(const std::string& text, const std::array<const char*, 3>& list) {
     const auto found = std::find(list.begin(), list.end(), text);
     return found == list.end() ? -1 : static_cast<int>(found - list.begin());
@@ -109,7 +109,7 @@ bool readOption(const std::string& argument, Options& options) {
     if (value == "across") return options.across = true;
     if (value == "origin") return options.origin = true;
     const int axis = choiceOf(value, {"x", "y", "z"});
-    if (axis >= 0) options.shifts[static_cast<std::size_t>(axis)] = true;
+    if (axis >= 0) options.axesLocked[static_cast<std::size_t>(axis)] = true;
     return axis >= 0;
 }
 
@@ -128,7 +128,7 @@ bool readOptions(int argc, char** argv, Options& options) {
         std::cerr << "--lock=along and --lock=across need --axis\n";
         return false;
     }
-    if (options.turnLocked() && (options.axis || options.origin)) {
+    if (options.rotationLocked() && (options.axis || options.origin)) {
         std::cerr << "--lock=x, y and z go with no other lock\n";
         return false;
     }
@@ -218,19 +218,19 @@ bool solveWith(kerf::ERPointSetBestFitSolverBase& solver, const char* name, cons
     solver.reset(static_cast<int>(pairs.measured.size()));
     for (std::size_t i = 0; i < pairs.measured.size(); ++i)
         solver.add_point(pairs.measured[i], pairs.nominal[i]);
-    const kerf::BSTF_RESULT answer = solver.solve(motion);
-    if (answer == kerf::BestFitDone && std::isfinite(solver.get_deviation())) return true;
-    std::cerr << "the " << name << " solver answers " << answer
-              << (answer == kerf::BestFitTooFewPoints      ? ": fewer than three pairs"
-                  : answer == kerf::BestFitNoStartingFrame ? ": the points coincide or lie in line"
-                  : answer == kerf::BestFitDone            ? ": the numbers are out of range"
+    const kerf::BSTF_RESULT result = solver.solve(motion);
+    if (result == kerf::BestFitDone && std::isfinite(solver.get_deviation())) return true;
+    std::cerr << "the " << name << " solver returns " << result
+              << (result == kerf::BestFitTooFewPoints      ? ": fewer than three pairs"
+                  : result == kerf::BestFitNoStartingFrame ? ": the points coincide or lie in line"
+                  : result == kerf::BestFitDone            ? ": the numbers are out of range"
                                                            : ": it does not converge")
               << "\n";
     return false;
 }
 
-// The free fit, found twice. Both answers must bring every point to the same place, to within some
-// rounding of the largest coordinate.
+// The free fit, found twice. Both results must bring every point to the same position, to within
+// some rounding of the largest coordinate.
 bool fitFreely(const Pairs& pairs, bool unlike, ERPmIsometrie3D& motion) {
     kerf::ERPointSetBestFitSolver1 closed;
     kerf::ERPointSetBestFitSolver newton(1);
@@ -265,11 +265,11 @@ bool fitWithLocks(const Pairs& pairs, const Options& options, ERPmIsometrie3D& m
     if (options.along) solver.lock_translations_along_axis();
     if (options.across) solver.lock_translations_perp_axis();
     if (options.origin) solver.lock_origin();
-    if (options.turnLocked()) {
-        // All three are set, as the solver wants them: a null vector locks nothing.
+    if (options.rotationLocked()) {
+        // The solver takes all three; a zero vector locks nothing.
         ERVector3D locks[3];
         for (int k = 0; k < 3; ++k)
-            if (options.shifts[static_cast<std::size_t>(k)])
+            if (options.axesLocked[static_cast<std::size_t>(k)])
                 locks[k] = ERVector3D(static_cast<kerf::Coord3D>(k));
         solver.lock_translations(1, 1, 1, locks[0], locks[1], locks[2]);
     }
@@ -314,7 +314,7 @@ public:
             // What would print as a negative zero prints as a zero.
             const bool isZero = std::fabs(shown[line]) < 0.5 * std::pow(10.0, -decimals);
             char number[64];
-            std::snprintf(number, sizeof number, "%11.*f", decimals, isZero ? 0.0 : shown[line]);
+            std::snprintf(number, sizeof number, "%12.*f", decimals, isZero ? 0.0 : shown[line]);
             text += number;
         }
         return text;
@@ -324,7 +324,7 @@ public:
         std::string text;
         for (int line = 0; line < linesOf(form); ++line) {
             char title[64];
-            std::snprintf(title, sizeof title, "%11s",
+            std::snprintf(title, sizeof title, "%12s",
                           static_cast<const char*>(form.GetPrefix(line)));
             text += title;
         }
@@ -342,22 +342,22 @@ private:
 };
 
 void printTable(const Pairs& pairs, const Deviations& found, Display& display) {
-    std::printf("%6s  %-33s  %-33s\n", "", "    nominal point", "    deviation");
-    std::printf("%6s %s %s %11s\n", "", display.head(display.points).c_str(),
+    std::printf("%6s  %-36s  %-36s\n", "", "    nominal point", "    deviation");
+    std::printf("%6s %s %s %12s\n", "", display.head(display.points).c_str(),
                 display.head(display.deltas).c_str(), "distance");
     for (std::size_t i = 0; i < found.vectors.size(); ++i)
         std::printf(
-            "%6zu %s %s %11.6f\n", i + 1, display.show(display.points, pairs.nominal[i]).c_str(),
+            "%6zu %s %s %12.6f\n", i + 1, display.show(display.points, pairs.nominal[i]).c_str(),
             display.show(display.deltas, found.vectors[i]).c_str(), found.vectors[i].norme());
 }
 
 void printMotion(const ERPmIsometrie3D& motion, const Deviations& found, Display& display) {
-    const kerf::ERQuaternion turn(motion.getMatrix());
-    std::printf("directions: %s\n", display.head(display.directions).c_str());
-    std::printf("axis:       %s, turned by %.6f degrees\n",
-                display.show(display.directions, turn.Axis()).c_str(),
-                turn.Angle() * degreesPerRadian);
-    std::printf("shift:      %s\n",
+    const kerf::ERQuaternion rotation(motion.getMatrix());
+    std::printf("directions:  %s\n", display.head(display.directions).c_str());
+    std::printf("axis:        %s, rotated by %.6f degrees\n",
+                display.show(display.directions, rotation.Axis()).c_str(),
+                rotation.Angle() * degreesPerRadian);
+    std::printf("translation: %s\n",
                 display.show(display.deltas, ERVector3D(motion.getTrans())).c_str());
     std::printf("largest at point %zu towards %s\n", found.at + 1,
                 display.show(display.directions, found.vectors[found.at].getnormalized()).c_str());
@@ -414,10 +414,10 @@ Object restored(kerf::ERDataBase& archive, std::size_t number, const std::string
 }
 
 bool sameMotion(const ERPmIsometrie3D& a, const ERPmIsometrie3D& b) {
-    const kerf::ERMatrix<double> turnA = a.getMatrix(), turnB = b.getMatrix();
+    const kerf::ERMatrix<double> matrixA = a.getMatrix(), matrixB = b.getMatrix();
     for (unsigned int r = 0; r < 3; ++r)
         for (unsigned int c = 0; c < 3; ++c)
-            if (!sameBits(turnA(r, c), turnB(r, c))) return false;
+            if (!sameBits(matrixA(r, c), matrixB(r, c))) return false;
     return sameBits(a.getTrans(), b.getTrans());
 }
 

@@ -46,7 +46,7 @@ inline bool badLine(const std::string& path, unsigned int number, std::string_vi
 }
 
 /// Appends the numbers of a file that holds `count` of them on each line. Empty lines are passed
-/// over; a line that starts with # goes to onComment(number, line), which answers false to stop.
+/// over; a line that starts with # goes to onComment(number, line), which returns false to stop.
 /// False, and the offending line on standard error, when the file is not of that form; `expected`
 /// says in that message what a line should be.
 template <std::size_t count, class OnComment>

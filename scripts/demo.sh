@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Builds the examples and runs them on the real data of examples/data.
+# Builds the examples and runs them on the measured bracket of examples/data.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 scripts/install_packages.sh cmake ninja-build g++
@@ -9,17 +9,17 @@ cmake -S . -B build/demo -G Ninja -DCMAKE_BUILD_TYPE=Release -DKERF_BUILD_TESTS=
     -DKERF_BUILD_BENCHMARKS=OFF >/dev/null
 cmake --build build/demo
 
-archive=build/demo/measured_points.kerf
-echo "Keeping the measured points of examples/data/measured_points.txt in $archive"
-build/demo/examples/point_archive examples/data/measured_points.txt "$archive" >build/demo/summary.txt
+archive=build/demo/bracket_points.kerf
+echo "Keeping the measured points of examples/data/bracket_points.txt in $archive"
+build/demo/examples/point_archive examples/data/bracket_points.txt "$archive" >build/demo/summary.txt
 grep -av '^| ' build/demo/summary.txt | LC_ALL=C tr -d '\351'
 echo "(the $(grep -ac '^| ' build/demo/summary.txt) records are listed in build/demo/summary.txt)"
 
-for pairs in examples/data/pairs_*.txt; do
+for pairs in examples/data/bracket_pairs*.txt; do
     name=$(basename "$pairs" .txt)
     options=()
-    # Two models of a protein that hardly resemble each other.
-    [ "$name" = pairs_protein_1064_atoms ] && options=(--unlike)
+    # Wrong pairs hardly resemble each other.
+    [ "$name" = bracket_pairs_reordered ] && options=(--unlike)
     build/demo/examples/align "$pairs" "build/demo/$name.kerf" "build/demo/$name.svg" "${options[@]}" \
         >"build/demo/$name.txt"
     echo "Aligned $(tail -n 1 "build/demo/$name.txt") (build/demo/$name.txt, .svg)"

@@ -153,6 +153,25 @@ TEST_P(BestFit, MirrorImagesGiveARotation) {
     if (GetParam() == Form::Closed) expectBestNearby(pairs, result, barycentre(pairs.second), true);
 }
 
+// Four pairs of the Biopython project's Tests/test_SVDSuperimposer.py, commit 019e7ea1688b. The motion
+// that it prints was computed again to the last digits.
+TEST(ClosedBestFitOfFourPairs, FindsThePublishedMotion) {
+    const Pairs pairs{
+        {{51.3, -2.99, 46.54}, {51.09, -1.88, 47.58}, {52.36, -1.2, 48.03}, {52.71, -1.18, 49.38}},
+        {{51.65, -1.9, 50.07}, {50.4, -1.23, 50.65}, {50.68, -0.04, 51.54}, {50.22, -0.02, 52.85}}};
+    const double rotation[] = {0.683049825825425,  -0.5227729499996593, -0.5100503682858296,
+                               0.5366437100299954, 0.8329322921841812,  -0.13504564088502782,
+                               0.4954356304557624, -0.181472420454072,  0.8494770724919194};
+    ERPointSetBestFitSolver1 solver;
+    ERPmIsometrie3D result;
+    ASSERT_EQ(fit(solver, pairs, result), BestFitDone);
+    const ERMatrix<double> m = result.getMatrix();
+    for (unsigned int i = 0; i < 9; ++i) EXPECT_NEAR(m.data()[i], rotation[i], 1e-12) << i;
+    const ERPoint3D translation(38.78608157113619, -20.654513341444545, -15.422273659255456);
+    EXPECT_LE(distance(result.getTrans(), translation), 1e-10);
+    EXPECT_NEAR(solver.get_deviation(), 0.003042665260137136, 1e-12);
+}
+
 // The Newton solver alone.
 
 TEST(NewtonBestFit, TellsWhyItFails) {
