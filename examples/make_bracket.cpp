@@ -9,8 +9,8 @@
 // part was dropped: the upper right corner of its wall is dented.
 //
 // With --check nothing is written; the exit code is 0 if the files in FOLDER are those that would be
-// written. They are the same on every machine: the only operations are + - * / and square roots, and the draws
-// are the bits of std::mt19937.
+// written. They are the same on every machine: the only operations are + - * /, square roots and
+// rounding, and the draws are the bits of std::mt19937.
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
@@ -160,14 +160,10 @@ std::string numbers(const ERPoint3D& p, int decimals) {
     return text;
 }
 
-// To that many decimals.
-ERPoint3D rounded(const ERPoint3D& p, int decimals) {
-    ERPoint3D q;
-    const double power = std::pow(10.0, decimals);
-    for (const kerf::Coord3D axis :
-         {kerf::Coord3D::CoordX, kerf::Coord3D::CoordY, kerf::Coord3D::CoordZ})
-        q[axis] = std::round(p[axis] * power) / power;
-    return q;
+// To thousandths.
+ERPoint3D rounded(const ERPoint3D& p) {
+    const auto round = [](double x) { return std::round(x * 1000) / 1000; };
+    return ERPoint3D(round(p.x()), round(p.y()), round(p.z()));
 }
 
 struct File {
@@ -217,7 +213,7 @@ std::vector<File> makeFiles() {
     std::string translated;
     const ERVector3D translation(1.125, -2.25, 0.75);
     for (std::size_t i = 0; i < count; i += 40) {
-        const ERPoint3D nominal = rounded(plan.probings[i].nominal, 3);
+        const ERPoint3D nominal = rounded(plan.probings[i].nominal);
         translated += numbers(nominal - translation, 6) + "  " + numbers(nominal, 6) + '\n';
     }
 
