@@ -14,7 +14,7 @@
 #include "kerf/core/file.h"
 #include "kerf/core/regexp.h"
 #include "kerf/platform/text.h"
-#include "tests/platform/disturbed_file.h"
+#include "tests/support/disturbed_file.h"
 
 namespace kerf {
 namespace {

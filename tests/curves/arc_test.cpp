@@ -8,7 +8,7 @@
 #include "kerf/values/info_point.h"
 #include "kerf/values/transformed_entity.h"
 #include "tests/curves/curve_contract.h"
-#include "tests/values/value_checks.h"
+#include "tests/support/value_checks.h"
 
 // Circular arcs. The contract of every curve runs on the samples; here is what is theirs alone.
 namespace kerf::test {

@@ -2,7 +2,7 @@
 
 #include <cmath>
 
-#include "tests/values/value_checks.h"
+#include "tests/support/value_checks.h"
 
 // Circles and arcs from points.
 namespace kerf::test {

@@ -7,7 +7,7 @@
 #include "kerf/curves/segment.h"
 #include "kerf/values/orthonormal_frame.h"
 #include "kerf/values/transformed_entity.h"
-#include "tests/values/value_checks.h"
+#include "tests/support/value_checks.h"
 
 // Circles by themselves, and where they meet each other and lines.
 namespace kerf::test {

@@ -9,7 +9,7 @@
 #include "kerf/persistence/object_database.h"
 #include "kerf/values/info_point.h"
 #include "tests/curves/curve_contract.h"
-#include "tests/values/value_checks.h"
+#include "tests/support/value_checks.h"
 
 // Curves chained from others.
 namespace kerf::test {

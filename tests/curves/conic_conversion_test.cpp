@@ -4,7 +4,7 @@
 
 #include "kerf/curves/arc.h"
 #include "kerf/curves/ellipse.h"
-#include "tests/values/value_checks.h"
+#include "tests/support/value_checks.h"
 
 // Conics as NURBS curves.
 namespace kerf::test {

@@ -10,7 +10,7 @@
 #include "kerf/values/box.h"
 #include "kerf/values/info_point.h"
 #include "kerf/values/point_list.h"
-#include "tests/values/value_checks.h"
+#include "tests/support/value_checks.h"
 
 // The defaults of the frame, on curves that give nothing but what they must.
 namespace kerf::test {

@@ -5,7 +5,7 @@
 #include "kerf/curves/nurbs_curve.h"
 #include "kerf/curves/segment.h"
 #include "tests/curves/curve_contract.h"
-#include "tests/values/value_checks.h"
+#include "tests/support/value_checks.h"
 
 // Ellipses and their arcs. The contract of every curve runs on the samples; here is what is theirs
 // alone.

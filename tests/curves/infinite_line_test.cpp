@@ -2,7 +2,7 @@
 
 #include "kerf/curves/segment.h"
 #include "kerf/values/transformed_entity.h"
-#include "tests/values/value_checks.h"
+#include "tests/support/value_checks.h"
 
 namespace kerf::test {
 namespace {

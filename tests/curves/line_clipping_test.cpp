@@ -2,7 +2,7 @@
 
 #include "kerf/curves/infinite_line.h"
 #include "kerf/curves/segment.h"
-#include "tests/values/value_checks.h"
+#include "tests/support/value_checks.h"
 
 namespace kerf::test {
 namespace {

@@ -3,7 +3,7 @@
 
 #include "kerf/curves/outline.h"
 #include "kerf/values/transformed_entity.h"
-#include "tests/values/value_checks.h"
+#include "tests/support/value_checks.h"
 
 // What every outline must satisfy.
 namespace kerf::test {

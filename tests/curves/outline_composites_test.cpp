@@ -2,7 +2,7 @@
 #include "kerf/curves/composite_curve.h"
 #include "kerf/curves/outline.h"
 #include "kerf/curves/rounded_slot.h"
-#include "tests/values/value_checks.h"
+#include "tests/support/value_checks.h"
 
 // The outlines as curves.
 namespace kerf::test {

@@ -3,7 +3,7 @@
 #include "kerf/curves/polyline.h"
 #include "kerf/values/transformed_entity.h"
 #include "tests/curves/outline_checks.h"
-#include "tests/values/value_checks.h"
+#include "tests/support/value_checks.h"
 
 namespace kerf::test {
 namespace {

@@ -5,7 +5,7 @@
 #include "kerf/curves/nurbs_curve.h"
 #include "kerf/values/box.h"
 #include "tests/curves/curve_contract.h"
-#include "tests/values/value_checks.h"
+#include "tests/support/value_checks.h"
 
 // Bézier and NURBS curves in the plane and in space.
 namespace kerf::test {

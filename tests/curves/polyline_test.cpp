@@ -4,7 +4,7 @@
 #include "kerf/values/box.h"
 #include "kerf/values/transformed_entity.h"
 #include "tests/curves/curve_contract.h"
-#include "tests/values/value_checks.h"
+#include "tests/support/value_checks.h"
 
 namespace kerf::test {
 namespace {

@@ -4,7 +4,7 @@
 #include "kerf/curves/nurbs_curve.h"
 #include "kerf/values/info_point.h"
 #include "tests/curves/curve_contract.h"
-#include "tests/values/value_checks.h"
+#include "tests/support/value_checks.h"
 
 // Curves given by polynomials, and chains of them.
 namespace kerf::test {

@@ -2,7 +2,7 @@
 
 #include "kerf/curves/nurbs_curve.h"
 #include "tests/curves/outline_checks.h"
-#include "tests/values/value_checks.h"
+#include "tests/support/value_checks.h"
 
 namespace kerf::test {
 namespace {

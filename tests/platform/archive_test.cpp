@@ -5,7 +5,7 @@
 #include <string>
 
 #include "kerf/platform/exceptions.h"
-#include "tests/platform/disturbed_file.h"
+#include "tests/support/disturbed_file.h"
 
 namespace kerf {
 namespace {

@@ -10,7 +10,7 @@
 #include <tuple>
 #include <utility>
 
-#include "tests/platform/disturbed_file.h"
+#include "tests/support/disturbed_file.h"
 
 #if !defined(_WIN32)
 #include <sys/wait.h>

@@ -1,7 +1,7 @@
 #include "kerf/processing/convex_overlap.h"
 
 #include "kerf/values/polygon.h"
-#include "tests/values/value_checks.h"
+#include "tests/support/value_checks.h"
 
 namespace kerf::test {
 namespace {

@@ -1,7 +1,7 @@
 #include "kerf/values/box.h"
 
 #include "kerf/values/pole.h"
-#include "tests/values/value_checks.h"
+#include "tests/support/value_checks.h"
 
 namespace kerf {
 namespace {

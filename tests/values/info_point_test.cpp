@@ -2,7 +2,7 @@
 
 #include "kerf/values/surface_info_point.h"
 #include "kerf/values/transformation_3d.h"
-#include "tests/values/value_checks.h"
+#include "tests/support/value_checks.h"
 
 namespace kerf {
 namespace {

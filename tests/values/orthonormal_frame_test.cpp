@@ -1,6 +1,6 @@
 #include "kerf/values/orthonormal_frame.h"
 
-#include "tests/values/value_checks.h"
+#include "tests/support/value_checks.h"
 
 namespace kerf {
 namespace {

@@ -1,6 +1,6 @@
 #include "kerf/values/polygon.h"
 
-#include "tests/values/value_checks.h"
+#include "tests/support/value_checks.h"
 
 namespace kerf {
 namespace {

@@ -1,6 +1,6 @@
 #include "kerf/values/limits.h"
 #include "kerf/values/main_direction.h"
-#include "tests/values/value_checks.h"
+#include "tests/support/value_checks.h"
 
 namespace kerf {
 namespace {

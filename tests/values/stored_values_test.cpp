@@ -7,8 +7,8 @@
 #include "kerf/values/pole.h"
 #include "kerf/values/polynomial.h"
 #include "kerf/values/transformation_2d.h"
+#include "tests/support/value_checks.h"
 #include "tests/values/transformation_3d_samples.h"
-#include "tests/values/value_checks.h"
 
 // What values and the objects made of them become in files, archives and texts.
 namespace kerf {

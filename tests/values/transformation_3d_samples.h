@@ -3,7 +3,7 @@
 #include "kerf/numerics/linear_solvers.h"
 #include "kerf/values/quaternion.h"
 #include "kerf/values/transformation_3d_representation.h"
-#include "tests/values/value_checks.h"
+#include "tests/support/value_checks.h"
 
 // One representation of each class, with the 4 by 4 matrix that says what it does.
 namespace kerf::test {

@@ -3,7 +3,7 @@
 #include "kerf/values/persistent_point.h"
 #include "kerf/values/transformation_2d.h"
 #include "kerf/values/transformation_3d.h"
-#include "tests/values/value_checks.h"
+#include "tests/support/value_checks.h"
 
 namespace kerf {
 namespace {
