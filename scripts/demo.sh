@@ -24,3 +24,7 @@ for pairs in examples/data/bracket_pairs*.txt; do
         >"build/demo/$name.txt"
     echo "Aligned $(tail -n 1 "build/demo/$name.txt") (build/demo/$name.txt, .svg)"
 done
+
+build/demo/examples/profile examples/data/flange_plate.dxf build/demo/flange_plate.kerf \
+    build/demo/flange_plate.svg >build/demo/flange_plate.txt
+echo "Measured the flange plate: $(tail -n 1 build/demo/flange_plate.txt) (build/demo/flange_plate.txt, .svg)"
