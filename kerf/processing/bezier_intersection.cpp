@@ -10,6 +10,7 @@
 #include "kerf/curves/spline/knot_insertion.h"
 #include "kerf/curves/spline/pole_type.h"
 #include "kerf/curves/spline/power_form.h"
+#include "kerf/numerics/internal/newton_iteration.h"
 #include "kerf/numerics/vector_impl.h"
 
 namespace kerf {
@@ -21,7 +22,6 @@ constexpr double leafSize = 100.0;  // of the box of two parts for Newton's meth
 constexpr double precision = 1e-12;
 constexpr double tolerance = 1e-9;
 constexpr int maxIterations = 400;
-constexpr double singularPivot = 1e-20;
 constexpr unsigned int maxHalvings = 60;
 constexpr std::uint64_t maxPairs = 131072;
 constexpr std::uint64_t pairsOfPieces = 16;
@@ -164,24 +164,6 @@ private:
     spline::Scratch<2 * dim * polesOnStack> memory_;
 };
 
-// J step = f by elimination with partial pivoting. False for a singular matrix.
-bool solve(const ERVector2D& byU, const ERVector2D& byV, const ERVector2D& f, double* step) {
-    double a = byU.i(), b = byV.i(), c = byU.j(), d = byV.j();
-    double first = f.i(), second = f.j();
-    if (std::fabs(c) > std::fabs(a)) {
-        std::swap(a, c);
-        std::swap(b, d);
-        std::swap(first, second);
-    }
-    if (std::fabs(a) < singularPivot) return false;
-    const double multiplier = c / a;
-    d -= multiplier * b;
-    if (std::fabs(d) < singularPivot) return false;
-    step[1] = (second - multiplier * first) / d;
-    step[0] = (first - b * step[1]) / a;
-    return true;
-}
-
 // What Newton's method came to.
 enum class Outcome {
     Lost,     // no solution
@@ -189,42 +171,48 @@ enum class Outcome {
     Crossing
 };
 
-// ERNewtonMSolver for two unknowns without its vectors: the same steps and the same stops.
-Outcome findCrossing(PowerCurve& first, PowerCurve& second, double sameAngle, double* x) {
-    double a[dim], b[dim], derivedA[dim], derivedB[dim];
-    first.value(x[0], a);
-    second.value(x[1], b);
-    ERVector2D residual = difference(a, b);
-    double size = residual.norme();
-    double best = std::numeric_limits<double>::max();
-    int growths = 0;
-    bool found = false;
-    for (int i = 0;; ++i) {
-        first.slope(x[0], derivedA);
-        second.slope(x[1], derivedB);
-        const ERVector2D byU = quotientSlope(a, derivedA);
-        const ERVector2D byV = quotientSlope(b, derivedB);
-        if (found) {
-            const double product = byU.norme() * byV.norme();
-            const bool along = product > 0.0 && std::fabs(byU ^ byV) <= sameAngle * product;
-            return along ? Outcome::Overlap : Outcome::Crossing;
-        }
-        double step[2];
-        if (i == maxIterations || !solve(byU, -byV, residual, step)) return Outcome::Lost;
-        if (size * precision > std::sqrt(byU * byU + byV * byV)) return Outcome::Lost;
-        const double before[2] = {x[0], x[1]};
-        x[0] -= step[0];
-        x[1] -= step[1];
-        first.value(x[0], a);
-        second.value(x[1], b);
-        residual = difference(a, b);
-        size = residual.norme();
-        if (std::isnan(size)) return Outcome::Lost;  // as is all that follows
-        if (best < size && tolerance * 1e7 < size && ++growths > 20) return Outcome::Lost;
-        best = size;
-        found = size <= tolerance || (x[0] == before[0] && x[1] == before[1]);
+// A(u) = B(v) for Newton's method on the stack.
+class Equation {
+public:
+    Equation(PowerCurve& first, PowerCurve& second) : first_(first), second_(second) {}
+
+    void f(const double* x, double* values) {
+        first_.value(x[0], a_);
+        second_.value(x[1], b_);
+        const ERVector2D value = difference(a_, b_);
+        values[0] = value.i();
+        values[1] = value.j();
+        lost_ = std::isnan(values[0]) || std::isnan(values[1]);
     }
-}
+    // At the x of the last f. From a value that is no number on nothing else comes: a singular
+    // derivative ends the iteration.
+    void fprime(const double* x, double* rows) {
+        const ERVector2D byU = slope(first_, x[0], a_), byV = slope(second_, x[1], b_);
+        rows[0] = lost_ ? 0.0 : byU.i();
+        rows[1] = lost_ ? 0.0 : -byV.i();
+        rows[2] = lost_ ? 0.0 : byU.j();
+        rows[3] = lost_ ? 0.0 : -byV.j();
+    }
+
+    // Whether the curves have the same direction at the x of the last f, within that angle.
+    bool runAlong(const double* x, double angle) {
+        const ERVector2D byU = slope(first_, x[0], a_), byV = slope(second_, x[1], b_);
+        const double product = byU.norme() * byV.norme();
+        return product > 0.0 && std::fabs(byU ^ byV) <= angle * product;
+    }
+
+private:
+    static ERVector2D slope(PowerCurve& curve, double t, const double* value) {
+        double derived[dim];
+        curve.slope(t, derived);
+        return quotientSlope(value, derived);
+    }
+
+    PowerCurve& first_;
+    PowerCurve& second_;
+    double a_[dim], b_[dim];
+    bool lost_ = false;
+};
 
 // Where the lines through the chords cross, as distances from the first points in lengths of the
 // chords. False for parallel ones.
@@ -246,7 +234,7 @@ bool chordsCross(const Part& a, const Part& b, double* x) {
 }
 
 // From the start x on, in the parameters of the parts.
-Outcome findCrossing(const Part& a, const Part& b, double* x) {
+Outcome findCrossing(const Part& a, const Part& b, double (&x)[2]) {
     const double low[2] = {std::min(a.low[0], b.low[0]), std::min(a.low[1], b.low[1])};
     const double high[2] = {std::max(a.high[0], b.high[0]), std::max(a.high[1], b.high[1])};
     const ERVector2D diagonal(high[0] - low[0], high[1] - low[1]);
@@ -259,8 +247,11 @@ Outcome findCrossing(const Part& a, const Part& b, double* x) {
     const double size = std::min(a.polygon, b.polygon);
     const double far =
         std::max({std::fabs(low[0]), std::fabs(low[1]), std::fabs(high[0]), std::fabs(high[1])});
-    return findCrossing(first, second, std::max(sameDirection, sameDirectionOfSmall * far / size),
-                        x);
+    Equation equation(first, second);
+    if (newton::solveOnStack<2>(equation, x, precision, maxIterations, tolerance).status > 1)
+        return Outcome::Lost;
+    const double sameAngle = std::max(sameDirection, sameDirectionOfSmall * far / size);
+    return equation.runAlong(x, sameAngle) ? Outcome::Overlap : Outcome::Crossing;
 }
 
 bool isWithin(const double* x) {
