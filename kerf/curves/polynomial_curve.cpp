@@ -117,9 +117,7 @@ void ERPatchCPoly::scale(double factor) {
     for (ERPolynome& polynomial : polynomials_) polynomial *= factor;
 }
 
-void ERPatchCPoly::apply(const ERPolynome& inner) {
-    polynomials_ = composed(polynomials_, inner);
-}
+void ERPatchCPoly::apply(const ERPolynome& inner) { polynomials_ = composed(polynomials_, inner); }
 
 void ERPatchCPoly::saveGuts(ERFile& file) const { polynomials_.saveGuts(file); }
 
