@@ -2,6 +2,7 @@
 
 #include <cstring>
 
+#include "kerf/curves/arc.h"
 #include "kerf/curves/nurbs_curve.h"
 #include "kerf/values/box.h"
 #include "tests/curves/curve_contract.h"
@@ -86,6 +87,20 @@ INSTANTIATE_TEST_SUITE_P(Poles, PlaneCurveContract, ::testing::ValuesIn(planeCur
                          nameOfSample<PlaneCurveSample>);
 INSTANTIATE_TEST_SUITE_P(Poles, SpaceCurveContract, ::testing::ValuesIn(spaceCurves()),
                          nameOfSample<SpaceCurveSample>);
+
+// Oracle: the foot on a circle lies on the ray from its centre.
+TEST(PoleCurveProjection, FindsTheFootOnACurveFarFromTheOrigin) {
+    for (const double away : {0.0, 1e4, 1e7, 1e9}) {
+        SCOPED_TRACE(away);
+        const ERPoint2D centre(away, away);
+        const ERVector2D towards = ERVector2D(1, 0.2).getnormalized();
+        const ERCpoleNURBS2D circle =
+            ERArc2D(centre, 10.0, 0.0, 6.283185307179586).ConvertToNurbs();
+        ERVec<double> feet;
+        ASSERT_EQ(circle.ProjectPoint(centre + towards * 11.0, feet, 5.0), 1);
+        EXPECT_LE(distance(circle(feet[0]), centre + towards * 10.0), 1e-9 + 1e-14 * away);
+    }
+}
 
 // Joining.
 

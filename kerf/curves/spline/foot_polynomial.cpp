@@ -196,7 +196,12 @@ FootRows::FootRows(unsigned int dimension, unsigned int length)
     : dimension_(dimension),
       length_(length),
       rows_(std::size_t{dimension + 1} * length),
-      sizes_(std::size_t{dimension + 1} * length) {}
+      sizes_(std::size_t{dimension + 1} * length),
+      origin_(dimension) {}
+
+void FootRows::setOrigin(unsigned int k, double origin) {
+    if (std::isfinite(origin)) origin_[k] = origin;
+}
 
 void FootRows::addCoordinate(unsigned int k, const double* x, const double* derivedX,
                              const double* w, const double* derivedW, unsigned int n) {
@@ -221,8 +226,9 @@ int FootRows::sumFor(const double* point, double* sum) const {
         double value = row(0)[j];
         double size = sizes(0)[j];
         for (unsigned int k = 0; k < dimension_; ++k) {
-            value -= point[k] * row(1 + k)[j];
-            size += std::fabs(point[k]) * sizes(1 + k)[j];
+            const double p = point[k] - origin_[k];
+            value -= p * row(1 + k)[j];
+            size += std::fabs(p) * sizes(1 + k)[j];
         }
         sum[j] = value;
         largest = std::max(largest, std::fabs(value));
@@ -252,20 +258,25 @@ FootPolynomial::FootPolynomial(const ERTValVector<ERPolynome>& polynomials, unsi
     if (polynomials.entries() < dimension) return;
     const unsigned int n = highestDegree(polynomials) + 1;
     std::vector<double> x(n), derivedX(n), w(n), derivedW(n);
-    const auto read = [n](const ERPolynome& polynomial, std::vector<double>& c,
-                          std::vector<double>& derived) {
+    const auto read = [](const ERPolynome& polynomial, std::vector<double>& c) {
         std::fill(c.begin(), c.end(), 0.0);
         const ERVec<double>& stored = polynomial.coefficients();
         for (unsigned int i = 0; i < stored.length(); ++i) c[i] = stored[i];
+    };
+    const auto derive = [n](const std::vector<double>& c, std::vector<double>& derived) {
         for (unsigned int i = 0; i + 1 < n; ++i) derived[i] = (i + 1) * c[i + 1];
     };
     if (polynomials.entries() > dimension) {
-        read(polynomials[dimension], w, derivedW);
+        read(polynomials[dimension], w);
     } else {
         w[0] = 1.0;
     }
+    derive(w, derivedW);
     for (unsigned int k = 0; k < dimension; ++k) {
-        read(polynomials[k], x, derivedX);
+        read(polynomials[k], x);
+        setOrigin(k, x[0] / w[0]);
+        for (unsigned int i = 0; i < n; ++i) x[i] -= origin(k) * w[i];
+        derive(x, derivedX);
         addCoordinate(k, x.data(), derivedX.data(), w.data(), derivedW.data(), n);
     }
 }
@@ -292,18 +303,22 @@ BezierFootPolynomial::BezierFootPolynomial(const double* poles, unsigned int n,
     const unsigned int stride = dimension + 1;
     const double* const ofPoles = theCnpTableau.Cnp(n - 1);
     const double* const ofDerived = theCnpTableau.Cnp(n - 2);
-    const auto read = [&](unsigned int k, std::vector<double>& c, std::vector<double>& derived) {
-        const double* const from = poles + k;
-        for (unsigned int i = 0; i < n; ++i) c[i] = ofPoles[i] * from[std::size_t{i} * stride];
-        for (unsigned int i = 0; i + 1 < n; ++i) {
-            derived[i] = ofDerived[i] * (n - 1) *
-                         (from[(std::size_t{i} + 1) * stride] - from[std::size_t{i} * stride]);
-        }
+    // Coordinate k of the poles, counted from an origin.
+    const auto read = [&](unsigned int k, double from, std::vector<double>& c,
+                          std::vector<double>& derived) {
+        const auto value = [&](std::size_t i) {
+            const double* const pole = poles + i * stride;
+            return from == 0.0 ? pole[k] : pole[k] - from * pole[dimension];
+        };
+        for (unsigned int i = 0; i < n; ++i) c[i] = ofPoles[i] * value(i);
+        for (unsigned int i = 0; i + 1 < n; ++i)
+            derived[i] = ofDerived[i] * (n - 1) * (value(i + 1) - value(i));
     };
     std::vector<double> x(n), derivedX(n), w(n), derivedW(n);
-    read(dimension, w, derivedW);
+    read(dimension, 0.0, w, derivedW);
     for (unsigned int k = 0; k < dimension; ++k) {
-        read(k, x, derivedX);
+        setOrigin(k, poles[k] / poles[dimension]);
+        read(k, origin(k), x, derivedX);
         addCoordinate(k, x.data(), derivedX.data(), w.data(), derivedW.data(), n);
     }
     const double* const binomials = theCnpTableau.Cnp(length() - 1);

@@ -19,13 +19,18 @@ class KERF_EXPORT FootRows {
 protected:
     FootRows(unsigned int dimension, unsigned int length);
 
-    /// Adds what coordinate k brings, with x_k, w and their derivatives given by n and n - 1 numbers
-    /// whose products are those of polynomials.
+    /// Adds what coordinate k, counted from its origin, brings, with x_k, w and their derivatives given
+    /// by n and n - 1 numbers whose products are those of polynomials.
     void addCoordinate(unsigned int k, const double* x, const double* derivedX, const double* w,
                        const double* derivedW, unsigned int n);
     /// Writes the length() numbers of the sum for a point. Returns 1 for a polynomial, 0 where it has
     /// numbers that are not finite, -1 where it is zero everywhere.
     int sumFor(const double* point, double* sum) const;
+
+    /// Where coordinate k is counted from: near the curve, for far from it the terms of the sum would
+    /// cancel down to their rounding. Taken when it is finite, before the coordinate is added.
+    void setOrigin(unsigned int k, double origin);
+    double origin(unsigned int k) const { return origin_[k]; }
 
     unsigned int length() const { return length_; }
     double* row(unsigned int i) { return &rows_[std::size_t{i} * length_]; }
@@ -40,6 +45,7 @@ private:
     // Row 0 is the part without p, row 1 + k the factor of -p_k.
     std::vector<double> rows_;
     std::vector<double> sizes_;  // the same sums over the magnitudes of their terms
+    std::vector<double> origin_;
 };
 
 /// Of a curve in powers of its parameter.
