@@ -4,11 +4,10 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdlib>
-#include <new>
 #include <random>
 #include <vector>
 
+#include "benchmarks/counting_heap.h"
 #include "kerf/curves/bezier_curve.h"
 #include "kerf/curves/nurbs_curve.h"
 #include "kerf/processing/bezier_intersection.h"
@@ -27,26 +26,6 @@
 #include <TColStd_Array1OfReal.hxx>
 #include <TColgp_Array1OfPnt.hxx>
 #endif
-
-namespace {
-
-unsigned long heapCalls = 0;
-
-}  // namespace
-
-// Counts what reaches the general heap from this program and from the library. Never inlined: a
-// compiler that saw malloc and free would leave out pairs of them.
-[[gnu::noinline]] void* operator new(std::size_t size) {
-    ++heapCalls;
-    if (void* memory = std::malloc(size)) return memory;
-    throw std::bad_alloc();
-}
-[[gnu::noinline]] void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
-    ++heapCalls;
-    return std::malloc(size);
-}
-[[gnu::noinline]] void operator delete(void* memory) noexcept { std::free(memory); }
-[[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
 
 namespace {
 

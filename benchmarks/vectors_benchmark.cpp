@@ -1,35 +1,14 @@
 // Copying, appending to and unsharing vectors, against the standard vector, plain and shared.
 #include <benchmark/benchmark.h>
 
-#include <cstdlib>
 #include <memory>
-#include <new>
 #include <vector>
 
+#include "benchmarks/counting_heap.h"
 #include "kerf/core/thread_data.h"
 #include "kerf/numerics/vector.h"
 #include "kerf/values/point.h"
 #include "kerf/values/vector_instances.h"
-
-namespace {
-
-unsigned long heapCalls = 0;
-
-}  // namespace
-
-// Counts what reaches the general heap from this program and from the library. Never inlined: a
-// compiler that sees through one of a pair takes the two for mismatched.
-[[gnu::noinline]] void* operator new(std::size_t size) {
-    ++heapCalls;
-    if (void* memory = std::malloc(size)) return memory;
-    throw std::bad_alloc();
-}
-[[gnu::noinline]] void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
-    ++heapCalls;
-    return std::malloc(size);
-}
-[[gnu::noinline]] void operator delete(void* memory) noexcept { std::free(memory); }
-[[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
 
 namespace {
 
