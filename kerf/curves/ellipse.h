@@ -118,22 +118,33 @@ private:
     void keepTo(const ERVector2D& axis);
 };
 
+/// What both ellipses of space share: the readings of the ellipse in its plane.
+class KERF_EXPORT PlanarEllipse : public Planar<EREllipse2D> {
+public:
+    const EREllipse2D& Ellipse2D() const { return flat_; }
+    ERVec<ERPoint3D> getFocus() const { return lifted(flat_.getFocus()); }
+    double bigAxe() const { return flat_.bigAxe(); }
+    double getSmallAxe() const { return flat_.getSmallAxe(); }
+    ERPoint3D center() const { return lifted(flat_.center()); }
+
+protected:
+    PlanarEllipse() = default;
+    PlanarEllipse(const ERPmIsometrie3D& frame, const EREllipse2D& ellipse)
+        : Planar(frame, ellipse) {}
+    PlanarEllipse(const PlanarEllipse&) = default;
+    PlanarEllipse& operator=(const PlanarEllipse&) = default;
+};
+
 /// An ellipse of space: an ellipse in the plane of a frame.
 /// Storage: the frame, the ellipse: 156 bytes.
-class KERF_EXPORT EREllipse3D : public Planar<EREllipse2D> {
+class KERF_EXPORT EREllipse3D : public PlanarEllipse {
     ER_OBJECT_CLASS(EREllipse3D);
     ER_STORED_CLASS(EREllipse3D);
 
 public:
     EREllipse3D() = default;
     EREllipse3D(const ERPmIsometrie3D& frame, const EREllipse2D& ellipse)
-        : Planar(frame, ellipse) {}
-
-    const EREllipse2D& Ellipse2D() const { return flat_; }
-    ERVec<ERPoint3D> getFocus() const { return lifted(flat_.getFocus()); }
-    double bigAxe() const { return flat_.bigAxe(); }
-    double getSmallAxe() const { return flat_.getSmallAxe(); }
-    ERPoint3D center() const { return lifted(flat_.center()); }
+        : PlanarEllipse(frame, ellipse) {}
 
     /// An EREllipse2D; an ERSegment2D when the plane is seen edge on, within the tolerance of
     /// ERCircle3D.
@@ -146,8 +157,7 @@ private:
 
 /// An elliptic arc of space: ERArcEllipse2D in the plane of a frame.
 /// Storage: the frame, the angles, the ellipse: 172 bytes.
-class KERF_EXPORT ERArcEllipse3D : public Planar<EREllipse2D>,
-                                   public ERFiniteEntity3DWFBoundedWithAngle {
+class KERF_EXPORT ERArcEllipse3D : public PlanarEllipse, public ERFiniteEntity3DWFBoundedWithAngle {
     ER_OBJECT_CLASS(ERArcEllipse3D);
     ER_STORED_CLASS(ERArcEllipse3D);
 
@@ -155,18 +165,13 @@ public:
     ERArcEllipse3D() = default;
     ERArcEllipse3D(const ERPmIsometrie3D& frame, const EREllipse2D& ellipse, ERRadian start,
                    ERRadian end)
-        : Planar(frame, ellipse), ERFiniteEntity3DWFBoundedWithAngle(start, end) {}
+        : PlanarEllipse(frame, ellipse), ERFiniteEntity3DWFBoundedWithAngle(start, end) {}
     ERArcEllipse3D(const ERPmIsometrie3D& frame, const ERArcEllipse2D& arc)
         : ERArcEllipse3D(frame, arc, arc.startAngle(), arc.endAngle()) {}
     ERArcEllipse3D(const EREllipse3D& ellipse, ERRadian start, ERRadian end)
         : ERArcEllipse3D(ellipse.getRepere(), ellipse.Ellipse2D(), start, end) {}
 
-    const EREllipse2D& Ellipse2D() const { return flat_; }
     ERArcEllipse2D ArcEllipse2D() const { return ERArcEllipse2D(flat_, startAngle(), endAngle()); }
-    ERVec<ERPoint3D> getFocus() const { return lifted(flat_.getFocus()); }
-    double bigAxe() const { return flat_.bigAxe(); }
-    double getSmallAxe() const { return flat_.getSmallAxe(); }
-    ERPoint3D center() const { return lifted(flat_.center()); }
 
     ERInfoPoint3DWF PtCur(double u) const override;
     ERPoint3D operator()(double u) const override;
