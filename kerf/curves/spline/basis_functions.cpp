@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "kerf/curves/spline/fixed_size.h"
 #include "kerf/curves/spline/pole_type.h"
 
 namespace kerf::spline {
@@ -24,12 +25,6 @@ inline void triangle(const double* knots, unsigned int span, double u, unsigned 
         }
         values[j] = carried;
     }
-}
-
-template <unsigned int Degree>
-void fixedTriangle(const double* knots, unsigned int span, double u, double* values) {
-    double left[Degree + 1], right[Degree + 1];
-    triangle(knots, span, u, Degree, left, right, values);
 }
 
 constexpr std::size_t derivativeScratch(std::size_t degree) { return (degree + 1) * (degree + 5); }
@@ -87,47 +82,26 @@ inline void derivatives(const double* knots, unsigned int span, double u, unsign
     }
 }
 
-template <unsigned int Degree>
-void fixedDerivatives(const double* knots, unsigned int span, double u, unsigned int order,
-                      double* table) {
-    double work[derivativeScratch(Degree)];
-    derivatives(knots, span, u, Degree, order, work, table);
-}
-
 }  // namespace
 
 void basisFunctions(const double* knots, unsigned int span, double u, unsigned int degree,
                     double* values) {
-    switch (degree) {
-        case 1:
-            return fixedTriangle<1>(knots, span, u, values);
-        case 2:
-            return fixedTriangle<2>(knots, span, u, values);
-        case 3:
-            return fixedTriangle<3>(knots, span, u, values);
-        case 4:
-            return fixedTriangle<4>(knots, span, u, values);
-        default:
-            break;
-    }
+    const auto ofFixedDegree = [&](auto p) {
+        double left[p + 1], right[p + 1];
+        triangle(knots, span, u, p, left, right, values);
+    };
+    if (visitFixed<1, 2, 3, 4>(degree, ofFixedDegree)) return;
     Scratch<100> work(2 * (std::size_t{degree} + 1));
     triangle(knots, span, u, degree, work.data(), work.data() + degree + 1, values);
 }
 
 void basisDerivatives(const double* knots, unsigned int span, double u, unsigned int degree,
                       unsigned int order, double* table) {
-    switch (degree) {
-        case 1:
-            return fixedDerivatives<1>(knots, span, u, order, table);
-        case 2:
-            return fixedDerivatives<2>(knots, span, u, order, table);
-        case 3:
-            return fixedDerivatives<3>(knots, span, u, order, table);
-        case 4:
-            return fixedDerivatives<4>(knots, span, u, order, table);
-        default:
-            break;
-    }
+    const auto ofFixedDegree = [&](auto p) {
+        double work[derivativeScratch(p)];
+        derivatives(knots, span, u, p, order, work, table);
+    };
+    if (visitFixed<1, 2, 3, 4>(degree, ofFixedDegree)) return;
     Scratch<derivativeScratch(degreeOnStack)> work(derivativeScratch(degree));
     derivatives(knots, span, u, degree, order, work.data(), table);
 }

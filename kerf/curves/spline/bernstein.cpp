@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "kerf/curves/spline/binomials.h"
+#include "kerf/curves/spline/fixed_size.h"
 
 namespace kerf {
 
@@ -11,6 +12,7 @@ namespace {
 
 using spline::degreeOnStack;
 using spline::Scratch;
+using spline::visitFixed;
 using PoleScratch = Scratch<4 * (degreeOnStack + 1)>;
 
 void casteljauOfAnySize(const double* poles, unsigned int n, double t, unsigned int dim,
@@ -28,20 +30,8 @@ void casteljauOfAnySize(const double* poles, unsigned int n, double t, unsigned 
 
 template <unsigned int Dim>
 void casteljauOfDimension(const double* poles, unsigned int n, double t, double* out) {
-    switch (n) {
-        case 1:
-            return spline::casteljau<Dim, 1>(poles, t, out);
-        case 2:
-            return spline::casteljau<Dim, 2>(poles, t, out);
-        case 3:
-            return spline::casteljau<Dim, 3>(poles, t, out);
-        case 4:
-            return spline::casteljau<Dim, 4>(poles, t, out);
-        case 5:
-            return spline::casteljau<Dim, 5>(poles, t, out);
-        default:
-            return casteljauOfAnySize(poles, n, t, Dim, out);
-    }
+    const auto ofFixedSize = [&](auto count) { spline::casteljau<Dim, count>(poles, t, out); };
+    if (!visitFixed<1, 2, 3, 4, 5>(n, ofFixedSize)) casteljauOfAnySize(poles, n, t, Dim, out);
 }
 
 double power(double base, unsigned int exponent) {
@@ -128,18 +118,11 @@ void fixedDerivatives(const double* poles, double t, double length, double* out)
 template <unsigned int Dim>
 void derivativesOfDimension(const double* poles, unsigned int n, double t, double length,
                             double* out) {
-    switch (n) {
-        case 2:
-            return fixedDerivatives<Dim, 2>(poles, t, length, out);
-        case 3:
-            return fixedDerivatives<Dim, 3>(poles, t, length, out);
-        case 4:
-            return fixedDerivatives<Dim, 4>(poles, t, length, out);
-        case 5:
-            return fixedDerivatives<Dim, 5>(poles, t, length, out);
-        default:
-            return derivativesOfAnySize(poles, n, t, Dim, length, out);
-    }
+    const auto ofFixedSize = [&](auto count) {
+        fixedDerivatives<Dim, count>(poles, t, length, out);
+    };
+    if (!visitFixed<2, 3, 4, 5>(n, ofFixedSize))
+        derivativesOfAnySize(poles, n, t, Dim, length, out);
 }
 
 void reversePoles(double* poles, unsigned int n, unsigned int dim) {
@@ -154,16 +137,8 @@ void Casteljau(const double* poles, unsigned int n, double t, unsigned int dim, 
         std::fill_n(out, dim, 0.0);
         return;
     }
-    switch (dim) {
-        case 2:
-            return casteljauOfDimension<2>(poles, n, t, out);
-        case 3:
-            return casteljauOfDimension<3>(poles, n, t, out);
-        case 4:
-            return casteljauOfDimension<4>(poles, n, t, out);
-        default:
-            return casteljauOfAnySize(poles, n, t, dim, out);
-    }
+    const auto ofFixedDimension = [&](auto d) { casteljauOfDimension<d>(poles, n, t, out); };
+    if (!visitFixed<2, 3, 4>(dim, ofFixedDimension)) casteljauOfAnySize(poles, n, t, dim, out);
 }
 
 void CasteljauAll(const double* poles, double* triangle, unsigned int n, double t,
@@ -182,16 +157,11 @@ void CasteljauAll(const double* poles, double* triangle, unsigned int n, double 
 void Horner(const double* poles, unsigned int n, double t, unsigned int dim, double* out) {
     if (n == 0 || n - 1 > spline::highestHornerDegree) return Casteljau(poles, n, t, dim, out);
     const double* const binomials = theCnpTableau.Cnp(n - 1);
-    switch (dim) {
-        case 2:
-            return hornerOfDimension<2>(poles, n, t, dim, binomials, out);
-        case 3:
-            return hornerOfDimension<3>(poles, n, t, dim, binomials, out);
-        case 4:
-            return hornerOfDimension<4>(poles, n, t, dim, binomials, out);
-        default:
-            return hornerOfDimension<0>(poles, n, t, dim, binomials, out);
-    }
+    const auto ofFixedDimension = [&](auto d) {
+        hornerOfDimension<d>(poles, n, t, dim, binomials, out);
+    };
+    if (!visitFixed<2, 3, 4>(dim, ofFixedDimension))
+        hornerOfDimension<0>(poles, n, t, dim, binomials, out);
 }
 
 void RedefineDomain(double* poles, unsigned int n, double a, double b, unsigned int dim) {
@@ -221,20 +191,11 @@ namespace spline {
 void casteljauDerivatives(const double* poles, unsigned int n, double t, unsigned int dim,
                           double length, double* out) {
     // 9 and 12: points in space with their derivatives in the other direction of a surface.
-    switch (dim) {
-        case 2:
-            return derivativesOfDimension<2>(poles, n, t, length, out);
-        case 3:
-            return derivativesOfDimension<3>(poles, n, t, length, out);
-        case 4:
-            return derivativesOfDimension<4>(poles, n, t, length, out);
-        case 9:
-            return derivativesOfDimension<9>(poles, n, t, length, out);
-        case 12:
-            return derivativesOfDimension<12>(poles, n, t, length, out);
-        default:
-            return derivativesOfAnySize(poles, n, t, dim, length, out);
-    }
+    const auto ofFixedDimension = [&](auto d) {
+        derivativesOfDimension<d>(poles, n, t, length, out);
+    };
+    if (!visitFixed<2, 3, 4, 9, 12>(dim, ofFixedDimension))
+        derivativesOfAnySize(poles, n, t, dim, length, out);
 }
 
 }  // namespace spline
