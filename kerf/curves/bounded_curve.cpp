@@ -87,6 +87,18 @@ void EREntAngle::printOn(std::ostream& os) const {
 ERULong EREntAngle::binaryStoreSize() const { return 2 * sizeof(double); }
 
 template <class Space>
+ERRadian AngleBounded<Space>::startAngle(ERRadian angle) {
+    this->setDirty();
+    return EREntAngle::startAngle(angle);
+}
+
+template <class Space>
+ERRadian AngleBounded<Space>::endAngle(ERRadian angle) {
+    this->setDirty();
+    return EREntAngle::endAngle(angle);
+}
+
+template <class Space>
 ERLimites AngleBounded<Space>::getBound() const {
     const double start = startAngle();
     const double end = endAngle();

@@ -52,8 +52,12 @@ private:
 template <class Space>
 class KERF_EXPORT AngleBounded : public Space::Curve, public EREntAngle {
 public:
+    using EREntAngle::endAngle;
     using EREntAngle::isClosed;
+    using EREntAngle::startAngle;
 
+    ERRadian startAngle(ERRadian angle);  ///< as that of the angles, and the curve is dirty
+    ERRadian endAngle(ERRadian angle);
     double udeb() const override { return startAngle(); }
     double ufin() const override { return endAngle(); }
     ERLimites getBound() const override;
