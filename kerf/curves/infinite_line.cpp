@@ -107,7 +107,7 @@ ERInfLine2D::ERInfLine2D(double a, double b, double c)
 }
 
 ERInfLine2D::ERInfLine2D(const ERSegment2D& segment)
-    : ERInfLine2D(segment.dirVector(), segment.getP1()) {}
+    : ERInfLine2D(segment.getP1(), segment.getP2()) {}
 
 ERInfLine2D ERInfLine2D::parallele(double k) const {
     // The direction to the last bit: normalised anew it might no longer count as parallel.
@@ -167,7 +167,7 @@ ERInfLine3D::ERInfLine3D(const ERPoint3D& a, const ERPoint3D& b)
     : ERInfLine3D(ERVector3D(a, b), a) {}
 
 ERInfLine3D::ERInfLine3D(const ERSegment3D& segment)
-    : ERInfLine3D(segment.dirVector(), segment.getP1()) {}
+    : ERInfLine3D(segment.getP1(), segment.getP2()) {}
 
 ERInfLine3D::ERInfLine3D(const ERInfLine2D& line, const ERPmIsometrie3D& t)
     : ERInfLine3D(t >> line.dirVector().castToVector3D(Coord3D::CoordZ, 0.0),
