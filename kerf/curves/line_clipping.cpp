@@ -67,7 +67,6 @@ int intersect(const ERInfLine3D& line, const ERPoint3D& corner, const ERVector3D
 
 int intersect(const ERInfLine3D& line, const ERMinimax3D& box, ERSegment3D& result, int boundX,
               int boundY, int boundZ) {
-    if (box.invalid()) return 0;
     const bool bounded[3] = {boundX != 0, boundY != 0, boundZ != 0};
     double lengths[3];
     for (unsigned int axis = 0; axis < 3; ++axis) {

@@ -23,7 +23,9 @@ KERF_EXPORT ER_MINMAX_POSITION_SEGMENT SutherCohen(const ERInfLine2D& line, cons
 /// order of z, y and x, then upper ones. An axis of which the flag is 0 is unbounded: it has no end
 /// faces, and its limits are not looked at. Faces without extent are passed over.
 /// Returns 1, or 0 with `result` as it was when there are no two hits apart, by more than 1e-11 in
-/// some coordinate, and for a reset box.
+/// some coordinate.
+/// Kept:      a reset box is not looked for. Bounded on every axis it is missed; bounded on one alone
+///            it is met at the largest numbers.
 /// Tolerance: none on the faces. A line that rounding carries past the edge it meets misses.
 KERF_EXPORT int intersect(const ERInfLine3D& line, const ERMinimax3D& box, ERSegment3D& result,
                           int boundX, int boundY, int boundZ);
