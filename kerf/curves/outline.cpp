@@ -197,6 +197,12 @@ ERVector2D ERRegularPolygon2D::main_direction() const {
     return ERVector2D(barycenter(), points()[0]).getnormalized();
 }
 
+ERInfoPoint2D ERRegularPolygon2D::PtCur(double u) const {
+    const double n = corners_.length();
+    const double v = detail::intoRange(u, n);
+    return CornerOutline2D::PtCur(v >= n ? 0.0 : v);
+}
+
 void ERRegularPolygon2D::points(const ERVec<ERPoint2D>& corners) {
     corners_ = corners;
     setDirty();

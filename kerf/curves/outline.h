@@ -155,6 +155,7 @@ private:
 };
 
 /// A regular polygon in the plane, counter-clockwise; corner 0 lies in the main direction.
+/// Parameter: u is brought into [0, n), so n is 0 again, on the first side.
 class KERF_EXPORT ERRegularPolygon2D : public CornerOutline2D {
     ER_OBJECT_CLASS(ERRegularPolygon2D);
     ER_STORED_CLASS(ERRegularPolygon2D);
@@ -172,6 +173,7 @@ public:
     double inside_radius() const;
     double outside_radius() const;
     ERVector2D main_direction() const override;
+    ERInfoPoint2D PtCur(double u) const override;
     using CornerOutline2D::points;
     void points(const ERVec<ERPoint2D>& corners);  ///< takes them as they are
     /// Moves every side outwards by delta, the corners on their rays from the centre. Fewer than
