@@ -91,7 +91,8 @@ double Chain<Kind>::indexOf(double u) const {
 
 template <class Kind>
 double Chain<Kind>::parameterOf(double x) const {
-    return this->Ndeb() + x * naturalLength() / entries();
+    // In this form: exactly x on [0, n].
+    return this->Ndeb() + x * (naturalLength() / entries());
 }
 
 template <class Kind>
