@@ -198,6 +198,7 @@ TEST(Minimiser, DampsAndLengthensItsSteps) {
         {"a tenth at least", power(4, 0.04), {1, -99, -9, 0}, 0},
         {"doubled while H falls", power(2, 8), {1, 0.75, 0.5, 0, -1}, 0},
         {"doubled up to 200", power(1, 1 / 100.0), {0, -100, -200}, -200},
+        {"doubled no further than 200", power(1, 1 / 60.0), {0, -60, -120}, -120},
         {"cut to 200", power(1, 1 / 1000.0), {0, -200}, -200},
         {"halved where H is not finite", logarithmic, {3, -3, 0, 1.5}, 1.5},
         {"halved outside the domain", guarded, {3, 1.5}, 1.5},

@@ -11,11 +11,9 @@
 #include <utility>
 #include <vector>
 
-#include "kerf/core/file.h"
 #include "kerf/numerics/matrix_impl.h"
 #include "kerf/numerics/vector_impl.h"
 #include "tests/numerics/vector_checks.h"
-#include "tests/support/temporary_file.h"
 
 namespace kerf::test {
 
@@ -121,20 +119,6 @@ TEST(Vec, IsMadeOfAListOrARange) {
     EXPECT_EQ(assigned.length(), 1u);
 }
 
-TEST(Vec, GoesThroughAFileWithItsShape) {
-    const TemporaryFile place;
-    ERFile file(place.path(), CFile::modeCreate | CFile::modeReadWrite);
-    const ERVec<double> numbers{1, 2, 3};
-    const ERMatrix<double> matrix(2, 3);
-    file << numbers << matrix;
-    file.SeekTo(0);
-    ERVec<double> numbersBack;
-    ERMatrix<double> matrixBack;
-    file >> numbersBack >> matrixBack;
-    EXPECT_TRUE(numbersBack == numbers);
-    EXPECT_EQ(matrixBack.cols(), 3u);
-}
-
 TEST(Vec, SearchAndEqualityAreExact) {
     const double nan = std::numeric_limits<double>::quiet_NaN();
     const ERVec<double> vec = vecOf({1, 0.1 + 0.2, 1, nan, -0.0});
@@ -169,11 +153,6 @@ TEST(Slice, TakesLengthAndStrideInEitherOrder) {
     const ERVec<double> vec = counting(9);
     EXPECT_EQ(listOf(ERSlice<double>(vec, 7, 2, -3)), (Values{7, 4}));
     EXPECT_EQ(listOf(vec.slice(7, -3, 2)), (Values{7, 4}));
-}
-
-TEST(Vec, PrintsLengthAndElements) {
-    EXPECT_EQ(printed(vecOf({1, 2.5, -3})), "(3)[1,2.5,-3]\n");
-    EXPECT_EQ(printed(ERVec<double>()), "(0)[]\n");
 }
 
 TEST(VecGrid, AddressesRowByRow) {

@@ -11,9 +11,7 @@
 #include <string_view>
 
 #include "kerf/core/store_size.h"
-#include "kerf/persistence/file_manager.h"
 #include "kerf/persistence/numbered_database.h"
-#include "kerf/persistence/tree_objects.h"
 #include "kerf/values/persistent_point.h"
 #include "tests/persistence/database_support.h"
 #include "tests/persistence/heap_support.h"
@@ -26,49 +24,40 @@ using namespace test;
 class DatabaseObjects : public DatabaseTest {};
 
 TEST(Property, ConvertsBetweenItsTypesAndPrints) {
+    using P = ERDBObjProperty;
     const struct {
-        ERDBObjProperty property;
+        P property;
         std::string printed;
         double real;
         int integer;
         unsigned int natural;
     } cases[] = {
-        {ERDBObjProperty(), "0\n GV (UNDEF!!!) ", 0, 0, 0},
-        {ERDBObjProperty(-2.75), "2\n GV (double) -2.75", -2.75, -2, 4294967294u},
-        {ERDBObjProperty(1e300), "2\n GV (double) 1e+300", 1e300, std::numeric_limits<int>::max(),
+        {P(), "0\n GV (UNDEF!!!) ", 0, 0, 0},
+        {P(-2.75), "2\n GV (double) -2.75", -2.75, -2, 4294967294u},
+        {P(1e300), "2\n GV (double) 1e+300", 1e300, std::numeric_limits<int>::max(),
          static_cast<unsigned int>(static_cast<std::int64_t>(9.2e18))},
-        {ERDBObjProperty("12.5mm"), "3\n GV (String) 12.5mm", 12.5, 12, 12},
-        {ERDBObjProperty(4000000000ul), "4\n GV (unsigned long) 4000000000", 4e9, -294967296,
-         4000000000u},
+        {P("12.5mm"), "3\n GV (String) 12.5mm", 12.5, 12, 12},
+        {P(4000000000ul), "4\n GV (unsigned long) 4000000000", 4e9, -294967296, 4000000000u},
+        {P(std::int64_t{-5}), "1\n GV (long) -5", -5, -5, 4294967291u},
+        {P(static_cast<signed char>(-5)), "1\n GV (long) -5", -5, -5, 4294967291u},
+        {P(true), "1\n GV (long) 1", 1, 1, 1},
+        {P(std::size_t{7}), "4\n GV (unsigned long) 7", 7, 7, 7},
+        {P(4000000000ll), "4\n GV (unsigned long) 4000000000", 4e9, -294967296, 4000000000u},
+        {P(5000000000ll), "2\n GV (double) 5e+09", 5e9, std::numeric_limits<int>::max(),
+         705032704u},
+        {ERDBObject().property(12, std::string("mm")).property(12), "3\n GV (String) mm", 0, 0, 0},
+        {ERDBObject().property(10, 5000000000ll).property(10), "2\n GV (double) 5e+09", 5e9,
+         std::numeric_limits<int>::max(), 705032704u},
     };
     for (const auto& c : cases) {
         std::ostringstream printed;
-        c.property.printOn(printed);
+        printed << c.property;
         EXPECT_EQ(printed.str(), "ERDBObjProperty type = " + c.printed);
         EXPECT_EQ(c.property.operator double(), c.real) << c.printed;
         EXPECT_EQ(c.property.operator int(), c.integer) << c.printed;
         EXPECT_EQ(c.property.operator unsigned int(), c.natural) << c.printed;
     }
-    EXPECT_EQ(ERDBObjProperty(std::numeric_limits<double>::quiet_NaN()).operator int(), 0);
-}
-
-TEST(Property, TakesWholeNumbersOfAnyTypeAndStandardTexts) {
-    using P = ERDBObjProperty;
-    for (const P& number :
-         {P(std::int64_t{-5}), P(-5ll), P(short{-5}), P(static_cast<signed char>(-5))})
-        EXPECT_EQ(number.getType() == P::Long ? number.operator int() : 0, -5);
-    EXPECT_EQ(P(std::uint64_t{7}).operator int(), 7);
-    EXPECT_EQ(P(4000000000ll).operator unsigned int(), 4000000000u);
-    EXPECT_EQ(P(5000000000ll).operator double(), 5e9);
-    EXPECT_EQ(P(true).getType(), P::Long);
-
-    ERDBObject object;
-    object.property(10, 5000000000ll).property(11, std::size_t{3}).property(12, std::string("mm"));
-    EXPECT_EQ(object.property(10).operator double(), 5e9);
-    EXPECT_EQ(object.property(11).operator int(), 3);
-    std::ostringstream printed;
-    printed << object.property(12);
-    EXPECT_EQ(printed.str(), "ERDBObjProperty type = 3\n GV (String) mm");
+    EXPECT_EQ(P(std::numeric_limits<double>::quiet_NaN()).operator int(), 0);
 }
 
 TEST(DatabaseObject, AConstantOneIsReadWithoutANewEntry) {
@@ -164,32 +153,6 @@ TEST_F(DatabaseObjects, ComeBackWithTheirPropertiesAndTheirObject) {
     }
 }
 
-TEST_F(DatabaseObjects, ATreeIsFoundAgainThroughItsRecord) {
-    OpenedBase base(place);
-    ERDBTree tree, again;
-    EXPECT_EQ(tree.insertKeyAndValue(1, 1), 0);
-    tree.Create("levels", *base.fileManager());
-    for (ERLong key = -50; key < 50; ++key) ASSERT_EQ(tree.insertKeyAndValue(key, key * key), 1);
-    EXPECT_EQ(tree.Save(&base), 1);
-    ASSERT_EQ(base.Retrieve(1, again), 1);
-    again.Reload(*base.fileManager());
-    EXPECT_TRUE(again.name() == "levels");
-    EXPECT_EQ(again.findValue(-50), 2500);
-
-    // A tree may outlive its base: it leaves its count in the file.
-    ERAuxilaryIndex index(*base.fileManager()), reread;
-    EXPECT_EQ(index.Insert(7, 70), 1);
-    EXPECT_EQ(base.Store(index), 2);
-    base.Close();
-    EXPECT_EQ(tree.findValue(-50), -1);
-    EXPECT_EQ(tree.insertKeyAndValue(99, 1), 0);
-    EXPECT_EQ(index.entries(), 0);
-    base.Open(place.path(), 1);
-    ASSERT_EQ(base.Retrieve(2, reread), 1);
-    reread.init(*base.fileManager());
-    EXPECT_EQ(reread.entries(), 1);
-}
-
 TEST_F(DatabaseObjects, AreNumberedInTheOrderOfSaving) {
     ERDataBase base;
     ASSERT_EQ(base.Open(place.path(), 0), 1);
@@ -204,18 +167,6 @@ TEST_F(DatabaseObjects, AreNumberedInTheOrderOfSaving) {
     ASSERT_EQ(base.Open(otherPlace.path(), 0), 1);
     EXPECT_EQ(base.getNbEnt(), 0);
     EXPECT_EQ(base.save(newNamed("first")), 0);
-}
-
-TEST_F(DatabaseObjects, ABaseWhoseFirstRecordIsNoIndexIsRefusedAndClosed) {
-    {
-        OpenedBase plain(place);
-        newNamed("plain")->Save(&plain);
-    }
-    const std::string before = place.bytes();
-    ERDataBase base;
-    EXPECT_EQ(base.Open(place.path(), 1), 0);
-    EXPECT_EQ(place.bytes(), before);
-    EXPECT_EQ(OpenedBase(place).getNbObj(), 1u);
 }
 
 }  // namespace

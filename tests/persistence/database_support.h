@@ -7,6 +7,7 @@
 #include "kerf/persistence/database_object.h"
 #include "kerf/persistence/object_database.h"
 #include "kerf/platform/sinks.h"
+#include "tests/persistence/scripted_object.h"
 #include "tests/support/temporary_file.h"
 
 namespace kerf::test {
@@ -29,18 +30,25 @@ inline std::string nameOf(const t_SmartPtr<ERObject>& object) {
     return named == nullptr ? "(none)" : named->name();
 }
 
-/// A place for a base, and what was shown to the user.
+/// A place for a base, what was shown to the user, and what the debug output was told.
 class DatabaseTest : public ::testing::Test {
 protected:
     DatabaseTest() {
         setMessageSink([this](const char* title, const char* text) {
             messages.push_back(std::string(title) + ": " + text);
         });
+        setDebugTextSink([this](const char* text) { told += text; });
+        told.clear();  // what was kept for the first sink
     }
-    ~DatabaseTest() override { setMessageSink(nullptr); }
+    ~DatabaseTest() override {
+        setMessageSink(nullptr);
+        setDebugTextSink(nullptr);
+        Scripted::restoreAny = nullptr;
+    }
 
     const TemporaryFile place;
     std::vector<std::string> messages;
+    std::string told;
 };
 
 }  // namespace kerf::test

@@ -7,7 +7,6 @@
 
 #include "kerf/platform/exceptions.h"
 #include "tests/persistence/heap_support.h"
-#include "tests/support/file_backends.h"
 #include "tests/support/temporary_file.h"
 
 namespace kerf {
@@ -30,16 +29,6 @@ TEST_F(FileManager, TheFirstBlockOfANewFileIsTheRootAndStays) {
     EXPECT_EQ(file.bytes(), expected + words({8}));
     EXPECT_EQ(manager.allocate(0), 292);  // a lone size word
     EXPECT_EQ(manager.endData(), 292);
-}
-
-TEST_F(FileManager, AFileThatIsTakenForMissingKeepsItsBytes) {
-    ERFileManager(file.path(), 0).allocate(4);
-    const std::string bytes = file.bytes();
-    TestFileBackend backend;
-    const ScopedFileBackend scope(backend);
-    backend.failCall(FileCall::status, 1);
-    EXPECT_EQ(ERFileManager(file.path(), 0).start(), 284);
-    EXPECT_EQ(file.bytes(), bytes);
 }
 
 TEST_F(FileManager, DeallocateLeavesAloneWhatIsNoBlock) {

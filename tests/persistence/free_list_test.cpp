@@ -257,19 +257,21 @@ std::string fullNode(ERLong crossing, ERLong end) {
     return bytes;
 }
 
-TEST_F(FreeList, ANodeCrossesAPageWhenNoOtherBlockCanBeHad) {
-    const TemporaryFile file(fullNode(/*crossing=*/1, /*end=*/0x7FFFFFF8));
+// What the list grows to when the block at 284 is freed.
+std::vector<FreeNode> grownList(const std::string& bytes) {
+    const TemporaryFile file(bytes);
     ERFileManager(file.path(), 0).deallocate(284);
-    const auto nodes = freeList(file.bytes());
+    return freeList(file.bytes());
+}
+
+TEST_F(FreeList, ANodeCrossesAPageWhenNoOtherBlockCanBeHad) {
+    const auto nodes = grownList(fullNode(/*crossing=*/1, /*end=*/0x7FFFFFF8));
     ASSERT_EQ(nodes.size(), 2u);
-    EXPECT_EQ(nodes[1].location, 3996u);
-    EXPECT_TRUE(nodes[1].entries.empty());
+    EXPECT_EQ(nodes[1], (FreeNode{3996, {}}));
 }
 
 TEST_F(FreeList, ANodeTriesEightBlocksAndGivesThemBack) {
-    const TemporaryFile file(fullNode(/*crossing=*/32, /*end=*/200000));
-    ERFileManager(file.path(), 0).deallocate(284);
-    const auto nodes = freeList(file.bytes());
+    const auto nodes = grownList(fullNode(/*crossing=*/32, /*end=*/200000));
     ASSERT_EQ(nodes.size(), 2u);
     EXPECT_EQ(nodes[0].entries.size(), 23u);
     EXPECT_EQ(nodes[1].location, 8u * 4096 + 3996);

@@ -25,94 +25,70 @@ namespace {
 using namespace test;
 using Clock = std::chrono::steady_clock;
 
-/// A count that the child raises and the parent reads after the child's death. It is memory that
-/// both have, so that reporting costs the child no call of the system: nearly all of its time goes
-/// into writing, which is what a kill is to meet.
-class SharedCount {
-public:
-    SharedCount()
-        : count_(new (::mmap(nullptr, sizeof(Count), PROT_READ | PROT_WRITE,
-                             MAP_SHARED | MAP_ANONYMOUS, -1, 0)) Count(0)) {}
-    SharedCount(const SharedCount&) = delete;
-    SharedCount& operator=(const SharedCount&) = delete;
-    ~SharedCount() { ::munmap(count_, sizeof(Count)); }
-
-    unsigned int get() const { return *count_; }
-    void set(unsigned int value) { *count_ = value; }
-
-private:
-    using Count = std::atomic<unsigned int>;
-    Count* count_;
-};
-
 /// Runs work(from), which raises the count for each thing stored, in a child that is killed after a
 /// random time, again and again on one file. After each kill check(count) looks at the file.
-class Killer {
-public:
-    explicit Killer(unsigned int seed) : draw_(seed) {}
-
-    void run(const TemporaryFile& file, const std::function<void(unsigned int, SharedCount&)>& work,
+class Kill : public testing::Test {
+protected:
+    void run(const std::function<void(unsigned int)>& work,
              const std::function<void(unsigned int)>& check) {
         const auto end = Clock::now() + std::chrono::seconds(8);
         int kills = 0;
-        for (; kills < 250 && Clock::now() < end; ++kills) {
-            if (stored_.get() >= mostStored) {
+        for (; kills < 250 && Clock::now() < end && !HasFailure(); ++kills) {
+            if (stored >= mostStored) {
                 std::filesystem::remove(file.path());
-                stored_.set(0);
+                stored = 0;
             }
             killOne(work);
             SCOPED_TRACE(testing::Message() << "kill " << kills);
-            check(stored_.get());
-            if (testing::Test::HasFailure()) break;
+            check(stored);
         }
         std::cout << kills << " kills\n";
     }
 
+    TemporaryFile file;
+    // Raised by the child and read after its death. It is memory that both have, so that reporting
+    // costs the child no call of the system: nearly all of its time goes into writing, which is what
+    // a kill is to meet.
+    std::atomic<unsigned int>& stored =
+        *new (::mmap(nullptr, sizeof(std::atomic<unsigned int>), PROT_READ | PROT_WRITE,
+                     MAP_SHARED | MAP_ANONYMOUS, -1, 0)) std::atomic<unsigned int>(0);
+
 private:
     static constexpr unsigned int mostStored = 20000;
 
-    void killOne(const std::function<void(unsigned int, SharedCount&)>& work) {
-        const unsigned int before = stored_.get();
+    void killOne(const std::function<void(unsigned int)>& work) {
+        const unsigned int before = stored;
         const pid_t child = ::fork();
         ASSERT_NE(child, -1);
         if (child == 0) {
-            work(before, stored_);
+            work(before);
             ::_exit(0);
         }
-        while (stored_.get() == before && ::waitpid(child, nullptr, WNOHANG) == 0) ::usleep(50);
+        while (stored == before && ::waitpid(child, nullptr, WNOHANG) == 0) ::usleep(50);
         ::usleep(draw_(5000));
         ::kill(child, SIGKILL);
         ::waitpid(child, nullptr, 0);
     }
 
-    Draws draw_;
-    SharedCount stored_;
+    Draws draw_{1};
 };
-
-class Kill : public testing::TestWithParam<unsigned int> {
-protected:
-    TemporaryFile file;
-    Killer killer{GetParam()};
-};
-INSTANTIATE_TEST_SUITE_P(Seeds, Kill, testing::Values(1u), testing::PrintToStringParamName());
 
 std::string nameOfNumber(unsigned int number) {
     return std::string(10 + number * 7 % 300, static_cast<char>('a' + number % 26));
 }
 
 // Every object that Store has returned an ID for, and the last version of each.
-TEST_P(Kill, LosesNoStoredObject) {
+TEST_F(Kill, LosesNoStoredObject) {
     constexpr std::size_t mostKept = 20;
-    killer.run(
-        file,
-        [&](unsigned int stored, SharedCount& count) {
+    run(
+        [&](unsigned int number) {
             ERObjectDataBase base;
             if (!base.Open(file.path(), 0)) return;
             std::vector<t_SmartPtr<ERDBObject>> kept;
             for (;;) {
-                const t_SmartPtr<ERDBObject> object = newNamed(nameOfNumber(stored + 1));
+                const t_SmartPtr<ERDBObject> object = newNamed(nameOfNumber(number + 1));
                 if (base.Store(*object) == -1) return;
-                count.set(++stored);
+                stored = ++number;
                 kept.push_back(object);
                 if (kept.size() < mostKept) continue;
                 // A new record each, in the space of objects stored again before.
@@ -121,46 +97,45 @@ TEST_P(Kill, LosesNoStoredObject) {
                 kept.clear();
             }
         },
-        [&](unsigned int stored) {
+        [&](unsigned int count) {
             OpenedBase base(file, 1);
             // The kill may have come between a store and its count.
             unsigned int found = 0;
             ERLong id = 0;
-            for (unsigned int missing = 0; missing < 3 && found < stored; ++id) {
+            for (unsigned int missing = 0; missing < 3 && found < count; ++id) {
                 const t_SmartPtr<ERObject> object = base.RetrieveAndCreate(id + 1);
                 if (nameOf(object) == nameOfNumber(found + 1))
                     ++found;
                 else if (nameOf(object) != nameOfNumber(found))
                     ++missing;
             }
-            EXPECT_EQ(found, stored);
+            EXPECT_EQ(found, count);
         });
 }
 
 // Nodes as long as a page are hit by most kills.
-TEST_P(Kill, LosesNoKeyOfATreeWithLargeNodes) {
+TEST_F(Kill, LosesNoKeyOfATreeWithLargeNodes) {
     const Shape shape{4, 170, 170, 1, 10};
     const auto keyOf = [](unsigned int number) { return binaryKey(number * 2654435761u); };
-    killer.run(
-        file,
-        [&](unsigned int stored, SharedCount& count) {
+    run(
+        [&](unsigned int number) {
             OpenedTree opened(file, shape);
             for (;;) {
-                const std::string key = keyOf(stored + 1);
+                const std::string key = keyOf(number + 1);
                 if (!opened.tree.contains(key.data()) &&
-                    !opened.tree.insertKeyAndValue(key.data(), static_cast<ERLong>(stored + 1)))
+                    !opened.tree.insertKeyAndValue(key.data(), static_cast<ERLong>(number + 1)))
                     return;
-                count.set(++stored);
+                stored = ++number;
             }
         },
-        [&](unsigned int stored) {
+        [&](unsigned int count) {
             OpenedTree opened(file, shape, -1, 1);
             unsigned int found = 0;
-            while (found < stored &&
+            while (found < count &&
                    opened.tree.findValue(keyOf(found + 1).data()) == static_cast<ERLong>(found + 1))
                 ++found;
-            EXPECT_EQ(found, stored);
-            EXPECT_GE(contentOf(opened.tree).size(), stored);
+            EXPECT_EQ(found, count);
+            EXPECT_GE(contentOf(opened.tree).size(), count);
         });
 }
 

@@ -5,7 +5,6 @@
 #include <cstdint>
 #include <filesystem>
 #include <functional>
-#include <future>
 #include <map>
 #include <memory>
 #include <string>
@@ -20,7 +19,6 @@
 #include "kerf/values/persistent_point.h"
 #include "tests/persistence/database_support.h"
 #include "tests/persistence/heap_support.h"
-#include "tests/persistence/scripted_object.h"
 
 namespace kerf {
 namespace {
@@ -79,20 +77,22 @@ TEST_F(ObjectDataBase, ARingReadsAsNullAndIsNotSavedWhenAllOfItIsDirty) {
 
 // Runs the work in a thread with a stack of that size.
 int inThread(std::size_t stackSize, const std::function<int()>& work) {
-    std::packaged_task<int()> task(work);
-    std::future<int> result = task.get_future();
+    struct Task {
+        const std::function<int()>& work;
+        int result;
+    } task{work, -1};
     pthread_attr_t attributes;
     pthread_attr_init(&attributes);
     pthread_attr_setstacksize(&attributes, stackSize);
     const auto run = [](void* given) -> void* {
-        (*static_cast<std::packaged_task<int()>*>(given))();
+        static_cast<Task*>(given)->result = static_cast<Task*>(given)->work();
         return nullptr;
     };
     pthread_t thread;
     EXPECT_EQ(pthread_create(&thread, &attributes, run, &task), 0);
     pthread_join(thread, nullptr);
     pthread_attr_destroy(&attributes);
-    return result.get();
+    return task.result;
 }
 
 #if UINTPTR_MAX > 0xFFFFFFFFu
@@ -207,8 +207,6 @@ TEST_F(ObjectDataBase, OpeningAnotherFileClosesTheFirstAndForgetsItsClasses) {
     ASSERT_EQ(base.Open(otherPlace.path(), 0), 1);
     EXPECT_EQ(base.getNbObj(), 0u);
     EXPECT_EQ(base.getSignature("ERDBObject"), -1);
-    ERPersistentPoint2D().Save(&base);
-    EXPECT_NE(ERPersistentPoint2D::castdown(base.RetrieveAndCreate(1).getObject()), nullptr);
     EXPECT_EQ(OpenedBase(place).getNbObj(), 1u);
 }
 
@@ -222,8 +220,7 @@ TEST_F(ObjectDataBase, AnObjectThatNoFileCanHoldIsRefusedAndNotCounted) {
         EXPECT_EQ(object.getObjectID(), -1) << size;
     }
     EXPECT_EQ(base.getNbObj(), 0u);
-    EXPECT_EQ(newNamed("first")->Save(&base), 1);
-    EXPECT_EQ(nameOf(base.RetrieveAndCreate(1)), "first");
+    ASSERT_EQ(base.Store(*newNamed("first")), 1);
 }
 
 TEST_F(ObjectDataBase, AReferenceLeavesTheCurrentBaseAsItWas) {
@@ -266,18 +263,46 @@ TEST_F(ObjectDataBase, ABareObjectIsStoredByItsOwnNew) {
     EXPECT_EQ(ERDBObject().getObjectID(), -1);
 }
 
-TEST_F(ObjectDataBase, WhatIsNoDatabaseIsRefusedAndLeftAlone) {
+TEST_F(ObjectDataBase, ARefusalNamesItsReasonAndLeavesTheFileAlone) {
+    const auto expectRefusal = [&](auto&& base, OpenFailure reason, const char* text) {
+        const std::string path = place.path(), before = place.bytes();
+        for (int readOnly : {1, 0}) {
+            told.clear();
+            EXPECT_EQ(base.Open(path, readOnly), 0);
+            EXPECT_EQ(base.openFailure(), reason);
+            EXPECT_EQ(told, path + ": " + text + "\n");
+            EXPECT_EQ(place.bytes(), before);
+        }
+    };
+    const struct {
+        std::string bytes;
+        OpenFailure reason;
+        const char* text;
+    } cases[] = {
+        {"", OpenFailure::emptyFile, "the file is empty"},
+        {std::string(5000, 'x'), OpenFailure::notADatabase, "not a database"},
+        {std::string(5000, '\0'), OpenFailure::notADatabase, "not a database"},
+        {newHeap().replace(0, 4, words({284})), OpenFailure::damaged, "a damaged database"},
+    };
+    for (const auto& c : cases) {
+        place.setBytes(c.bytes);
+        expectRefusal(ERObjectDataBase(), c.reason, c.text);
+    }
+    std::filesystem::remove(place.path());
+    {
+        OpenedBase writer(place);
+        EXPECT_EQ(writer.openFailure(), OpenFailure::none);
+        expectRefusal(ERObjectDataBase(), OpenFailure::inUse, "in use by another program");
+        newNamed("first")->Save(&writer);
+    }
+    ERDataBase numbered;
+    expectRefusal(numbered, OpenFailure::otherKind, "a database without numbered objects");
+    EXPECT_EQ(OpenedBase(place).getNbObj(), 1u);  // for `numbered` is closed
+    std::filesystem::remove(place.path());
     ERObjectDataBase base;
     EXPECT_EQ(base.Open(place.path(), 1), 0);
+    EXPECT_EQ(base.openFailure(), OpenFailure::noSuchFile);
     EXPECT_FALSE(std::filesystem::exists(place.path()));
-    EXPECT_EQ(base.Open("/no/such/folder/file", 0), 0);
-    EXPECT_EQ(messages.size(), 1u);
-    for (const std::string& bytes :
-         {std::string(), std::string(5000, 'x'), std::string(5000, '\0')}) {
-        place.setBytes(bytes);
-        for (int readOnly : {0, 1}) EXPECT_EQ(base.Open(place.path(), readOnly), 0);
-        EXPECT_EQ(place.bytes(), bytes);
-    }
     ERDBObject object;
     EXPECT_EQ(base.Store(object), -1);
     EXPECT_EQ(base.Retrieve(1, object), 0);
@@ -285,80 +310,29 @@ TEST_F(ObjectDataBase, WhatIsNoDatabaseIsRefusedAndLeftAlone) {
     EXPECT_EQ(base.InsertSpecial(1), -1);
 }
 
-TEST_F(ObjectDataBase, ARefusalNamesItsReason) {
-    std::string told;
-    setDebugTextSink([&](const char* text) { told += text; });
-    told.clear();  // what was kept for the first sink
-    ERObjectDataBase base;
-    const auto expectRefusal = [&](OpenFailure reason, const std::string& text) {
-        told.clear();
-        EXPECT_EQ(base.Open(std::string(place.path()), 1), 0);
-        EXPECT_EQ(base.openFailure(), reason);
-        EXPECT_EQ(told, std::string(place.path()) + ": " + text + "\n");
-    };
-    expectRefusal(OpenFailure::noSuchFile, "there is no such file");
-    place.setBytes("");
-    expectRefusal(OpenFailure::emptyFile, "the file is empty");
-    place.setBytes(std::string(5000, 'x'));
-    expectRefusal(OpenFailure::notADatabase, "not a database");
-    std::filesystem::remove(place.path());
-    {
-        OpenedBase writer(place);
-        EXPECT_EQ(writer.openFailure(), OpenFailure::none);
-        newNamed("first")->Save(&writer);
-        expectRefusal(OpenFailure::inUse, "in use by another program");
-    }
-    const std::string whole = place.bytes();
-    {
-        ERDataBase numbered;
-        EXPECT_EQ(numbered.Open(place.path(), 1), 0);
-        EXPECT_EQ(numbered.openFailure(), OpenFailure::otherKind);
-    }
-    place.setBytes(whole.substr(0, 290));
-    expectRefusal(OpenFailure::damaged, "a damaged database");
-    place.setBytes(whole);
-    EXPECT_EQ(base.Open(place.path(), 1), 1);
-    EXPECT_EQ(base.openFailure(), OpenFailure::none);
-    told.clear();
-    EXPECT_THROW(newNamed("second")->Save(&base), CFileException);
-    EXPECT_NE(told.find("opened read-only"), std::string::npos) << told;
-    setDebugTextSink(nullptr);
-}
-
 TEST_F(ObjectDataBase, AnUnknownClassIsToldFromAMissingNumber) {
-    {
-        OpenedBase writer(place);
-        newNamed("first")->Save(&writer);
-    }
+    newNamed("first")->Save(std::make_unique<OpenedBase>(place).get());
     std::string bytes = place.bytes();
-    bytes.replace(bytes.find("ERDBObject"), 10, "ERDBObjecs");
-    place.setBytes(bytes);
+    place.setBytes(bytes.replace(bytes.find("ERDBObject"), 10, "ERDBObjecs"));
     OpenedBase base(place, 1);
-    std::string told;
-    setDebugTextSink([&](const char* text) { told += text; });
-    told.clear();  // what was kept for the first sink
     EXPECT_TRUE(!base.RetrieveAndCreate(2));
     EXPECT_EQ(told, "");
     EXPECT_TRUE(!base.RetrieveAndCreate(1));
     EXPECT_EQ(told, "object 1: unknown class ERDBObjecs\n");
-    setDebugTextSink(nullptr);
 }
 
 TEST_F(ObjectDataBase, AReadOnlyBaseIsSharedAndStaysAsItWas) {
-    {
-        OpenedBase writer(place);
-        newNamed("first")->Save(&writer);
-        ERObjectDataBase second;
-        for (int readOnly : {0, 1}) EXPECT_EQ(second.Open(place.path(), readOnly), 0);
-    }
+    newNamed("first")->Save(std::make_unique<OpenedBase>(place).get());
     const std::string before = place.bytes();
     {
         OpenedBase reader(place, 1), another(place, 1);
         EXPECT_THROW(ERDBObject().Save(&reader), CFileException);
         EXPECT_THROW(reader.Delete(1), CFileException);
         EXPECT_EQ(nameOf(reader.RetrieveAndCreate(1)), "first");
+        EXPECT_EQ(ERObjectDataBase().Open(place.path(), 0), 0);
     }
     EXPECT_EQ(place.bytes(), before);
+    EXPECT_EQ(told.substr(0, told.find('\n')), place.path() + std::string(": opened read-only"));
 }
 
 // Oracle: maps from ID to what was stored last, an object's name and part or a plain number. The
