@@ -4,17 +4,15 @@
 
 #include "kerf/curves/ellipse.h"
 #include "kerf/curves/nurbs_curve.h"
-#include "kerf/curves/segment.h"
 #include "kerf/values/info_point.h"
 #include "kerf/values/transformed_entity.h"
+#include "tests/curves/angular_checks.h"
 #include "tests/curves/curve_contract.h"
 #include "tests/support/value_checks.h"
 
 // Circular arcs. The contract of every curve runs on the samples; here is what is theirs alone.
 namespace kerf::test {
 namespace {
-
-using ::testing::ElementsAre;
 
 const ERPmIsometrie3D tilted = ERChgRepere3D(ERVector3D(1, -2, 2), ERPoint3D(3, 1, -4));
 const ERPmIsometrie3D leftHanded = tilted * ERSymetrie3D(Coord3D::CoordX);
@@ -56,21 +54,16 @@ INSTANTIATE_TEST_SUITE_P(Arcs, PlaneCurveContract, ::testing::ValuesIn(planeArcs
 INSTANTIATE_TEST_SUITE_P(Arcs, SpaceCurveContract, ::testing::ValuesIn(spaceArcs()),
                          nameOfSample<SpaceCurveSample>);
 
-TEST(Arc2D, SecondDerivativePointsOutwards) {
+TEST(Arc2D, NormalIsAPositionAndTheSecondDerivativePointsOutwards) {
     const ERArc2D arc(ERPoint2D(1, 2), 3, 0, 2);
     EXPECT_EQ(arc.PtCur(0).secondDerivative(), ERVector2D(3, 0));
-    EXPECT_EQ(arc.PtCur(0).tangente(), ERVector2D(0, 3));
-}
-
-TEST(Arc2D, NormalIsAPositionAndTheCurvesNormalAUnitVector) {
-    const ERArc2D arc(ERPoint2D(1, 2), 3, 0, 2);
     EXPECT_EQ(arc.normal(0), ERPoint2D(1, 5));
     EXPECT_EQ(static_cast<const ERFiniteEntity2DWF&>(arc).normal(0), ERVector2D(-1, 0));
     expectNear(ERArc3D(tilted, arc).normal(0), tilted >> ERPoint3D(1, 5, 0));
 }
 
-TEST(Arc2D, FindsNoDistanceThroughTheEntity) {
-    ERArc2D arc(ERPoint2D(1, 2), 3, 0, 2);
+TEST(Arcs, DistanceIsOfTheCircleInSpaceAndNoneThroughTheFlatEntity) {
+    ERArc2D arc(ERPoint2D(1, 2), 3, 0, 0.1);
     double d = 7;
     EXPECT_EQ(static_cast<const EREntity2D&>(arc).SignedMinimalDistance(ERPoint2D(9, 2), d),
               EREntity::NoFootPoint);
@@ -78,12 +71,7 @@ TEST(Arc2D, FindsNoDistanceThroughTheEntity) {
     EXPECT_EQ(static_cast<ERFiniteEntity2DWF&>(arc).SignedMinimalDistance(ERPoint2D(9, 2), d),
               EREntity::SingleNearestPoint);
     EXPECT_EQ(d, 0);
-}
-
-TEST(Arc3D, HasTheDistanceOfItsCircle) {
-    const ERArc3D arc(tilted, ERArc2D(ERPoint2D(1, 2), 3, 0, 0.1));
-    double d = 0;
-    EXPECT_EQ(arc.SignedMinimalDistance(tilted >> ERPoint3D(-3, 2, 0), d),
+    EXPECT_EQ(ERArc3D(tilted, arc).SignedMinimalDistance(tilted >> ERPoint3D(-3, 2, 0), d),
               EREntity::SingleNearestPoint);
     EXPECT_NEAR(d, 1, 1e-13);
 }
@@ -99,11 +87,10 @@ TEST(Arc2D, BoxOfManyTurnsIsThatOfTheCircle) {
     }
 }
 
-TEST(Arc2D, LengthsAreExactWhateverTheTolerance) {
+TEST(Arc2D, LengthIsExactWhateverTheToleranceAndTheOrder) {
     const ERArc2D arc(ERPoint2D(1, 1), 2, 3, -1);
     EXPECT_EQ(arc.arcLength(100), 8);
-    EXPECT_EQ(arc.arcLength(ERLimites(1, 1.5), nan), 1);
-    EXPECT_EQ(arc.arcLength(ERLimites(1.5, 1), 0), 1);
+    EXPECT_EQ(arc.arcLength(ERLimites(1.5, 1), nan), 1);
 }
 
 TEST(Arc2D, EqualAnglesKeepTheOrderOfTheSamples) {
@@ -120,95 +107,65 @@ TEST(Arc2D, NormalizingTakesTurnsOff) {
         arc.normalized();
         return std::pair<double, double>(arc.udeb(), arc.ufin());
     };
-    const auto whole = normalized(1.5 * pi, 2 * pi);
-    EXPECT_DOUBLE_EQ(whole.first, -pi / 2);
-    EXPECT_EQ(whole.second, 0);
-    EXPECT_EQ(normalized(1.5 * pi, 1.75 * pi), std::pair(1.5 * pi, 1.75 * pi));
-    EXPECT_EQ(normalized(-20, 1), std::pair(-20.0, 1.0));
-    EXPECT_EQ(normalized(3, 100), std::pair(3.0, 100.0));
-    const auto many = normalized(1000, 990);
-    EXPECT_GT(many.first, -pi);
-    EXPECT_LE(many.first, pi);
-    EXPECT_NEAR(std::remainder(many.first - 1000, 2 * pi), 0, 1e-12);
-    EXPECT_NEAR(many.second - many.first, -10, 1e-12);
+    EXPECT_DOUBLE_EQ(normalized(1.5 * pi, 2 * pi).first, -pi / 2);
+    EXPECT_EQ(normalized(1.5 * pi, 2 * pi).second, 0);
+    for (const auto& [start, end] : {std::pair(1.5 * pi, 1.75 * pi), {-20.0, 1.0}, {3.0, 100.0}})
+        EXPECT_EQ(normalized(start, end), std::pair(start, end));
     // The interval is met to the last bit about odd multiples of pi, too.
     for (int odd = 3; odd < 2000; odd += 2) {
         for (const double start : {std::nextafter(odd * pi, 0), odd * pi, odd * pi + 1e-12}) {
             const auto turned = normalized(start, start - 1);
             EXPECT_GT(turned.first, -pi) << odd;
             EXPECT_LE(turned.first, pi) << odd;
+            EXPECT_NEAR(std::remainder(turned.first - start, 2 * pi), 0, 2e-12) << odd;
             EXPECT_NEAR(turned.first - turned.second, 1, 2e-12) << odd;
         }
     }
-    normalized(1e300, 1e300);
-    normalized(infinity, nan);
 }
 
 TEST(Arc2D, FootIsTheNearOneWithinTheBounds) {
-    const ERArc2D arc(ERPoint2D(1, 1), 2, 3, 5);
     ERVec<double> found(1, 9.0);
+    const ERArc2D arc(ERPoint2D(1, 1), 2, 3, 5), wide(ERPoint2D(), 1, -1, 4);
     EXPECT_EQ(arc.ProjectPoint(ERPoint2D(1, -7), found, 0), 2);
     EXPECT_DOUBLE_EQ(found[1], 1.5 * pi);
-    EXPECT_EQ(arc.ProjectPoint(ERPoint2D(9, 1), found, 0), 2);
     EXPECT_EQ(arc.ProjectPoint(ERPoint2D(1, 1), found, 0), -1);
     // Bounds past pi hide the feet at negative angles, and only one turn is tried.
-    const ERArc2D wide(ERPoint2D(), 1, -1, 4);
-    EXPECT_EQ(wide.ProjectPoint(wide(-0.5) * 2.0, found, 0), 2);
-    EXPECT_EQ(ERArc2D(ERPoint2D(), 1, -5, 0).ProjectPoint(ERPoint2D(-1, 1), found, 0), 2);
-    EXPECT_EQ(ERArc2D(ERPoint2D(), 1, 7, 8).ProjectPoint(ERPoint2D(1, 1), found, 0), 2);
-    EXPECT_EQ(found.length(), 2u);
+    const std::pair<ERArc2D, ERPoint2D> without[] = {{arc, {9, 1}},
+                                                     {wide, wide(-0.5) * 2.0},
+                                                     {{ERPoint2D(), 1, -5, 0}, {-1, 1}},
+                                                     {{ERPoint2D(), 1, 7, 8}, {1, 1}}};
+    for (const auto& [bounded, p] : without) EXPECT_EQ(bounded.ProjectPoint(p, found, 0), 2) << p;
     ERVec<double> inSpace;
     EXPECT_EQ(ERArc3D(tilted, arc).ProjectPoint(tilted >> ERPoint3D(1, -7, 4), inSpace, 0), 1);
     EXPECT_NEAR(inSpace[0], 1.5 * pi, 1e-13);
 }
 
-std::vector<double> cutsAt(const ERArc2D& arc, double x) {
-    ERVec<double> found;
-    arc.intersectWithAxeY(x, found);
-    return std::vector<double>(found.data(), found.data() + found.length());
-}
-
+// No turns are added, and a contact is appended wherever it is.
 TEST(Arc2D, CutsWithTheAxisAreReadInOneTurn) {
-    const ERArc2D turn(ERPoint2D(1, 1), 2, -pi, pi);
-    EXPECT_THAT(cutsAt(turn, 1), ElementsAre(pi / 2, -pi / 2));
-    EXPECT_THAT(cutsAt(turn, 3), ElementsAre(0.0));
-    EXPECT_THAT(cutsAt(turn, -1), ElementsAre(pi));
-    EXPECT_TRUE(cutsAt(turn, 3.001).empty());
-    // No turns are added, and a contact is appended wherever it is.
-    EXPECT_THAT(cutsAt(ERArc2D(ERPoint2D(1, 1), 2, 0, 2 * pi), 1), ElementsAre(pi / 2));
-    EXPECT_TRUE(cutsAt(ERArc2D(ERPoint2D(1, 1), 2, pi, -pi), 1).empty());
-    EXPECT_THAT(cutsAt(ERArc2D(ERPoint2D(1, 1), 2, 1, 2), 3), ElementsAre(0.0));
+    const struct {
+        double radius, start, end, x;
+        std::vector<double> cuts;
+    } rows[] = {{2, -pi, pi, 1, {pi / 2, -pi / 2}},
+                {2, -pi, pi, 3, {0.0}},
+                {2, -pi, pi, -1, {pi}},
+                {2, -pi, pi, 3.001, {}},
+                {2, 0, 2 * pi, 1, {pi / 2}},
+                {2, pi, -pi, 1, {}},
+                {2, 1, 2, 3, {0.0}},
+                {-2, -pi, pi, 3, {pi}},
+                {-2, -pi, pi, 1, {-pi / 2, pi / 2}}};
+    for (const auto& row : rows) {
+        ERVec<double> found;
+        ERArc2D(ERPoint2D(1, 1), row.radius, row.start, row.end).intersectWithAxeY(row.x, found);
+        EXPECT_EQ(std::vector<double>(found.data(), found.data() + found.length()), row.cuts)
+            << row.radius << " from " << row.start << " at " << row.x;
+    }
 }
 
-// Oracle: changes of side between many points of the arc.
 TEST(Arcs, CutsWithALineAreAllOnTheArc) {
-    const ERPoint2D onLine(0.7, 0.4);
     for (const NamedArc& named : arcs()) {
-        for (int i = 0; i < 24; ++i) {
-            SCOPED_TRACE(std::string(named.name) + " " + std::to_string(i));
-            const ERVector2D normal(std::cos(0.1 + i), std::sin(0.1 + i));
-            const ERLimites bound = named.arc.getBound();
-            unsigned int changes = 0;
-            const auto side = [&](int k) {
-                return ERVector2D(onLine, named.arc(bound(k / 20000.0))) * normal > 0;
-            };
-            for (int k = 0; k < 20000; ++k) changes += side(k) != side(k + 1);
-            ERVec<double> found;
-            named.arc.intersectWith(onLine, normal, found);
-            // A turn and a half passes some places twice, which count once.
-            if (bound.amplitude() <= 2 * pi) {
-                EXPECT_EQ(found.length(), changes);
-            }
-            for (unsigned int k = 0; k < found.length(); ++k) {
-                EXPECT_TRUE(bound.inBound(found[k]));
-                EXPECT_NEAR(ERVector2D(onLine, named.arc(found[k])) * normal, 0, 1e-12);
-            }
-            ERVec<double> inSpace;
-            ERArc3D(tilted, named.arc)
-                .intersectWith(tilted >> onLine.castToPoint3D(Coord3D::CoordZ, 0),
-                               tilted >> ERVector3D(normal.i(), normal.j(), 0.5), inSpace);
-            EXPECT_EQ(inSpace.length(), found.length());
-        }
+        SCOPED_TRACE(named.name);
+        expectCutsOnTheArc<ERArc3D>(named.arc, tilted, ERPoint2D(0.7, 0.4));
     }
     ERVec<double> none;
     EXPECT_EQ(ERArc3D(tilted, arcs()[0].arc)
@@ -236,37 +193,25 @@ TEST(Arcs, WholeTurnsStayClosedWhenTheyMove) {
 TEST(Arc3D, FaceOnProjectionIsAnArc) {
     for (const NamedArc& named : arcs()) {
         SCOPED_TRACE(named.name);
+        const ERArc3D arc(tilted, named.arc);
         for (const ERPmIsometrie3D& t : {tilted * ERRotation3D(Coord3D::CoordZ, 1.2),
                                          tilted * ERRotation3D(Coord3D::CoordX, pi), leftHanded}) {
-            const ERArc3D arc(tilted, named.arc);
             const t_SmartPtr<EREntity2DWF> projected = arc.get2DEntProjectedOn(t);
             ASSERT_STREQ(projected->className(), "ERArc2D");
             const ERArc2D& seen = *ERArc2D::castdown(projected.getObject());
             EXPECT_EQ(seen.radius(), named.arc.radius());
-            for (int k = 0; k <= 8; ++k) {
-                const double s = k / 8.0;
-                const ERPoint3D p = arc(arc.udeb() + s * (arc.ufin() - arc.udeb()));
-                expectNear(seen(seen.udeb() + s * (seen.ufin() - seen.udeb())),
-                           (t << p).castToPoint2D(Coord3D::CoordZ), 1e-12);
-            }
+            for (double s = 0; s <= 1; s += 0.125)
+                expectNear(seen(std::lerp(seen.udeb(), seen.ufin(), s)),
+                           t.Project(arc(std::lerp(arc.udeb(), arc.ufin(), s))), 1e-12);
         }
     }
 }
 
-// Oracle: the box of many projected points, along the edge.
 TEST(Arc3D, EdgeOnProjectionReachesAsFarAsTheArc) {
-    const ERPmIsometrie3D t = ERChgRepere3D(tilted >> ERVector3D(0.6, 0.8, 0), ERPoint3D(1, 1, 1));
     for (const NamedArc& named : arcs()) {
         SCOPED_TRACE(named.name);
         const ERArc3D arc(tilted, named.arc);
-        const t_SmartPtr<EREntity2DWF> projected = arc.get2DEntProjectedOn(t);
-        ASSERT_STREQ(projected->className(), "ERSegment2D");
-        const ERMinimax2D box = ERSegment2D::castdown(projected.getObject())->getBox();
-        ERMinimax2D sampled;
-        for (int k = 0; k <= 5000; ++k)
-            sampled.Update((t << arc(arc.getBound()(k / 5000.0))).castToPoint2D(Coord3D::CoordZ));
-        expectNear(box.MinPoint(), sampled.MinPoint(), 1e-5);
-        expectNear(box.MaxPoint(), sampled.MaxPoint(), 1e-5);
+        expectEdgeOnReach(arc, arc, arc.getBound(), tilted);
     }
 }
 
@@ -313,6 +258,16 @@ TEST(Arcs, PrintTheirMeasures) {
         "Arc : \n      Centre :[0,0,0]\n      Rayon  :3\n      StartAg:0.5\n      EndAg  :4\n");
     EXPECT_EQ(ERArc2D().binaryStoreSize(), 40u);
     EXPECT_EQ(ERArc3D().binaryStoreSize(), 156u);
+}
+
+TEST(Arc, IsDirtyWhenAnAngleIsSet) {
+    ERArc2D first(ERPoint2D(), 1.0, 0.0, 1.0);
+    ERArc3D last(ERIdentity3D(), first);
+    EXPECT_EQ(first.isDirty() + last.isDirty(), 0);
+    EXPECT_EQ(first.startAngle(ERRadian(0.5)), 0.0);
+    EXPECT_EQ(last.endAngle(ERRadian(2.0)), 1.0);
+    EXPECT_EQ(first.isDirty(), 1);
+    EXPECT_EQ(last.isDirty(), 1);
 }
 
 }  // namespace

@@ -77,19 +77,18 @@ TEST(LineClipping, PartOfALineInABoxOfSpace) {
 
 TEST(LineClipping, FacesAreMetInTheirOrder) {
     ERSegment3D part;
-    const ERMinimax3D box(0, 4, 0, 3, 0, 2);
+    const ERMinimax3D box(0, 4, 0, 3, 0, 2), flat(0, 4, 0, 3, 1, 1);
     EXPECT_EQ(intersect(ERInfLine3D(ERVector3D(0, 0, -1), ERPoint3D(1, 1, 0)), box, part), 1);
+    // Through an edge two faces are met in one point. Of a flat box only the two faces in its plane
+    // have an extent.
+    const ERInfLine3D falling(ERVector3D(1, 0, -1), ERPoint3D(0, 1, 0)),
+        rising(ERVector3D(1, 0, 1), ERPoint3D(0, 1, 0)),
+        level(ERVector3D(1, 0, 0), ERPoint3D(0, 1, 1));
+    EXPECT_EQ(intersect(falling, box, part), 0);
+    for (const ERInfLine3D& line : {rising, level}) EXPECT_EQ(intersect(line, flat, part), 0);
+    EXPECT_EQ(intersect(ERInfLine3D(), box, part, 0, 0, 0), 0);
     EXPECT_EQ(part.getP1(), ERPoint3D(1, 1, 0));
     EXPECT_EQ(part.getP2(), ERPoint3D(1, 1, 2));
-    // Through an edge two faces are met in one point.
-    EXPECT_EQ(intersect(ERInfLine3D(ERVector3D(1, 0, -1), ERPoint3D(0, 1, 0)), box, part), 0);
-    EXPECT_EQ(part.getP2(), ERPoint3D(1, 1, 2));
-    // Of a flat box only the two faces in its plane have an extent.
-    const ERMinimax3D flat(0, 4, 0, 3, 1, 1);
-    EXPECT_EQ(intersect(ERInfLine3D(ERVector3D(1, 0, 1), ERPoint3D(0, 1, 0)), flat, part), 0);
-    EXPECT_EQ(intersect(ERInfLine3D(ERVector3D(1, 0, 0), ERPoint3D(0, 1, 1)), flat, part), 0);
-    EXPECT_EQ(intersect(ERInfLine3D(), ERMinimax3D(), part, 0, 0, 1), 0);
-    EXPECT_EQ(intersect(ERInfLine3D(), box, part, 0, 0, 0), 0);
 }
 
 TEST(LineClipping, BorderOfAParallelogramCounts) {
@@ -104,6 +103,20 @@ TEST(LineClipping, BorderOfAParallelogramCounts) {
     }
     EXPECT_EQ(intersect(ERInfLine3D(u, corner), corner, u, v, hit), 0);
     EXPECT_EQ(intersect(ERInfLine3D(), corner, u, u, hit), 0);
+}
+
+// Only the limits of a bounded axis are looked at, reset or not.
+TEST(LineClipping, LimitsOfAnUnboundedAxisDoNotMatter) {
+    const ERMinimax3D slab(largest, -largest, 0, 3, -1, 2);
+    ERSegment3D part;
+    ASSERT_EQ(intersect(ERInfLine3D(ERVector3D(0, 0, 1), ERPoint3D(1, 1, 0)), slab, part, 0, 1, 1),
+              1);
+    EXPECT_EQ(part.getP1(), ERPoint3D(1, 1, -1));
+    EXPECT_EQ(part.getP2(), ERPoint3D(1, 1, 2));
+    EXPECT_EQ(intersect(ERInfLine3D(), ERMinimax3D(), part), 0);
+    EXPECT_EQ(intersect(ERInfLine3D(), ERMinimax3D(), part, 0, 0, 1), 1);
+    EXPECT_EQ(part.getP1(), ERPoint3D(0, 0, largest));
+    EXPECT_EQ(part.getP2(), ERPoint3D(0, 0, -largest));
 }
 
 }  // namespace

@@ -109,12 +109,11 @@ void expectPlanarTwin(const Flat& flat, const ERPmIsometrie3D& frame) {
         return frame >> p.castToPoint3D(Coord3D::CoordZ, z);
     };
     ERMinimax3D sampled;
-    for (int k = 0; k < 4000; ++k) {
+    for (int k = 0; k < 6000; ++k) {
         const ERPoint3D p = twin->PtCur(k / 1000.0).point();
         expectNear(p, lift(flat.PtCur(k / 1000.0).point(), 0.0));
         sampled.Update(p);
     }
-    for (int k = 4000; k < 6000; ++k) sampled.Update(twin->PtCur(k / 1000.0).point());
     expectNear(twin->getBox().MinPoint(), sampled.MinPoint(), 1e-4);
     expectNear(twin->getBox().MaxPoint(), sampled.MaxPoint(), 1e-4);
     expectNear(twin->main_direction() ^ twin->auxiliary_direction(), twin->normale());

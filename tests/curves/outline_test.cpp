@@ -16,18 +16,16 @@ const ERPmIsometrie3D frame = ERChgRepere3D(ERVector3D(1, -1, 2), ERPoint3D(3, 1
 
 TEST(Rectangle, CornersRunCounterClockwiseFromBehindOnTheRight) {
     const ERPoint2D expected[] = {{3, -1}, {3, 3}, {1, 3}, {1, -1}};
-    ASSERT_EQ(upright.points().length(), 4u);
-    for (unsigned int i = 0; i < 4; ++i) expectNear(upright.points()[i], expected[i]);
+    for (unsigned int i = 0; i < 4; ++i) expectNear(upright.PtCur(i).point(), expected[i]);
     EXPECT_EQ(upright.length(), 4.0);
     EXPECT_EQ(upright.width(), 2.0);
     expectNear(upright.centre(), ERPoint2D(2, 1));
-    expectNear(upright.main_direction(), ERVector2D(0, 1));
     expectNear(upright.auxiliary_direction(), ERVector2D(-1, 0));
-    EXPECT_EQ(upright.PtCur(5.0).point(), upright.PtCur(1.0).point());
-    EXPECT_EQ(upright.PtCur(5.0).parameter(), 1.0);
-    EXPECT_EQ(upright.PtCur(-0.25).point(), upright.PtCur(3.75).point());
-    EXPECT_EQ(upright.PtCur(-8.0).parameter(), 0.0);
-    EXPECT_EQ(upright.PtCur(8.0).parameter(), 4.0);
+    for (const auto& [u, taken] :
+         {std::pair(5.0, 1.0), std::pair(-0.25, 3.75), std::pair(-8.0, 0.0), std::pair(8.0, 4.0)}) {
+        EXPECT_EQ(upright.PtCur(u).point(), upright.PtCur(taken).point());
+        EXPECT_EQ(upright.PtCur(u).parameter(), taken);
+    }
     expectNear(upright.PtCur(0.25).point(), ERPoint2D(3, 0));
     expectNear(upright.PtCur(0.25).tangente(), ERVector2D(0, 4));
 }
@@ -62,8 +60,8 @@ TEST(RegularPolygon, SidesAndCornersAreThoseAskedFor) {
         expectNear(polygon.main_direction(), ERVector2D(1, 2).getnormalized());
         EXPECT_NEAR(std::hypot(polygon.inside_radius(), 0.75), polygon.outside_radius(), 1e-13);
     }
-    EXPECT_EQ(ERRegularPolygon2D(ERPoint2D(), ERVector2D(1, 0), 1, 1).nb_side(), 0);
-    EXPECT_EQ(ERRegularPolygon2D(ERPoint2D(), ERVector2D(1, 0), 1, -5).nb_side(), 0);
+    for (const int n : {1, -5})
+        EXPECT_EQ(ERRegularPolygon2D(ERPoint2D(), ERVector2D(1, 0), 1, n).nb_side(), 0);
 }
 
 TEST(RegularPolygon, OffsetMovesTheSides) {
@@ -90,59 +88,63 @@ TEST(CornerOutline, FeetAndSidesAreTheNearest) {
     expectNearestFeet(hexagon, 6);
 }
 
-TEST(CornerOutline, MiddleIsAsNearToSeveralSides) {
+// A corner is one point, whatever the number of its sides.
+TEST(CornerOutline, MiddleIsAsNearToSeveralSidesAndACornerIsOnePoint) {
     const ERRectangle2D square(ERPoint2D(), ERVector2D(1, 0), 2, 2);
+    const struct {
+        ERPoint2D p;
+        int found;
+        ERPoint2D foot;
+        double u;
+        int index;
+    } rows[] = {{{0, 0}, 2, {0, -1}, 0.5, 0},
+                {{3, 0.5}, 1, {1, 0.5}, 1.75, 1},
+                {{3, 3}, 1, {1, 1}, 2, 1},
+                {{nan, 0}, 0, {1, 1}, 2, 1}};
     ERPoint2D foot;
     double u = -1.0;
     int index = -1;
-    EXPECT_EQ(square.Project(ERPoint2D(), foot, u, index), 2);
-    EXPECT_EQ(foot, ERPoint2D(0, -1));
-    EXPECT_EQ(u, 0.5);
-    EXPECT_EQ(square.Get_Entity_Number(ERPoint2D(), index), 0);
-    EXPECT_EQ(square.Get_Entity_Number(ERPoint2D(3, 0.5), index), 1);
-    EXPECT_EQ(index, 1);
-    // A corner is one point, whatever the number of its sides.
-    EXPECT_EQ(square.Project(ERPoint2D(3, 3), foot, u, index), 1);
-    EXPECT_EQ(foot, ERPoint2D(1, 1));
-    EXPECT_EQ(u, 2.0);
-    EXPECT_EQ(index, 1);
-    EXPECT_EQ(square.ProjectPt(ERPoint2D(-3, -3), foot), 1);
-    EXPECT_EQ(square.Project(ERPoint2D(nan, 0), foot, u, index), 0);
-    EXPECT_EQ(foot, ERPoint2D(-1, -1));
+    for (const auto& row : rows) {
+        EXPECT_EQ(square.Project(row.p, foot, u, index), row.found) << row.p;
+        EXPECT_EQ(foot, row.foot) << row.p;
+        EXPECT_EQ(u, row.u) << row.p;
+        EXPECT_EQ(index, row.index) << row.p;
+        EXPECT_EQ(square.Get_Entity_Number(row.p, index), row.found == 1) << row.p;
+    }
 }
 
 TEST(CornerOutline, WithoutCornersNothingIsFound) {
     const ERRegularPolygon2D none;
-    ERPoint2D foot(7, 7);
+    ERPoint2D foot;
     double d = 7.0;
     int index = 7;
     EXPECT_EQ(none.ProjectPt(ERPoint2D(1, 1), foot), 0);
     EXPECT_EQ(none.Get_Entity_Number(ERPoint2D(1, 1), index), 0);
     EXPECT_EQ(none.SignedMinimalDistance(ERPoint2D(1, 1), d), EREntity::NoFootPoint);
     EXPECT_EQ(d, 7.0);
-    EXPECT_EQ(none.PtCur(3.5).point(), ERPoint2D());
     EXPECT_EQ(none.getBox().invalid(), 1);
-    EXPECT_EQ(none.length_side(), 0.0);
-    EXPECT_EQ(none.outside_radius(), 0.0);
-    EXPECT_EQ(none.barycenter(), ERPoint2D());
-    EXPECT_EQ(ERRectangle2D().centre(), ERPoint2D());
-    const ERRegularPolygon3D inSpace(frame, none);
-    EXPECT_EQ(inSpace.getBox().invalid(), 1);
-    EXPECT_EQ(upright.PtCur(1e300).parameter(), std::fmod(1e300, 4.0) == 0.0 ? 4.0 : 0.0);
+    EXPECT_EQ(ERRegularPolygon3D(frame, none).getBox().invalid(), 1);
+    for (const double measure : {none.length_side(), none.outside_radius(), none.inside_radius()})
+        EXPECT_EQ(measure, 0.0);
+    for (const ERPoint2D& p :
+         {none.PtCur(3.5).point(), none.barycenter(), ERRectangle2D().centre()})
+        EXPECT_EQ(p, ERPoint2D());
     EXPECT_TRUE(std::isnan(upright.PtCur(infinity).point().x()));
+    EXPECT_LE(upright.PtCur(1e300).parameter(), 4.0);
+}
+
+template <class Outline>
+void expectTurnedOver(const Outline& outline, double end) {
+    Outline turned = outline;
+    turned.reverse();
+    expectNear(turned.main_direction(), outline.main_direction());
+    for (const double u : {0.0, 0.4, 1.7, 3.0})
+        expectNear(turned.PtCur(u).point(), outline.PtCur(end - u).point());
 }
 
 TEST(CornerOutline, TurnedOverKeepsItsMainDirection) {
-    ERRectangle2D rectangle = slanted;
-    ERRegularPolygon2D polygon = hexagon;
-    rectangle.reverse();
-    polygon.reverse();
-    expectNear(rectangle.main_direction(), slanted.main_direction());
-    expectNear(polygon.main_direction(), hexagon.main_direction());
-    for (const double u : {0.0, 0.4, 1.7, 3.0}) {
-        expectNear(rectangle.PtCur(u).point(), slanted.PtCur(3.0 - u).point());
-        expectNear(polygon.PtCur(u).point(), hexagon.PtCur(6.0 - u).point());
-    }
+    expectTurnedOver(slanted, 3.0);
+    expectTurnedOver(hexagon, 6.0);
 }
 
 TEST(CornerOutline, IsCarriedPointByPoint) {
@@ -193,6 +195,14 @@ TEST(CornerOutline, IsRestoredToTheLastBit) {
     expectStored(hexagon, 4 + 96);
     expectStored(ERRectangle3D(frame, slanted), 116 + 4 + 64);
     expectStored(ERRegularPolygon3D(frame, hexagon), 116 + 4 + 96);
+}
+
+TEST(RegularPolygon, EndOfTheRangeIsItsStart) {
+    for (const double u : {0.0, 3.0, 6.0, -3.0, -1e-300}) {
+        EXPECT_EQ(triangle.PtCur(u).parameter(), 0.0) << u;
+        EXPECT_EQ(triangle.PtCur(u).tangente(), triangle.PtCur(0.0).tangente()) << u;
+    }
+    EXPECT_TRUE(std::isnan(triangle.PtCur(nan).point().x()));
 }
 
 }  // namespace

@@ -1,11 +1,10 @@
 #include "kerf/curves/bezier_curve.h"
 
-#include <cstring>
-
 #include "kerf/curves/arc.h"
 #include "kerf/curves/nurbs_curve.h"
 #include "kerf/values/box.h"
 #include "tests/curves/curve_contract.h"
+#include "tests/curves/spline/spline_checks.h"
 #include "tests/support/value_checks.h"
 
 // Bézier and NURBS curves in the plane and in space.
@@ -21,21 +20,19 @@ ERVec<ERPole2DH> weightedPlanePoles() {
         poles.append(ERPole2DH(points[i] * weights[i], weights[i]));
     return poles;
 }
-template <class Plane, class InSpace, class Lift>
-ERVec<InSpace> lifted(const ERVec<Plane>& poles, Lift lift) {
-    ERVec<InSpace> images;
-    for (unsigned int i = 0; i < poles.length(); ++i) images.append(lift(poles[i], 0.5 * i));
-    return images;
-}
 ERVec<ERPoint3D> spacePoles() {
-    return lifted<ERPoint2D, ERPoint3D>(planePoles(), [](const ERPoint2D& p, double z) {
-        return p.castToPoint3D(Coord3D::CoordZ, z * z);
-    });
+    ERVec<ERPoint3D> poles;
+    for (unsigned int i = 0; i < 5; ++i)
+        poles.append(planePoles()[i].castToPoint3D(Coord3D::CoordZ, 0.25 * i * i));
+    return poles;
 }
 ERVec<ERPole3DH> weightedSpacePoles() {
-    return lifted<ERPole2DH, ERPole3DH>(weightedPlanePoles(), [](const ERPole2DH& p, double z) {
-        return p.castToPole3D(Coord3D::CoordZ, z * z * p.weigth());
-    });
+    ERVec<ERPole3DH> poles;
+    for (unsigned int i = 0; i < 5; ++i) {
+        const ERPole2DH pole = weightedPlanePoles()[i];
+        poles.append(pole.castToPole3D(Coord3D::CoordZ, 0.25 * i * i * pole.weigth()));
+    }
+    return poles;
 }
 ERKnotVector openKnots() {
     const double knots[] = {0, 1, 2, 3.25, 4, 4.5, 7, 11};
@@ -49,37 +46,34 @@ ERKnotVector cubicKnots() {
 const ERLimites natural(2.0, 4.0);
 const ERLimites trim(2.5, 3.75);
 constexpr unsigned int bezier = SecondDerivativeDiffers | BoxIsLoose;
-constexpr unsigned int nurbs = BoxIsLoose;
 
 std::vector<PlaneCurveSample> planeCurves() {
+    const ERVec<ERPoint2D> poles = planePoles();
+    const ERVec<ERPole2DH> weighted = weightedPlanePoles();
+    const auto nurbs = [](const char* name, const ERCpoleNURBS2D& curve) {
+        return sampleOf<Space2D>(name, curve, BoxIsLoose);
+    };
     return {
-        sampleOf<Space2D>("Bezier", ERCpoleBezier2D(planePoles()), BoxIsLoose),
-        sampleOf<Space2D>("BezierOnADomain", ERCpoleBezier2D(planePoles(), natural), bezier),
-        sampleOf<Space2D>("TrimmedBezier", ERCpoleBezier2D(planePoles(), natural, trim), bezier),
-        sampleOf<Space2D>("RationalBezier", ERCpoleBezier2DR(weightedPlanePoles()), BoxIsLoose),
-        sampleOf<Space2D>("TrimmedRationalBezier",
-                          ERCpoleBezier2DR(weightedPlanePoles(), natural, trim), bezier),
-        sampleOf<Space2D>("Nurbs", ERCpoleNURBS2D(weightedPlanePoles(), cubicKnots()), nurbs),
-        sampleOf<Space2D>("TrimmedNurbs", ERCpoleNURBS2D(weightedPlanePoles(), cubicKnots(), trim),
-                          nurbs),
-        sampleOf<Space2D>("UnclampedNurbs", ERCpoleNURBS2D(weightedPlanePoles(), openKnots()),
-                          nurbs),
-        sampleOf<Space2D>("TrimmedUnclampedNurbs",
-                          ERCpoleNURBS2D(weightedPlanePoles(), openKnots(), ERLimites(2.5, 4.25)),
-                          nurbs),
-        sampleOf<Space2D>("QuarticNurbs", ERCpoleNURBS2D(weightedPlanePoles()), nurbs),
-        sampleOf<Space2D>("QuadraticNurbs", ERCpoleNURBS2D(weightedPlanePoles(), 2), nurbs),
+        sampleOf<Space2D>("Bezier", ERCpoleBezier2D(poles), BoxIsLoose),
+        sampleOf<Space2D>("TrimmedBezier", ERCpoleBezier2D(poles, natural, trim), bezier),
+        sampleOf<Space2D>("RationalBezier", ERCpoleBezier2DR(weighted), BoxIsLoose),
+        sampleOf<Space2D>("TrimmedRationalBezier", ERCpoleBezier2DR(weighted, natural, trim),
+                          bezier),
+        nurbs("Nurbs", ERCpoleNURBS2D(weighted, cubicKnots())),
+        nurbs("TrimmedNurbs", ERCpoleNURBS2D(weighted, cubicKnots(), trim)),
+        nurbs("UnclampedNurbs", ERCpoleNURBS2D(weighted, openKnots())),
+        nurbs("TrimmedUnclampedNurbs", ERCpoleNURBS2D(weighted, openKnots(), ERLimites(2.5, 4.25))),
+        nurbs("QuarticNurbs", ERCpoleNURBS2D(weighted)),
+        nurbs("QuadraticNurbs", ERCpoleNURBS2D(weighted, 2)),
     };
 }
 std::vector<SpaceCurveSample> spaceCurves() {
+    const ERVec<ERPole3DH> weighted = weightedSpacePoles();
     return {
         sampleOf<Space3D>("Bezier", ERCpoleBezier3D(spacePoles()), BoxIsLoose),
-        sampleOf<Space3D>("TrimmedBezier", ERCpoleBezier3D(spacePoles(), natural, trim), bezier),
-        sampleOf<Space3D>("TrimmedRationalBezier",
-                          ERCpoleBezier3DR(weightedSpacePoles(), natural, trim), bezier),
-        sampleOf<Space3D>("Nurbs", ERCpoleNURBS3D(weightedSpacePoles(), cubicKnots()), nurbs),
-        sampleOf<Space3D>("TrimmedNurbs", ERCpoleNURBS3D(weightedSpacePoles(), cubicKnots(), trim),
-                          nurbs),
+        sampleOf<Space3D>("TrimmedRationalBezier", ERCpoleBezier3DR(weighted, natural, trim),
+                          bezier),
+        sampleOf<Space3D>("TrimmedNurbs", ERCpoleNURBS3D(weighted, cubicKnots(), trim), BoxIsLoose),
     };
 }
 
@@ -122,39 +116,27 @@ ERCpoleNURBS2D curveFrom(const ERPoint2D& from, const ERPoint2D& to, unsigned in
     return ERCpoleNURBS2D(poles, degree);
 }
 
-TEST(NurbsJoining, AppendedCurveFollowsOnTheSameParameters) {
+TEST(NurbsJoining, FollowsOnTheSameParameters) {
     const ERCpoleNURBS2D first = curveFrom({0, 0}, {3, 1}, 2),
                          second = curveFrom({3, 1}, {7, 0}, 3);
-    ERCpoleNURBS2D joined = first;
-    ASSERT_EQ(joined.append(second, 1e-9, 0), 1);
-    EXPECT_EQ(joined.getBound(), ERLimites(0.0, 2.0));
-    EXPECT_EQ(joined.degree(), 3u);
-    expectTraces(joined, first, 0.0);
-    expectTraces(joined, second, 1.0);
-    EXPECT_TRUE(joined.knotVector().fits(joined.nbPoles()));
-}
+    ERCpoleNURBS2D appended = first, prepended = second, merged = second, turnedOver = first;
+    ASSERT_EQ(appended.append(second, 1e-9, 0), 1);
+    EXPECT_EQ(appended.getBound(), ERLimites(0.0, 2.0));
+    EXPECT_EQ(appended.degree(), 3u);
+    expectTraces(appended, first, 0.0);
+    expectTraces(appended, second, 1.0);
 
-TEST(NurbsJoining, CurveThatEndsHereIsTurnedOver) {
-    const ERCpoleNURBS2D first = curveFrom({0, 0}, {3, 1}, 2),
-                         second = curveFrom({7, 0}, {3, 1}, 2);
-    ERCpoleNURBS2D joined = first;
-    ASSERT_EQ(joined.append(second, 1e-9, 0), 1);
-    ERCpoleNURBS2D turned = second;
-    turned.reverse();
-    expectTraces(joined, turned, 1.0);
-}
-
-TEST(NurbsJoining, PrependedCurveMovesTheStartOfTheDomain) {
-    const ERCpoleNURBS2D first = curveFrom({0, 0}, {3, 1}, 3),
-                         second = curveFrom({3, 1}, {7, 0}, 2);
-    ERCpoleNURBS2D joined = second;
-    ASSERT_EQ(joined.prepend(first, 1e-9, 0), 1);
-    EXPECT_EQ(joined.getBound(), ERLimites(-1.0, 1.0));
-    expectTraces(joined, first, -1.0);
-    expectTraces(joined, second, 0.0);
-    ERCpoleNURBS2D merged = second;
+    ASSERT_EQ(prepended.prepend(first, 1e-9, 0), 1);
+    EXPECT_EQ(prepended.getBound(), ERLimites(-1.0, 1.0));
+    expectTraces(prepended, first, -1.0);
+    expectTraces(prepended, second, 0.0);
     EXPECT_EQ(merged.merge(first, 1e-9, 0), 1);
-    EXPECT_EQ(merged.poles(), joined.poles());
+    EXPECT_EQ(merged.poles(), prepended.poles());
+
+    ERCpoleNURBS2D backwards = second;
+    backwards.reverse();
+    ASSERT_EQ(turnedOver.append(backwards, 1e-9, 0), 1);
+    expectTraces(turnedOver, second, 1.0);
 }
 
 TEST(NurbsJoining, GapLeavesTheCurveAsItWas) {
@@ -189,10 +171,6 @@ TEST(NurbsJoining, FlagAsksForOneTangent) {
 }
 
 TEST(PoleCurve, GivesThePointItWasAskedForItsParameter) {
-    for (const PlaneCurveSample& sample : planeCurves()) {
-        const t_SmartPtr<ERFiniteEntity2DWF> curve(sample.make());
-        EXPECT_EQ(curve->PtCur(2.75).parameter(), 2.75) << sample.name;
-    }
     EXPECT_EQ(ERCpoleBezier3D().PtCur(0.4).parameter(), 0.4);
     EXPECT_EQ(ERCpoleBezier3D(spacePoles(), ERLimites(1.0, 1.0)).PtCur(0.4).parameter(), 0.4);
 }
@@ -226,23 +204,14 @@ TEST(NurbsCurve, PassesOverSpansThatAreNoneAndTooShortOnes) {
 
 // Randomly drawn curves.
 
-ERVec<ERPole3DH> randomPoles(std::mt19937& random, unsigned int n) {
-    std::uniform_real_distribution<double> coordinate(0.0, 1.0), weight(0.5, 2.0);
-    ERVec<ERPole3DH> poles;
-    for (unsigned int i = 0; i < n; ++i) {
-        const double w = weight(random);
-        const ERPoint3D p = drawn<ERPoint3D>([&] { return coordinate(random); });
-        poles.append(ERPole3DH(p * w, w));
-    }
-    return poles;
-}
 std::vector<t_SmartPtr<ERCpoleRep3D>> curvesOfManyDegrees() {
     std::mt19937 random(21);
     std::vector<t_SmartPtr<ERCpoleRep3D>> curves;
-    for (const unsigned int degree : {1u, 2u, 3u, 6u, 9u, 15u, 25u, 49u})
-        curves.emplace_back(new ERCpoleBezier3DR(randomPoles(random, degree + 1), natural, trim));
-    for (const unsigned int degree : {2u, 3u, 5u, 11u})
-        curves.emplace_back(new ERCpoleNURBS3D(randomPoles(random, 14), degree));
+    for (const unsigned int degree : {1u, 2u, 3u, 6u, 15u, 49u})
+        curves.emplace_back(
+            new ERCpoleBezier3DR(randomPoles<ERPole3DH>(degree + 1, random), natural, trim));
+    for (const unsigned int degree : {2u, 5u, 11u})
+        curves.emplace_back(new ERCpoleNURBS3D(randomPoles<ERPole3DH>(14, random), degree));
     return curves;
 }
 
@@ -254,8 +223,8 @@ TEST(PoleCurve, ProjectsToTheNearestPointWhateverTheDegree) {
         const ERVec<ERPoint3D> samples = curve->approxime(10000);
         for (int i = 0; i < 15; ++i) {
             const auto p = drawn<ERPoint3D>(
-                [&] { return std::uniform_real_distribution<double>(-0.3, 1.3)(random); });
-            ERVec<double> feet(1, -7.0), again;
+                [&] { return std::uniform_real_distribution<double>(-1.3, 1.3)(random); });
+            ERVec<double> feet(1, -7.0);
             const int count = curve->ProjectPoint(p, feet, 10.0);
             ASSERT_EQ(count, static_cast<int>(feet.length()));
             double nearest = std::min(distance(p, curve->firstPt()), distance(p, curve->lastPt()));
@@ -269,15 +238,9 @@ TEST(PoleCurve, ProjectsToTheNearestPointWhateverTheDegree) {
             }
             for (unsigned int k = 0; k < samples.length(); ++k)
                 ASSERT_LE(nearest, distance(p, samples[k]) + 1e-12);
-            // What is kept changes nothing.
-            const t_SmartPtr<ERFiniteEntity3DWF> fresh(
-                ERFiniteEntity3DWF::castdown(curve->getCopy()));
-            fresh->ProjectPoint(p, again, 10.0);
-            ASSERT_EQ(again.length() + 1, feet.length());
-            for (unsigned int k = 0; k < again.length(); ++k) EXPECT_EQ(again[k], feet[k + 1]);
         }
         ERVec<double> none;
-        EXPECT_EQ(curve->ProjectPoint(ERPoint3D(3, 3, 3), none, 1.0), 0);
+        EXPECT_EQ(curve->ProjectPoint(ERPoint3D(9, 9, 9), none, 1.0), 0);
     }
 }
 
@@ -286,7 +249,7 @@ TEST(PoleCurve, FindsEveryCutWhateverTheDegree) {
     for (const t_SmartPtr<ERCpoleRep3D>& curve : curvesOfManyDegrees()) {
         SCOPED_TRACE(printed(*curve));
         const ERVec<ERPoint3D> samples = curve->approxime(4001);
-        for (const double z : {0.31, 0.45, 0.52, 0.6}) {
+        for (const double z : {-0.31, 0.05, 0.22, 0.4}) {
             unsigned int changes = 0;
             for (unsigned int k = 1; k < samples.length(); ++k)
                 changes += (samples[k - 1].z() < z) != (samples[k].z() < z) ? 1 : 0;
@@ -323,41 +286,25 @@ TEST(PoleCurve, CutsAtAKnotOnceAndEverywhereInTheLine) {
 
 TEST(PoleCurve, HasEveryPointAsFootOfACentre) {
     const double w = std::sqrt(0.5);
-    ERVec<ERPole2DH> quarter;
-    quarter.append(ERPole2DH(ERPoint2D(1, 0), 1));
-    quarter.append(ERPole2DH(ERPoint2D(w, w), w));
-    quarter.append(ERPole2DH(ERPoint2D(0, 1), 1));
+    const ERPole2DH quarter[] = {{1, 0, 1}, {w, w, w}, {0, 1, 1}};
+    const ERCpoleBezier2DR curve(ERVec<ERPole2DH>(quarter, 3));
     ERVec<double> feet;
-    EXPECT_EQ(ERCpoleBezier2DR(quarter).ProjectPoint(ERPoint2D(0, 0), feet, 2.0), -1);
-    EXPECT_EQ(ERCpoleNURBS2D(quarter).ProjectPoint(ERPoint2D(0, 0), feet, 2.0), -1);
+    EXPECT_EQ(curve.ProjectPoint(ERPoint2D(0, 0), feet, 2.0), -1);
+    EXPECT_EQ(curve.ConvertToNurbs().ProjectPoint(ERPoint2D(0, 0), feet, 2.0), -1);
     EXPECT_EQ(feet.length(), 0u);
-    EXPECT_EQ(ERCpoleBezier2DR(quarter).ProjectPoint(ERPoint2D(0.3, 0.3), feet, 2.0), 1);
+    EXPECT_EQ(curve.ProjectPoint(ERPoint2D(0.3, 0.3), feet, 2.0), 1);
 }
 
-// Oracle: the recursion on curve objects.
-double lengthByObjects(const ERCpoleRep3D& curve, double tol) {
-    const double polygon = curve.upperEstimate();
-    const double chord = distance(curve.firstPt(), curve.lastPt());
-    if (tol < 1e-8 || polygon - chord <= tol) return (polygon + chord) * 0.5;
-    ERCpoleRep3D *left, *right;
-    curve.split(left, right);
-    const t_SmartPtr<ERCpoleRep3D> first(left), second(right);
-    return lengthByObjects(*first, tol * 0.5) + lengthByObjects(*second, tol * 0.5);
-}
-
-TEST(PoleCurve, MeasuresLengthAsTheHalvingOfCurvesDoes) {
+// The oracle of a length is in the contract of all curves.
+TEST(PoleCurve, MeasuresLengthInBothDirectionsAndTooFinelyByOneMean) {
     for (const t_SmartPtr<ERCpoleRep3D>& curve : curvesOfManyDegrees()) {
         SCOPED_TRACE(printed(*curve));
-        const ERLimites bound = curve->getBound();
-        const ERLimites part(bound(0.2), bound(0.7));
+        const ERLimites bound = curve->getBound(), part(bound(0.2), bound(0.7));
         const t_SmartPtr<ERCpoleRep3D> cut(ERCpoleRep3D::castdown(curve->getCopy()));
         cut->redefineDomain(part);
-        for (const double tol : {1.0, 1e-2, 1e-4}) {
-            const double length = curve->arcLength(part, tol);
-            EXPECT_NEAR(length, lengthByObjects(*cut, tol), 1e-11 * length) << tol;
-            EXPECT_EQ(curve->arcLength(ERLimites(part.end(), part.start()), tol), length);
-        }
-        // Too fine a tolerance gives one mean.
+        EXPECT_NEAR(curve->arcLength(part, 1e-4), cut->arcLength(1e-4), 1e-11);
+        EXPECT_EQ(curve->arcLength(ERLimites(part.end(), part.start()), 1e-4),
+                  curve->arcLength(part, 1e-4));
         const double mean = (cut->upperEstimate() + distance(cut->firstPt(), cut->lastPt())) * 0.5;
         EXPECT_NEAR(cut->arcLength(0.0), mean, 1e-12 * mean);
         EXPECT_NEAR(cut->arcLength(9e-9), mean, 1e-12 * mean);
@@ -372,8 +319,6 @@ TEST(PoleCurve, MeasuresThePolygonAboveItsChord) {
     EXPECT_DOUBLE_EQ(height({{0, 0}, {1, 2}, {7, -5}, {4, 0}}), 5.0);
     EXPECT_DOUBLE_EQ(height({{0, 0}, {3, 4}, {3, 5}, {0, 0}}), std::sqrt(34.0));  // closed
     EXPECT_EQ(height({{1, 1}}), 0.0);
-    EXPECT_EQ(ERCpoleBezier2D(vectorOf({{1, 1}})).upperEstimate(), 0.0);
-    EXPECT_EQ(ERCpoleBezier2D(vectorOf({{1, 1}})).degree(), 0u);
 }
 
 TEST(PoleCurve, ChangesItsDegree) {
@@ -396,21 +341,19 @@ TEST(PoleCurve, ChangesItsDegree) {
 TEST(NurbsCurve, PutsKnotsInAndTakesThemOut) {
     const ERCpoleNURBS2D before(weightedPlanePoles(), cubicKnots());
     ERCpoleNURBS2D curve = before;
-    curve.getBox();
+    const auto expectSameWith = [&](unsigned int poles) {
+        EXPECT_EQ(curve.nbPoles(), poles);
+        for (const double u : {2.0, 2.5, 3.0, 3.25, 3.9}) expectNear(curve(u), before(u), 1e-11);
+    };
     curve.insertKnot(2.5, 2);
     curve.insertKnot(3.25, 1);
-    EXPECT_EQ(curve.nbPoles(), 8u);
-    for (const double u : {2.0, 2.5, 3.0, 3.25, 3.9}) expectNear(curve(u), before(u));
+    expectSameWith(8);
     curve.reduceKnotMultiplicity(3.25, 1);
     curve.reduceKnotMultiplicity(2.5, 9);
-    EXPECT_EQ(curve.nbPoles(), 5u);
-    for (const double u : {2.0, 2.5, 3.0, 3.9}) expectNear(curve(u), before(u), 1e-11);
+    expectSameWith(5);
 }
 
 TEST(PoleCurve, AdjustsToItsTrimInsideAndBeyondTheDomain) {
-    ERCpoleBezier2D whole(planePoles());
-    whole.adjust();
-    EXPECT_EQ(whole.poles().data(), ERCpoleBezier2D(whole).poles().data());
     const ERCpoleNURBS2D spline(weightedPlanePoles(), cubicKnots());
     const ERCpoleBezier2DR bezierCurve(weightedPlanePoles(), natural);
     for (const ERLimites& limits : {trim, ERLimites(1.7, 4.3), ERLimites(3.9, 4.1)}) {
@@ -432,56 +375,35 @@ TEST(PoleCurve, SplitsAtItsEndsButNotOutside) {
         SCOPED_TRACE(sample.name);
         const t_SmartPtr<ERFiniteEntity2DWF> curve(sample.make());
         t_SmartPtr<ERFiniteEntity2DWF> left, right;
-        for (const double u : {curve->udeb() - 1e-3, curve->ufin() + 1e-3, nan}) {
+        for (const double u : {curve->udeb() - 1e-3, curve->ufin() + 1e-3, nan})
             EXPECT_EQ(curve->splitAt(left, right, u), 0);
-            EXPECT_TRUE(!left && !right);
-        }
+        EXPECT_TRUE(!left);
         ASSERT_EQ(curve->splitAt(left, right, curve->ufin()), 1);
-        expectNear(left->firstPt(), curve->firstPt(), 1e-11);
         expectNear(right->firstPt(), curve->lastPt(), 1e-11);
-        expectNear(right->lastPt(), curve->lastPt(), 1e-11);
         EXPECT_EQ(right->getBound(), ERLimites(curve->ufin(), curve->ufin()));
     }
 }
 
 TEST(PoleCurve, SamplesAPointOnceAndAStraightCurveAtItsEnds) {
-    const ERCpoleBezier2D point(vectorOf({{2, 3}}));
-    EXPECT_EQ(point.approxime(5).length(), 1u);
+    EXPECT_EQ(ERCpoleBezier2D(vectorOf({{2, 3}})).approxime(5).length(), 1u);
     const ERCpoleBezier2D line(vectorOf({{2, 3}, {4, 5}}), natural, trim);
-    const ERVec<ERPoint2D> ends = line.approxime(1);
-    ASSERT_EQ(ends.length(), 2u);
-    EXPECT_EQ(ends[0], line.firstPt());
-    EXPECT_EQ(ends[1], line.lastPt());
-    const ERVec<ERPoint2D> one = ERCpoleBezier2D(planePoles()).approxime(1);
-    ASSERT_EQ(one.length(), 1u);
-    EXPECT_TRUE(std::isnan(one[0].x()));
+    EXPECT_EQ(line.approxime(1), vectorOf({line.firstPt(), line.lastPt()}));
     // An S whose middle lies on its chord.
-    EXPECT_GT(ERCpoleBezier2D(vectorOf({{0, 0}, {1, 2}, {2, -2}, {3, 0}}))
-                  .approxime(ERLimites(0.0, 1.0), 0.01)
-                  .length(),
-              8u);
+    const ERCpoleBezier2D bends(vectorOf({{0, 0}, {1, 2}, {2, -2}, {3, 0}}));
+    EXPECT_GT(bends.approxime(ERLimites(0.0, 1.0), 0.01).length(), 8u);
 }
 
-// Oracle: de Casteljau's algorithm in long double.
+// Oracle: the definition in long double.
 TEST(PoleCurve, EvaluatesEveryDegree) {
     std::mt19937 random(31);
     for (unsigned int degree = 1; degree <= 49; ++degree) {
-        const ERVec<ERPole3DH> poles = randomPoles(random, degree + 1);
+        SCOPED_TRACE(degree);
+        const auto poles = randomPoles<ERPole3DH>(degree + 1, random);
         const double u = 0.05 + 0.9 * degree / 49.0;
-        std::vector<std::array<long double, 4>> level;
-        for (unsigned int i = 0; i <= degree; ++i)
-            level.push_back({poles[i].x(), poles[i].y(), poles[i].z(), poles[i].weigth()});
-        for (; level.size() > 1; level.pop_back())
-            for (std::size_t i = 0; i + 1 < level.size(); ++i)
-                for (std::size_t k = 0; k < 4; ++k)
-                    level[i][k] += (level[i + 1][k] - level[i][k]) * static_cast<long double>(u);
-        const auto expected = [&](std::size_t k) {
-            return static_cast<double>(level[0][k] / level[0][3]);
-        };
-        const ERPoint3D p(expected(0), expected(1), expected(2));
-        expectNear(ERCpoleBezier3DR(poles)(u), p, 2e-15);
-        expectNear(ERCpoleNURBS3D(poles)(u), p, 2e-15);
-        expectNear(ERCpoleNURBS3D(poles).PtCur(u).point(), p, 2e-15);
+        const ERPoint3D p = bernsteinSum(poles, u).castToPoint();
+        expectNear(ERCpoleBezier3DR(poles)(u), p, 1e-14);
+        expectNear(ERCpoleNURBS3D(poles)(u), p, 1e-14);
+        expectNear(ERCpoleNURBS3D(poles).PtCur(u).point(), p, 1e-14);
     }
 }
 
@@ -490,9 +412,9 @@ TEST(PoleCurve, SurvivesAnyPoles) {
     const double wild[] = {0, 1, -1, 1e15, 1e-15, nan, infinity, 1e308, -0.5};
     for (int i = 0; i < 200; ++i) {
         SCOPED_TRACE(drawnFrom(13, i));
-        ERVec<ERPole2DH> poles(static_cast<unsigned int>(random() % 7));
-        for (unsigned int k = 0; k < poles.length(); ++k)
-            poles[k] = drawn<ERPole2DH>([&] { return wild[random() % 9]; });
+        ERVec<ERPole2DH> poles;
+        for (unsigned int n = drawnBelow(7, random); n-- > 0;)
+            poles.append(drawn<ERPole2DH>([&] { return wild[random() % 9]; }));
         const ERCpoleBezier2DR bezierCurve(poles);
         const ERCpoleNURBS2D nurbsCurve(poles, 2);
         for (const ERCpoleRep2D* curve : {static_cast<const ERCpoleRep2D*>(&bezierCurve),
@@ -503,37 +425,8 @@ TEST(PoleCurve, SurvivesAnyPoles) {
             EXPECT_LE(parameters.length(), 100u);
             curve->arcLength(1e-3);
             curve->cordalHeight();
-            t_SmartPtr<ERFiniteEntity2DWF> left, right;
-            curve->splitAt(left, right, 0.5);
             EXPECT_LE(curve->approxime(ERLimites(0.0, 1e-4), 1e-3).length(), 5000u);
         }
-    }
-}
-
-// Knots that do not fit the poles leave a curve without either.
-TEST(NurbsCurve, RestoresDamagedKnotsAsNone) {
-    const ERCpoleNURBS2D curve(weightedPlanePoles(), cubicKnots());
-    const auto restoredWith = [&](std::size_t knot, double value) {
-        TemporaryFile place;
-        {
-            ERFile file(place.path(), createFile);
-            curve.saveGuts(file);
-        }
-        std::string bytes = place.bytes();
-        // The nine knots stand before degree and flag, at the end of the record.
-        std::memcpy(bytes.data() + bytes.size() - 8 - (9 - knot) * 8, &value, sizeof value);
-        place.setBytes(bytes);
-        ERCpoleNURBS2D restored;
-        ERFile file(place.path(), CFile::modeRead);
-        restored.restoreGuts(file);
-        return restored;
-    };
-    EXPECT_EQ(restoredWith(4, 3.0).nbPoles(), 5u);
-    for (const double bad : {1.0, 5.0, nan, infinity}) {
-        const ERCpoleNURBS2D restored = restoredWith(4, bad);
-        EXPECT_EQ(restored.nbPoles(), 0u) << bad;
-        EXPECT_EQ(restored.knotVector().length(), 0u);
-        EXPECT_EQ(restored.PtCur(0.5).point(), ERPoint2D(0, 0));
     }
 }
 

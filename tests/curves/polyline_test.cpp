@@ -17,11 +17,9 @@ ERVec<ERPoint3D> spiral(int n) {
     for (int i = 0; i < n; ++i) points.append(ERPoint3D(std::cos(i), std::sin(i), 0.3 * i));
     return points;
 }
-std::vector<double> listed(const ERVec<double>& values) {
-    return std::vector<double>(values.data(), values.data() + values.length());
-}
-std::vector<ERPoint2D> listed(const ERVec<ERPoint2D>& points) {
-    return std::vector<ERPoint2D>(points.data(), points.data() + points.length());
+template <class T>
+std::vector<T> listed(const ERVec<T>& values) {
+    return std::vector<T>(values.data(), values.data() + values.length());
 }
 
 constexpr unsigned int parts = SplitKeepsNoParameters;
@@ -43,12 +41,12 @@ INSTANTIATE_TEST_SUITE_P(
 TEST(Polyline, ParameterCountsTheVertices) {
     const ERPolyline2D line(zigzag());
     EXPECT_EQ(line.ufin(), 5.0);
-    for (unsigned int i = 0; i < 5; ++i) EXPECT_EQ(line(i), line[i]);
-    EXPECT_EQ(line(1.5), ERPoint2D(4, 1.5));
+    for (unsigned int i = 0; i < 6; ++i) EXPECT_EQ(line(i), zigzag()[i]);
+    for (const auto& [u, p] : {std::pair(1.5, ERPoint2D(4, 1.5)), std::pair(-0.5, ERPoint2D(-2, 0)),
+                               std::pair(6.0, ERPoint2D(-5, 8))})
+        EXPECT_EQ(line(u), p);
     EXPECT_EQ(line.PtCur(1.5).tangente(), ERVector2D(0, 3));
     EXPECT_EQ(line.PtCur(3.25).tangente(), ERVector2D());  // between equal vertices
-    EXPECT_EQ(line(-0.5), ERPoint2D(-2, 0));
-    EXPECT_EQ(line(6.0), ERPoint2D(-5, 8));
 }
 
 TEST(Polyline, FewVerticesAreHarmless) {
@@ -87,11 +85,11 @@ TEST(Polyline, ApproximationIsTheVerticesBetweenTheLimits) {
 TEST(Polyline, SplitRepeatsNoVertex) {
     const ERPolyline2D line(zigzag());
     t_SmartPtr<ERFiniteEntity2DWF> left, right;
-    ASSERT_EQ(line.splitAt(left, right, 2.0), 1);
-    EXPECT_EQ(ERPolyline2D::castdown(left.getObject())->length(), 3u);
-    EXPECT_EQ(ERPolyline2D::castdown(right.getObject())->length(), 4u);
-    ASSERT_EQ(line.splitAt(left, right, 5.0), 1);
-    EXPECT_EQ(ERPolyline2D::castdown(right.getObject())->length(), 1u);
+    for (const unsigned int u : {0u, 2u, 5u}) {
+        ASSERT_EQ(line.splitAt(left, right, u), 1);
+        EXPECT_EQ(ERPolyline2D::castdown(left.getObject())->length(), u + 1);
+        EXPECT_EQ(ERPolyline2D::castdown(right.getObject())->length(), 6 - u);
+    }
     const ERFiniteEntity2DWF* const held = left;
     for (const double u : {-0.1, 5.1, nan}) EXPECT_EQ(line.splitAt(left, right, u), 0);
     EXPECT_EQ(left.getObject(), held);
@@ -145,9 +143,9 @@ TEST(Polyline, CleaningDropsRepeatedNeighbours) {
 }
 
 TEST(Polyline, ClosureIsStrictlyWithinTheTolerance) {
-    EXPECT_EQ(ERPolyline2D(zigzag()).isClosed(), 0);
-    EXPECT_EQ(ERPolyline2D(vectorOf({{0, 0}, {4, 0}, {0.9e-11, -0.9e-11}})).isClosed(), 1);
-    EXPECT_EQ(ERPolyline2D(vectorOf({{0, 0}, {4, 0}, {0, 1e-11}})).isClosed(), 0);
+    for (const auto& [x, y, closed] :
+         {std::tuple(0.9e-11, -0.9e-11, 1), std::tuple(0.0, 1e-11, 0), std::tuple(1e-11, 0.0, 0)})
+        EXPECT_EQ(ERPolyline2D(vectorOf({{0, 0}, {4, 0}, {x, y}})).isClosed(), closed);
 }
 
 TEST(Polygone, ClosesAnOpenList) {

@@ -13,13 +13,11 @@ const ERRoundedSlot2D disc(ERPoint2D(1, 1), ERPoint2D(1, 1), 2.0);
 const ERPmIsometrie3D frame = ERChgRepere3D(ERVector3D(1, -1, 2), ERPoint3D(3, 1, 4));
 
 TEST(RoundedSlot, PiecesFollowEachOther) {
-    const struct {
-        double u;
-        ERPoint2D point;
-    } expected[] = {{0.0, {0, -1}}, {0.25, {1, -1}}, {1.0, {4, -1}}, {1.5, {5, 0}},
-                    {2.0, {4, 1}},  {2.5, {2, 1}},   {3.0, {0, 1}},  {3.5, {-1, 0}},
-                    {4.0, {0, -1}}, {5.5, {5, 0}},   {-0.5, {-1, 0}}};
-    for (const auto& e : expected) expectNear(level.PtCur(e.u).point(), e.point);
+    const std::pair<double, ERPoint2D> expected[] = {
+        {0.0, {0, -1}}, {0.25, {1, -1}}, {1.0, {4, -1}}, {1.5, {5, 0}},
+        {2.0, {4, 1}},  {2.5, {2, 1}},   {3.0, {0, 1}},  {3.5, {-1, 0}},
+        {4.0, {0, -1}}, {5.5, {5, 0}},   {-0.5, {-1, 0}}};
+    for (const auto& [u, p] : expected) expectNear(level.PtCur(u).point(), p);
     const double h = std::sqrt(0.5);
     expectNear(level.PtCur(1.75).point(), ERPoint2D(4 + h, h));  // by the angle
     EXPECT_EQ(level.PtCur(5.5).parameter(), 1.5);
@@ -91,9 +89,13 @@ TEST(RoundedSlot, ApproximationKeepsToTheTolerance) {
     const ERVec<ERPoint2D> part = level.approxime(ERLimites(-1.0, 0.5), 0.1);
     ASSERT_EQ(part.length(), 2u);
     expectNear(part[1], ERPoint2D(2, -1));
-    EXPECT_EQ(level.approxime(ERLimites(2.5, 2.5), 0.1).length(), 1u);
-    EXPECT_EQ(level.approxime(ERLimites(3, 2), 0.1).length(), 0u);
-    EXPECT_EQ(level.approxime(ERLimites(nan, nan), 0.1).length(), 0u);
+    for (const auto& [from, to, n] :
+         {std::tuple(2.5, 2.5, 1u), std::tuple(3.0, 2.0, 0u), std::tuple(nan, nan, 0u)})
+        EXPECT_EQ(level.approxime(ERLimites(from, to), 0.1).length(), n);
+    // Part of a half circle keeps to its own points.
+    const ERVec<ERPoint2D> tip = level.approxime(ERLimites(1.5, 1.75), 1e-3);
+    for (unsigned int i = 0; i < tip.length(); ++i) EXPECT_NEAR(distance(tip[i], {4, 0}), 1, 1e-14);
+    for (unsigned int i = 0; i < tip.length(); ++i) EXPECT_GE(tip[i].y(), -1e-14);
 }
 
 TEST(RoundedSlot, IsCarried) {

@@ -24,11 +24,7 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST(Segment, TwoPointsApproximateIt) {
     const ERSegment2D segment({0, 0}, {4, 2});
-    for (const int n : {17, 1, 0, -1}) {
-        const ERVec<ERPoint2D> points = segment.approxime(n);
-        ASSERT_EQ(points.length(), 2u);
-        EXPECT_EQ(points[1], ERPoint2D(4, 2));
-    }
+    for (const int n : {17, 1, 0, -1}) EXPECT_EQ(segment.approxime(n).length(), 2u);
     EXPECT_EQ(segment.approxime(ERLimites(0.25, 2.0), 1e-9).length(), 2u);
     expectNear(segment.normal(nan), ERVector2D(-1, 2).getnormalized());
 }

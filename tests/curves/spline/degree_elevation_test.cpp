@@ -16,7 +16,7 @@ TYPED_TEST_SUITE(DegreeElevation, test::PoleTypes);
 
 TYPED_TEST(DegreeElevation, OfBezierPolesIsUndoneByReduction) {
     Random random(61);
-    for (unsigned int n : {1u, 2u, 3u, 4u, 5u, 6u, 9u, 12u}) {
+    for (unsigned int n : {1u, 2u, 3u, 4u, 7u, 12u}) {
         SCOPED_TRACE(n);
         const auto poles = randomPoles<TypeParam>(n, random);
         auto raised = poles;
@@ -44,7 +44,7 @@ TEST(DegreeReduction, TellsWhenItIsNotExact) {
     poles[1] = ERPoint2D(1.5, 3e-12);
     EXPECT_EQ(BezierDecreaseDegree(poles), 1);  // within the tolerance: E is 6e-12 from the end
     EXPECT_EQ(BezierDecreaseDegree(poles), 0);
-    EXPECT_TRUE(poles.length() == 1 && poles[0] == ERPoint2D(1.5, 0));
+    EXPECT_EQ(poles, ERVec<ERPoint2D>(1, ERPoint2D(1.5, 0)));
     EXPECT_EQ(BezierDecreaseDegree(poles), 0);
     EXPECT_EQ(poles.length(), 1u);
 
@@ -67,7 +67,6 @@ TYPED_TEST(DegreeElevation, OfASplineLeavesTheCurve) {
         SCOPED_TRACE(testing::Message() << "round " << round << "\n" << before.knots);
         ASSERT_EQ(after.knots.degree(), degree + 1);
         ASSERT_TRUE(after.knots.fits(after.poles.length()));
-        EXPECT_EQ(after.knots.isUnclamped(), 0);
         EXPECT_LE(test::maxDistance(before, after, before.start(), before.end()), 1e-13);
         if (before.knots.isUnclamped() == 0) {
             auto knots = before.knots;
@@ -90,14 +89,6 @@ TEST(DegreeElevationOfASpline, DropsWhatNothingReads) {
     after.degree = 2;
     EXPECT_EQ(after.knots.length(), 9u);
     EXPECT_LE(test::maxDistance(before, after, 0, 2), 1e-14);
-}
-
-TEST(DegreeElevationOfASpline, OfTenThousandPolesIsLinear) {
-    Random random(73);
-    auto poles = randomPoles<ERPole3DH>(10000, random);
-    ERKnotVector knots = UniformeKnotVector(3, 10000, ERLimites(0, 1));
-    Prautzsch(poles, knots, 3);
-    EXPECT_EQ(poles.length(), 19997u);
 }
 
 }  // namespace

@@ -75,7 +75,8 @@ TYPED_TEST(KnotInsertion, MakesKnotsCommon) {
         const auto a0 = a, b0 = b;
         CoincideBoehm(a.poles, a.knots, b.poles, b.knots, degree);
         EXPECT_TRUE(a.knots.getVec() == b.knots.getVec());
-        EXPECT_TRUE(a.knots.fits(a.poles.length()) && b.poles.length() == a.poles.length());
+        EXPECT_TRUE(a.knots.fits(a.poles.length()));
+        EXPECT_EQ(b.poles.length(), a.poles.length());
         EXPECT_LE(maxDistance(a0, a, a.start(), a.end()), tight);
         EXPECT_LE(maxDistance(b0, b, a.start(), a.end()), tight);
     }
@@ -95,20 +96,22 @@ TYPED_TEST(KnotInsertion, CutsToAnyPartOfTheDomainAndExtendsBack) {
         const double from = std::max(a, whole.start()), to = std::min(b, whole.end());
         ASSERT_TRUE(part.knots.fits(part.poles.length()));
         EXPECT_EQ(part.knots.isUnclamped(), 0);
-        EXPECT_TRUE(part.knots.first() == from && part.knots.last() == to);
+        EXPECT_EQ(part.knots.first(), from);
+        EXPECT_EQ(part.knots.last(), to);
         EXPECT_LE(maxDistance(whole, part, from, to), tight);
 
         // The part's first and last polynomial, carried on: the whole in its own spans there.
         auto longer = part;
         const double low = from - 0.3, high = to + 0.4;
         IncreaseDomain(longer.poles, longer.knots, longer.degree, low, high);
-        EXPECT_TRUE(longer.knots.first() == low && longer.knots.last() == high);
+        EXPECT_EQ(longer.knots.first(), low);
+        EXPECT_EQ(longer.knots.last(), high);
         EXPECT_TRUE(longer.knots.fits(longer.poles.length()));
         // Extrapolation magnifies the rounding by the powers of its ratio.
         double shortest = 1e300;
         for (unsigned int i = 1; i < part.knots.length(); ++i)
-            if (part.knots[i] > part.knots[i - 1])
-                shortest = std::min(shortest, part.knots[i] - part.knots[i - 1]);
+            if (const double span = part.knots[i] - part.knots[i - 1]; span > 0)
+                shortest = std::min(shortest, span);
         const double growth = std::pow(2 + 2 / shortest, 2 * part.degree);
         for (double u : {low, low + 0.1, from, to + 0.2, high}) {
             const double side = u <= from ? from : std::nextafter(to, from);
@@ -166,25 +169,24 @@ TEST(KnotRemoval, TakesTheMeanOfTheTwoSides) {
 TEST(KnotPreparation, BracketsTheKnotAndStepsBackFromTheLast) {
     const double values[] = {0, 0, 0, 1, 2, 2, 3, 3, 3};
     ERKnotVector knots(2, values, 9);
-    struct {
-        double u, low;
-        unsigned int position, multiplicity;
-        double high;
-        unsigned int highPosition, highMultiplicity, span;
-    } const cases[] = {{0.5, 0, 0, 0, 1, 3, 1, 2}, {1, 1, 3, 1, 2, 4, 2, 3},
-                       {2, 2, 4, 2, 3, 6, 3, 5},   {2.5, 2, 4, 0, 3, 6, 3, 5},
-                       {3, 2, 4, 2, 3, 6, 3, 5},   {0, 0, 0, 3, 1, 3, 1, 2}};
+    // u; the knot below with its position and multiplicity, the one above with its own, the span.
+    const std::vector<double> cases[] = {{0.5, 0, 0, 0, 1, 3, 1, 2}, {1, 1, 3, 1, 2, 4, 2, 3},
+                                         {2, 2, 4, 2, 3, 6, 3, 5},   {2.5, 2, 4, 0, 3, 6, 3, 5},
+                                         {3, 2, 4, 2, 3, 6, 3, 5},   {0, 0, 0, 3, 1, 3, 1, 2}};
     for (const auto& expected : cases) {
-        SCOPED_TRACE(expected.u);
+        const double u = expected[0];
         double low, high;
-        unsigned int position, multiplicity, highPosition, highMultiplicity, span;
-        PrepareBoehm(knots, expected.u, 2, low, position, multiplicity, high, highPosition,
-                     highMultiplicity, span);
-        EXPECT_TRUE(low == expected.low && high == expected.high);
-        EXPECT_TRUE(position == expected.position && multiplicity == expected.multiplicity);
-        EXPECT_TRUE(highPosition == expected.highPosition &&
-                    highMultiplicity == expected.highMultiplicity);
-        EXPECT_EQ(span, expected.span);
+        unsigned int at, multiplicity, highAt, highMultiplicity, span;
+        PrepareBoehm(knots, u, 2, low, at, multiplicity, high, highAt, highMultiplicity, span);
+        const std::vector<double> found{u,
+                                        low,
+                                        double(at),
+                                        double(multiplicity),
+                                        high,
+                                        double(highAt),
+                                        double(highMultiplicity),
+                                        double(span)};
+        EXPECT_EQ(found, expected);
     }
 }
 
@@ -211,21 +213,19 @@ TEST(KnotInsertionInRows, EqualsThatOfEachColumn) {
     const auto s = randomSpline<ERPole3DH>(3, random);
     ERVec<double> doubled;
     for (unsigned int i = 0; i < s.poles.length(); ++i)
-        for (int copy = 0; copy < 2; ++copy)
-            for (unsigned int k = 0; k < 4; ++k) doubled.append(spline::doubles(&s.poles[i])[k]);
+        for (unsigned int k = 0; k < 8; ++k) doubled.append(spline::doubles(&s.poles[i])[k % 4]);
     const double inserted[] = {s.start(), s.start() + 0.1, s.start() + 0.1, s.end(), 1e9};
     ERVec<double> rows(doubled.length() + 5 * 8), knots(s.knots.length() + 5);
-    const unsigned int count =
-        spline::insertKnots(doubled.data(), s.poles.length(), 8, s.knots.data(), 3, inserted, 5,
-                            rows.data(), knots.data());
-    EXPECT_EQ(count, 2u);
+    EXPECT_EQ(spline::insertKnots(doubled.data(), s.poles.length(), 8, s.knots.data(), 3, inserted,
+                                  5, rows.data(), knots.data()),
+              2u);
     auto single = s;
     Boehm(single.poles, single.knots, 3, inserted[1], 2);
     for (unsigned int i = 0; i < single.poles.length(); ++i)
         for (unsigned int k = 0; k < 8; ++k)
             EXPECT_EQ(rows[i * 8 + k], spline::doubles(&single.poles[i])[k % 4]);
     knots.troncat(single.knots.length());
-    EXPECT_TRUE(knots == single.knots.getVec());
+    EXPECT_EQ(knots, single.knots.getVec());
 }
 
 TYPED_TEST(KnotInsertion, DoesNothingOnDataThatMakeNoCurve) {

@@ -43,7 +43,7 @@ TEST(PowerForms, OfUnlikeDegreesMeetAtTheHighest) {
     const ERPole3DH expected[] = {{1, 0, 0, 1}, {2, 0, 0, 1}, {3, 3, 0, 1}};
     EXPECT_TRUE(poles == ERVec<ERPole3DH>(expected, 3));
     CpolySeg2Pole(ERTValVector<ERPolynome>(), poles);
-    EXPECT_TRUE(poles.length() == 1 && poles[0] == ERPole3DH(0, 0, 0, 1));
+    EXPECT_EQ(poles, ERVec<ERPole3DH>(1, ERPole3DH(0, 0, 0, 1)));
     EXPECT_EQ(Bezier2Poly(poles.data(), 0, 0).coefficients().length(), 0u);
     EXPECT_EQ(Bezier2Poly(poles.data(), 1, 4).coefficients().length(), 0u);
 }
