@@ -10,15 +10,6 @@ namespace kerf {
 ER_DEFINE_ABSTRACT_CLASS(ERPlanarEntity3DWF, EREntity3DWF)
 ER_DEFINE_STORED_FIELDS(ERPlanarEntity3DWF, EREntity3DWF)
 
-namespace {
-
-// A frame whose axes are those of the map, whatever their handedness.
-ERPmIsometrie3D frameOf(const LinearMap& axes, const ERPoint3D& origin) {
-    return ERPmIsometrie3D(ERSimilitude3D(axes.asMatrix(), origin, 1.0).getRepresentation());
-}
-
-}  // namespace
-
 void ERPlanarEntity3DWF::setTransfo(const ERPmIsometrie3D& frame) {
     frame_ = frame;
     axes_ = LinearMap(frame_.getMatrix());
@@ -71,11 +62,7 @@ void ERPlanarEntity3DWF::reverse() {
 }
 
 void ERPlanarEntity3DWF::carry(const ERPmSimilitude3D& t, bool inverse) {
-    const auto image = [&](const auto& value) { return inverse ? t << value : t >> value; };
-    const auto axis = [&](Coord3D k) { return image(frame_.getVector(k)).getnormalized(); };
-    ERPmIsometrie3D carried = frameOf(
-        LinearMap::fromColumns(axis(Coord3D::CoordX), axis(Coord3D::CoordY), axis(Coord3D::CoordZ)),
-        image(origin_));
+    ERPmIsometrie3D carried = carriedFrame(frame_, t, inverse);
     const double factor = std::fabs(t.getFactHomo());
     if (factor != 1.0) scaleData(inverse ? 1.0 / factor : factor);
     if (mirrors(t)) {

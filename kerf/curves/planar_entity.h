@@ -2,6 +2,7 @@
 #include "kerf/core/stored_fields.h"
 #include "kerf/curves/curve.h"
 #include "kerf/platform/config.h"
+#include "kerf/values/carried_frame.h"
 #include "kerf/values/linear_map.h"
 #include "kerf/values/space.h"
 #include "kerf/values/transformation_2d.h"
@@ -12,12 +13,6 @@ namespace kerf {
 
 template <class Space>
 struct AngularForm;
-
-/// Whether a similitude turns right-handed frames into left-handed ones: a negative factor does, as
-/// a matrix of negative determinant does, and both together do not.
-inline bool mirrors(const ERPmSimilitude3D& t) {
-    return (t.isDirect() == 0) != (t.getFactHomo() < 0.0);
-}
 
 /// An entity given by coordinates in the plane z = 0 of a frame. A derived class holds the data of
 /// the plane and says how they are scaled and mirrored; the frame is carried here.

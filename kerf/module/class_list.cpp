@@ -20,6 +20,7 @@
 #include "kerf/module/module.h"
 #include "kerf/persistence/database_object.h"
 #include "kerf/persistence/tree_objects.h"
+#include "kerf/surfaces/surface.h"
 #include "kerf/values/entity.h"
 #include "kerf/values/persistent_point.h"
 #include "kerf/values/point_list.h"
@@ -86,6 +87,11 @@ const ERClassRegistration* const classes[] = {
     ERAuxilaryIndex::desc(),
     ERDBObject::desc(),
     ERDBTree::desc(),
+    // surfaces
+    ERAnyBoundedSurface::desc(),
+    ERBoundedSurface::desc(),
+    ERSurface::desc(),
+    ERSurfaceBasedOnTransfo3D::desc(),
     // values
     ERAnyIsometrie3D::desc(),
     ERAnySimilitude3D::desc(),

@@ -90,6 +90,7 @@ public:
 
     void reverseRows();  ///< the last row becomes the first
     void reverseCols();  ///< the last column becomes the first
+    ERMatrix transposed() const;
 
     /// The sum of the diagonal of a square matrix; T() of an empty one.
     T trace() const requires HasSum<T>;

@@ -258,6 +258,16 @@ void ERMatrix<T>::reverseCols() {
 }
 
 template <class T>
+ERMatrix<T> ERMatrix<T>::transposed() const {
+    ERMatrix image(cols_, rows_);
+    const T* from = this->data();
+    T* const to = image.data();
+    for (unsigned int r = 0; r < rows_; ++r)
+        for (unsigned int c = 0; c < cols_; ++c) to[image.inVec(c, r)] = *from++;
+    return image;
+}
+
+template <class T>
 T ERMatrix<T>::trace() const requires HasSum<T> {
     const ERSlice<T> onDiagonal = diagonal();
     T sum = T();
