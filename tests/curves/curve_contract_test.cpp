@@ -1,12 +1,11 @@
 #include "tests/curves/curve_contract.h"
 
 #include "kerf/curves/nurbs_curve.h"
-#include "kerf/persistence/object_database.h"
 #include "kerf/values/box.h"
 #include "kerf/values/info_point.h"
 #include "kerf/values/transformation_2d.h"
 #include "kerf/values/transformation_3d.h"
-#include "tests/support/value_checks.h"
+#include "tests/support/object_checks.h"
 
 namespace kerf::test {
 
@@ -14,19 +13,6 @@ GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(PlaneCurveContract);
 GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(SpaceCurveContract);
 
 namespace {
-
-// Curves that hold others store them as records of the current database.
-class CurrentDatabase {
-public:
-    CurrentDatabase() {
-        EXPECT_EQ(base_.Open(place_.path(), 0), 1);
-        ERObject::theCurrentDataBase = &base_;
-    }
-
-private:
-    TemporaryFile place_;
-    ERObjectDataBase base_;
-};
 
 template <class Space>
 class Contract {
@@ -205,13 +191,13 @@ public:
     void stored() const {
         if (exceptions_ & NotStored) GTEST_SKIP();
         const CurrentDatabase forPatches;
-        const std::string bytes = record(*curve_);
+        const std::string bytes = recordOf(*curve_);
         EXPECT_EQ(bytes.size(), curve_->binaryStoreSize());
         ASSERT_NE(ERClassRegistration::findCreator(curve_->className()), nullptr);
         const Held restored = restoredFrom(bytes);
         for (int i = 0; i <= 10; ++i) EXPECT_EQ(at(*restored, i / 10.0), at(i / 10.0));
         EXPECT_EQ(restored->getBox(), curve_->getBox());
-        EXPECT_EQ(record(*restored), bytes);
+        EXPECT_EQ(recordOf(*restored), bytes);
         EXPECT_EQ(text(*restored), text(*curve_));
     }
 
@@ -220,21 +206,14 @@ public:
     void damaged() const {
         if (exceptions_ & NotStored) GTEST_SKIP();
         const CurrentDatabase forPatches;
-        const auto survives = [&](const std::string& broken) {
+        forDamaged(recordOf(*curve_), [&](const std::string& broken) {
             const Held restored = restoredFrom(broken);
             restored->PtCur(0.5);
             restored->getBox();
             ERVec<double> parameters;
             restored->ProjectPoint(Point(), parameters, 1.0);
             text(*restored);
-        };
-        const std::string bytes = record(*curve_);
-        for (std::size_t i = 0; i < bytes.size(); i += bytes.size() / 60 + 1) {
-            survives(bytes.substr(0, i));
-            std::string turned = bytes;
-            turned[i] = static_cast<char>(~turned[i]);
-            survives(turned);
-        }
+        });
     }
 
     void copied() const {
@@ -288,23 +267,11 @@ private:
     }
     double parameter(double s) const { return parameter(*curve_, s); }
 
-    static std::string record(const Curve& curve) {
-        TemporaryFile place;
-        {
-            ERFile file(place.path(), createFile);
-            curve.saveGuts(file);
-        }
-        return place.bytes();
-    }
-
     // What was kept before is to be dropped.
     Held restoredFrom(const std::string& bytes) const {
-        TemporaryFile place;
-        place.setBytes(bytes);
         Held curve(Curve::castdown(ERClassRegistration::findCreator(curve_->className())()));
         curve->getBox();
-        ERFile file(place.path(), CFile::modeRead);
-        curve->restoreGuts(file);
+        restoreFrom(bytes, *curve);
         return curve;
     }
 
@@ -352,21 +319,6 @@ std::vector<ERTransfo2D> planeTransformations() {
             ERTransfo2D(Coord2D::CoordX),
             ERTransfo2D(Coord2D::CoordY) * ERTransfo2D::rotation(2.2),
             ERTransfo2D::Symmetry(ERVector2D(2, 1)) * ERTransfo2D(0.5, ERPoint2D(1, 1))};
-}
-
-std::vector<ERPmIsometrie3D> isometries() {
-    return {ERTranslation3D(ERPoint3D(1, -2, 3)), ERRotation3D(ERVector3D(1, 2, -0.5), 1.1),
-            ERChgRepere3D(ERVector3D(1, 1, 2), ERPoint3D(4, 0, -1)), ERSymetrie3D(Coord3D::CoordY),
-            ERSymetrie3D(ERVector3D(1, -2, 0.5))};
-}
-
-std::vector<ERPmSimilitude3D> similitudes() {
-    std::vector<ERPmSimilitude3D> all;
-    for (const ERPmIsometrie3D& isometry : isometries()) {
-        all.push_back(isometry * ERScaling3D(1.6));
-        all.push_back(ERScaling3D(-0.75) * isometry);
-    }
-    return all;
 }
 
 using OnPlane = Contract<Space2D>;
