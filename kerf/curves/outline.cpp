@@ -51,8 +51,8 @@ ERInfoPoint2D CornerOutline2D::PtCur(double u) const {
     const unsigned int n = corners_.length();
     if (n == 0) return ERInfoPoint2D();
     const double v = detail::intoRange(u, n);
-    // The end of the range lies on the last side; so does what rounds to it. A NaN is on the first.
-    const unsigned int i = v >= n ? n - 1 : v > 0.0 ? static_cast<unsigned int>(v) : 0;
+    // A corner lies on the side that ends there, as in Project. A NaN is on the first side.
+    const unsigned int i = v > 1.0 ? static_cast<unsigned int>(std::ceil(v)) - 1 : 0;
     const ERPoint2D* const corner = corners_.data();
     return detail::infoBetween<Space2D>(corner[i], corner[i + 1 < n ? i + 1 : 0], v - i, v);
 }

@@ -41,7 +41,8 @@ public:
 };
 
 /// An outline of straight sides. Side i goes from corner i to the next one.
-/// Storage: the corners.
+/// Parameter: at a corner the derivative is that of the side which ends there; at u = 0, of the first.
+/// Storage:   the corners.
 class KERF_EXPORT CornerOutline2D : public CarriedByPoints<CornerOutline2D, Outline2D, Space2D> {
 public:
     const ERVec<ERPoint2D>& points() const { return corners_; }

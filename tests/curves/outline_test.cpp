@@ -27,7 +27,11 @@ TEST(Rectangle, CornersRunCounterClockwiseFromBehindOnTheRight) {
         EXPECT_EQ(upright.PtCur(u).parameter(), taken);
     }
     expectNear(upright.PtCur(0.25).point(), ERPoint2D(3, 0));
-    expectNear(upright.PtCur(0.25).tangente(), ERVector2D(0, 4));
+    for (const auto& [u, side] :
+         {std::pair(0.0, ERVector2D(0, 4)), std::pair(0.25, ERVector2D(0, 4)),
+          std::pair(1.0, ERVector2D(0, 4)), std::pair(2.0, ERVector2D(-2, 0)),
+          std::pair(4.0, ERVector2D(2, 0))})
+        expectNear(upright.PtCur(u).tangente(), side);
 }
 
 TEST(Rectangle, TakesFourCornersAndNoOtherNumber) {
