@@ -33,7 +33,7 @@ ERVector2D leftOf(const ERVector2D& v) { return ERVector2D(-v.j(), v.i()); }
 
 ERVector2D Outline2D::auxiliary_direction() const { return leftOf(main_direction()); }
 
-int Outline2D::ProjectPt(const ERPoint2D& p, ERPoint2D& foot) const {
+EREntity::DISTMINRES Outline2D::ProjectPt(const ERPoint2D& p, ERPoint2D& foot) const {
     double u = 0.0;
     int index = 0;
     return Project(p, foot, u, index);
@@ -42,7 +42,7 @@ int Outline2D::ProjectPt(const ERPoint2D& p, ERPoint2D& foot) const {
 int Outline2D::Get_Entity_Number(const ERPoint2D& p, int& index) const {
     ERPoint2D foot;
     double u = 0.0;
-    return Project(p, foot, u, index) == 1;
+    return Project(p, foot, u, index) == SingleNearestPoint;
 }
 
 // Outlines of straight sides.
@@ -59,7 +59,8 @@ ERInfoPoint2D CornerOutline2D::PtCur(double u) const {
 
 ERMinimax2D CornerOutline2D::getBox() const { return ERMinimax2D(corners_); }
 
-int CornerOutline2D::Project(const ERPoint2D& p, ERPoint2D& foot, double& u, int& index) const {
+EREntity::DISTMINRES CornerOutline2D::Project(const ERPoint2D& p, ERPoint2D& foot, double& u,
+                                              int& index) const {
     const unsigned int n = corners_.length();
     const ERPoint2D* const corner = corners_.data();
     detail::NearestFoot nearest(p);
@@ -72,7 +73,7 @@ int CornerOutline2D::Project(const ERPoint2D& p, ERPoint2D& foot, double& u, int
 EREntity::DISTMINRES CornerOutline2D::SignedMinimalDistance(const ERPoint2D& p,
                                                             double& distance) const {
     ERPoint2D foot;
-    if (ProjectPt(p, foot) == 0) return NoFootPoint;
+    if (ProjectPt(p, foot) == NoFootPoint) return NoFootPoint;
     // Inside by the number of sides that a ray to the right crosses.
     const unsigned int n = corners_.length();
     const ERPoint2D* const corner = corners_.data();

@@ -32,10 +32,11 @@ public:
 
     /// The point of the outline nearest to p, its parameter and its piece, the first is 0; a corner
     /// belongs to the piece that ends there, corner 0 to the first.
-    /// Returns 1, or 2 when another point is exactly as near and the first of them is given, or 0
-    /// with nothing written.
-    virtual int Project(const ERPoint2D& p, ERPoint2D& foot, double& u, int& index) const = 0;
-    int ProjectPt(const ERPoint2D& p, ERPoint2D& foot) const;
+    /// Returns SingleNearestPoint, or NearestPointNotUnique when another point is exactly as near and
+    /// the first of them is given, or NoFootPoint with nothing written.
+    virtual EREntity::DISTMINRES Project(const ERPoint2D& p, ERPoint2D& foot, double& u,
+                                         int& index) const = 0;
+    EREntity::DISTMINRES ProjectPt(const ERPoint2D& p, ERPoint2D& foot) const;
     /// 1, with the piece nearest to p, unless Project found nothing or more than one point.
     int Get_Entity_Number(const ERPoint2D& p, int& index) const;
 };
@@ -49,7 +50,8 @@ public:
 
     ERInfoPoint2D PtCur(double u) const override;
     ERMinimax2D getBox() const override;
-    int Project(const ERPoint2D& p, ERPoint2D& foot, double& u, int& index) const override;
+    EREntity::DISTMINRES Project(const ERPoint2D& p, ERPoint2D& foot, double& u,
+                                 int& index) const override;
     /// The distance from the outline, negative inside. Returns SingleNearestPoint, or NoFootPoint
     /// when Project finds nothing.
     EREntity::DISTMINRES SignedMinimalDistance(const ERPoint2D& p, double& distance) const override;
@@ -82,8 +84,8 @@ public:
     ERVector3D auxiliary_direction() const { return this->lifted(flat_.auxiliary_direction()); }
 
     /// As in the plane, for the foot of p on it.
-    int Project(const ERPoint3D& p, ERPoint3D& foot, double& u, int& index) const;
-    int ProjectPt(const ERPoint3D& p, ERPoint3D& foot) const;
+    EREntity::DISTMINRES Project(const ERPoint3D& p, ERPoint3D& foot, double& u, int& index) const;
+    EREntity::DISTMINRES ProjectPt(const ERPoint3D& p, ERPoint3D& foot) const;
     int Get_Entity_Number(const ERPoint3D& p, int& index) const;
     /// The distance from the outline in space, negative where the foot of p on the plane lies inside.
     EREntity::DISTMINRES SignedMinimalDistance(const ERPoint3D& p, double& distance) const override;

@@ -90,7 +90,8 @@ ERMinimax2D ERRoundedSlot2D::getBox() const {
     return box;
 }
 
-int ERRoundedSlot2D::Project(const ERPoint2D& p, ERPoint2D& foot, double& u, int& index) const {
+EREntity::DISTMINRES ERRoundedSlot2D::Project(const ERPoint2D& p, ERPoint2D& foot, double& u,
+                                              int& index) const {
     const Shape s = shape();
     detail::NearestFoot nearest(p);
     for (unsigned int piece = 0; piece < pieces; ++piece) {

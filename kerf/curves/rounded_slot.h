@@ -36,7 +36,8 @@ public:
     ERVector2D main_direction() const override;  ///< from center1 to center2
     ERInfoPoint2D PtCur(double u) const override;
     ERMinimax2D getBox() const override;
-    int Project(const ERPoint2D& p, ERPoint2D& foot, double& u, int& index) const override;
+    EREntity::DISTMINRES Project(const ERPoint2D& p, ERPoint2D& foot, double& u,
+                                 int& index) const override;
     /// The distance from the outline, negative inside. Returns SingleNearestPoint.
     EREntity::DISTMINRES SignedMinimalDistance(const ERPoint2D& p, double& distance) const override;
     ERCompCurve2D composite_curve() const;  ///< two segments and two arcs

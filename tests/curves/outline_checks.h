@@ -122,8 +122,9 @@ void expectPlanarTwin(const Flat& flat, const ERPmIsometrie3D& frame) {
         ERPoint3D foot;
         double u = 0.0, v = 0.0, d = 0.0, flatDistance = 0.0;
         int index = -1, flatIndex = -1;
-        const int found = flat.Project(p, flatFoot, u, flatIndex);
-        EXPECT_EQ(twin->Project(lift(p, 4.0), foot, v, index), found);
+        const EREntity::DISTMINRES found = flat.Project(p, flatFoot, u, flatIndex),
+                                   found3D = twin->Project(lift(p, 4.0), foot, v, index);
+        EXPECT_EQ(found3D, found);
         expectNear(foot, lift(flatFoot, 0.0));
         EXPECT_NEAR(u, v, 1e-13);
         EXPECT_EQ(index, flatIndex);

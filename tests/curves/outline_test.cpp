@@ -109,7 +109,8 @@ TEST(CornerOutline, MiddleIsAsNearToSeveralSidesAndACornerIsOnePoint) {
     double u = -1.0;
     int index = -1;
     for (const auto& row : rows) {
-        EXPECT_EQ(square.Project(row.p, foot, u, index), row.found) << row.p;
+        const EREntity::DISTMINRES found = square.Project(row.p, foot, u, index);
+        EXPECT_EQ(found, row.found) << row.p;
         EXPECT_EQ(foot, row.foot) << row.p;
         EXPECT_EQ(u, row.u) << row.p;
         EXPECT_EQ(index, row.index) << row.p;

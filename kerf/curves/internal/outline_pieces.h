@@ -2,6 +2,7 @@
 #include <cmath>
 #include <limits>
 
+#include "kerf/values/entity.h"
 #include "kerf/values/point.h"
 
 // What the outlines share about their pieces.
@@ -48,13 +49,13 @@ public:
         }
     }
 
-    /// Writes what was found; 0, 1, or 2 for more than one point.
-    int result(ERPoint2D& foot, double& u, int& piece) const {
-        if (count_ == 0) return 0;
+    /// Writes what was found.
+    EREntity::DISTMINRES result(ERPoint2D& foot, double& u, int& piece) const {
+        if (count_ == 0) return EREntity::NoFootPoint;
         foot = foot_;
         u = u_;
         piece = piece_;
-        return count_;
+        return count_ == 1 ? EREntity::SingleNearestPoint : EREntity::NearestPointNotUnique;
     }
 
 private:

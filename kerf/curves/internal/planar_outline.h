@@ -12,15 +12,16 @@ ERInfoPoint3DWF PlanarOutline<Flat>::PtCur(double u) const {
 }
 
 template <class Flat>
-int PlanarOutline<Flat>::Project(const ERPoint3D& p, ERPoint3D& foot, double& u, int& index) const {
+EREntity::DISTMINRES PlanarOutline<Flat>::Project(const ERPoint3D& p, ERPoint3D& foot, double& u,
+                                                  int& index) const {
     ERPoint2D flatFoot;
-    const int found = flat_.Project(inPlane(p), flatFoot, u, index);
-    if (found != 0) foot = this->lifted(flatFoot);
+    const auto found = flat_.Project(inPlane(p), flatFoot, u, index);
+    if (found != EREntity::NoFootPoint) foot = this->lifted(flatFoot);
     return found;
 }
 
 template <class Flat>
-int PlanarOutline<Flat>::ProjectPt(const ERPoint3D& p, ERPoint3D& foot) const {
+EREntity::DISTMINRES PlanarOutline<Flat>::ProjectPt(const ERPoint3D& p, ERPoint3D& foot) const {
     double u = 0.0;
     int index = 0;
     return Project(p, foot, u, index);
