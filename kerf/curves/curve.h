@@ -116,9 +116,9 @@ public:
     virtual int ProjectPoint(const ERPoint2D& p, ERVec<double>& parameters, double tol) const;
     /// The unit vector to the left of the direction of travel; zero where the derivative is zero.
     virtual ERVector2D normal(double u) const;
-    /// The three-argument form with a third argument of its own. It is no override of the entity's
-    /// form for constant objects: through an EREntity2D a curve finds nothing unless its family
-    /// says otherwise.
+    /// The three-argument form with a third argument of its own.
+    /// Kept: it is no override of the entity's form for constant objects. Through an EREntity2D a
+    /// curve finds nothing unless its family says otherwise.
     virtual EREntity::DISTMINRES SignedMinimalDistance(const ERPoint2D& p, double& distance);
     /// NoFootPoint, with distance as it was, when ProjectPoint finds no foot;
     /// NearestPointNotUnique when every point is one, else SingleNearestPoint. The third argument is

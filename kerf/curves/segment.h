@@ -100,7 +100,8 @@ private:
 #pragma clang diagnostic pop
 #endif
 
-/// A segment in the plane. It has no crossings with lines: those of the frame find none.
+/// A segment in the plane.
+/// Kept: crossings with lines and the signed distance are those of the frame, which find nothing.
 class KERF_EXPORT ERSegment2D : public Segment<Space2D> {
     ER_OBJECT_CLASS(ERSegment2D);
     ER_STORED_CLASS(ERSegment2D);
@@ -127,7 +128,8 @@ public:
     ERSegment3D() = default;
     ERSegment3D(const ERPoint3D& p1, const ERPoint3D& p2) : Segment(p1, p2) {}
 
-    /// The distance of p from the segment, never negative. Returns SingleNearestPoint.
+    /// The distance of p from the segment. Returns SingleNearestPoint.
+    /// Kept: never negative, whatever the side.
     EREntity::DISTMINRES SignedMinimalDistance(const ERPoint3D& p, double& distance) const override;
     /// Appends the crossing with the plane Z = z; a segment parallel to it has none.
     /// Kept: what is appended is the length from P1 and not the parameter, and only lengths up to 1
