@@ -200,9 +200,10 @@ public:
     /// patch cannot be split.
     int splitAt(t_SmartPtr<Curve>& left, t_SmartPtr<Curve>& right, double u) const override;
     /// Empties the vector, then writes the feet on each patch that it finds itself; the middle of a
-    /// patch of which every point is one.
+    /// patch of which every point is one. None when p lies farther than tol from the box.
     /// Returns: their number; -1 when there is none but one such middle.
-    /// Kept:    the vector is emptied, which no other curve does.
+    /// Kept:    the vector is emptied, which no other curve does. A box that equals that of p and tol
+    ///          counts as out of reach.
     int ProjectPoint(const Point& p, ERVec<double>& parameters, double tol) const override;
     typename Space::Nurbs ConvertToNurbs() const override;
     void reverse() override;

@@ -315,6 +315,12 @@ TEST(CompositeCurve, FeetAreParametersOfTheChain) {
     }
     EXPECT_EQ(chain.ProjectPoint(ERPoint2D(50, 50), found, 1.0), 0);
     EXPECT_EQ(found.length(), 0u);
+
+    // The same box as that of the point, which counts as out of reach, and a larger one.
+    ERCompCurve2D corner(line({0, 0}, {2, 0}));
+    corner.append(line({2, 0}, {2, 2}), 1e-9);
+    EXPECT_EQ(corner.ProjectPoint(ERPoint2D(1, 1), found, 1.0), 0);
+    EXPECT_EQ(corner.ProjectPoint(ERPoint2D(1, 1), found, 1.25), 2);
 }
 
 TEST(CompositeCurve, PatchThatIsEquallyNearEverywhereGivesItsMiddle) {
