@@ -47,10 +47,10 @@ void RedefineDomain(E* poles, unsigned int n, double a, double b) {
 
 /// The point with both derivatives of the curve over `limits`, at u. Homogeneous poles: of the
 /// Cartesian curve, by the quotient rule.
-/// Parameter:  the result's is t = (u - start) / (end - start), and not u.
 /// Degenerate: derivatives that the degree does not have are null, as is everything without poles.
-/// Kept:       the second derivative has the length of the limits as a divisor once and not squared,
-///             so it is that by u only where the length is 1.
+/// Kept:       the result's parameter is t = (u - start) / (end - start), and not u. The second
+///             derivative has the length of the limits as a divisor once and not squared, so it is
+///             that by u only where the length is 1.
 template <SplinePole E>
 KERF_EXPORT typename spline::InfoPointOf<E>::type CasteljauAll(const E* poles, unsigned int n,
                                                                double u, const ERLimites& limits);

@@ -31,10 +31,9 @@ KERF_EXPORT ERVec<E> HornerIsoV(const ERMatrix<E>& poles, double v);
 /// The point of the surface over the given ranges at (u, v), with a 3 by 3 table of partial
 /// derivatives to order 2 in each direction. Homogeneous poles: of the Cartesian surface, by the
 /// quotient rule.
-/// Parameter:  the result's is the ratio of u and v in the ranges, in [0, 1].
 /// Degenerate: derivatives that a degree does not have are null.
-/// Kept:       as for curves, a derivative of order 2 has the length of its range as a divisor once
-///             and not squared.
+/// Kept:       as for curves, the result's parameters are the ratios of u and v in the ranges, and a
+///             derivative of order 2 has the length of its range as a divisor once and not squared.
 template <GridPole E>
 KERF_EXPORT ERInfoPoint3DSurf CasteljauAll(const ERMatrix<E>& poles, double u, double v,
                                            const ERLimites& limitsU, const ERLimites& limitsV);
