@@ -284,11 +284,12 @@ double Chain<Kind>::arcLength(double tol) const {
 template <class Kind>
 int Chain<Kind>::splitAt(t_SmartPtr<Curve>& left, t_SmartPtr<Curve>& right, double u) const {
     const unsigned int n = entries();
-    const double x = indexOf(u);
+    const double nearest = std::round(indexOf(u));
+    const double x = std::fabs(indexOf(u) - nearest) <= sameIndex ? nearest : indexOf(u);
     const double whole = std::floor(x);
     if (n == 0 || !(whole >= 0.0 && whole <= n)) return 0;
     const unsigned int i = static_cast<unsigned int>(whole);
-    const bool cut = x - whole > sameIndex;
+    const bool cut = x != whole;
     t_SmartPtr<Curve> end, start;
     if (cut && (i == n || !patches_[i].splitAt(end, start, parameterAt(patches_[i], x - whole))))
         return 0;

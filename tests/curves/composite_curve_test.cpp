@@ -214,7 +214,8 @@ TEST(CompositeCurve, SplitsAtAnIndexCutNoPatch) {
     for (const double u : {-0.1, 31.0, nan, infinity})
         EXPECT_EQ(chain.splitAt(left, right, u), 0) << u;
     const std::tuple<double, unsigned int, unsigned int> cuts[] = {
-        {0, 0, 3}, {10, 1, 2}, {10 + 1e-11, 1, 2}, {10 + 1e-9, 2, 2}, {30, 3, 0}, {15, 2, 2}};
+        {0, 0, 3},         {10, 1, 2}, {10 + 1e-11, 1, 2}, {10 - 1e-11, 1, 2},
+        {10 + 1e-9, 2, 2}, {30, 3, 0}, {15, 2, 2}};
     for (const auto& [u, before, after] : cuts) {
         ASSERT_EQ(chain.splitAt(left, right, u), 1);
         EXPECT_EQ(entries(left), before) << u;
