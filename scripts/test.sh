@@ -6,6 +6,7 @@ preset=${1:-release}
 
 packages=(cmake ninja-build g++ libgtest-dev libgmock-dev python3)
 [ "$preset" = linux32 ] && packages+=(g++-multilib googletest)
+[ "$preset" = clang ] || [ "$preset" = tsan ] && packages+=(clang)
 [ "$preset" = windows ] && packages+=(g++-mingw-w64-x86-64-posix googletest wine64)
 scripts/install_packages.sh "${packages[@]}"
 

@@ -110,9 +110,14 @@ TEST(Vec, IsMadeOfAListOrARange) {
     EXPECT_EQ(ERVec<double>(3).length(), 3u);
     EXPECT_TRUE(ERVec<double>(std::vector<float>{1, 2.5f, 3}) == listed);
     EXPECT_TRUE(ERVec<double>(std::list<double>{1, 2.5, 3}) == listed);
+    // A range that can be read once, and whose length nobody knows.
+    struct Numbers {
+        std::istream_iterator<double> begin() const { return std::istream_iterator<double>(text); }
+        std::istream_iterator<double> end() const { return {}; }
+        std::istream& text;
+    };
     std::istringstream numbers("1 2.5 3");
-    EXPECT_TRUE(ERVec<double>(std::ranges::subrange(std::istream_iterator<double>(numbers),
-                                                    std::istream_iterator<double>())) == listed);
+    EXPECT_TRUE(ERVec<double>(Numbers{numbers}) == listed);
     EXPECT_EQ(ERVec<double>(ERVec<double>(listed)).block(), listed.block());  // a copy shares
     ERVec<double> assigned(5);
     assigned = {4};

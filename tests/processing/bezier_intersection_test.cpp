@@ -36,21 +36,22 @@ bool holds(const Pairs& pairs, double u, double v, double tolerance) {
 }
 
 // Oracle: where two polylines on the curves cross, by parameter.
-Pairs crossingsOfPolylines(const ERFiniteEntity2DWF& a, const ERFiniteEntity2DWF& b, int steps) {
+Pairs crossingsOfPolylines(const ERFiniteEntity2DWF& a, const ERFiniteEntity2DWF& b,
+                           unsigned int steps) {
     const auto parameter = [&](const ERFiniteEntity2DWF& curve, double at) {
         return curve.udeb() + (curve.ufin() - curve.udeb()) * at / steps;
     };
     const auto points = [&](const ERFiniteEntity2DWF& curve) {
         ERVec<ERPoint2D> result;
-        for (int i = 0; i <= steps; ++i) result.append(curve(parameter(curve, i)));
+        for (unsigned int i = 0; i <= steps; ++i) result.append(curve(parameter(curve, i)));
         return result;
     };
     const ERVec<ERPoint2D> p = points(a), q = points(b);
     Pairs pairs;
-    for (int i = 0; i < steps; ++i) {
+    for (unsigned int i = 0; i < steps; ++i) {
         const ERPoint2D from = p[i];
         const ERVector2D d(from, p[i + 1]);
-        for (int j = 0; j < steps; ++j) {
+        for (unsigned int j = 0; j < steps; ++j) {
             const ERVector2D e(q[j], q[j + 1]), w(from, q[j]);
             const double s = (w ^ e) / (d ^ e), t = (w ^ d) / (d ^ e);
             if (s >= 0 && s < 1 && t >= 0 && t < 1)
@@ -64,7 +65,7 @@ Pairs crossingsOfPolylines(const ERFiniteEntity2DWF& a, const ERFiniteEntity2DWF
 // it may be the crossing of two pieces beyond their ends.
 template <class Curve>
 void expectAllCrossings(const Curve& a, const Curve& b) {
-    const int steps = 400;
+    const unsigned int steps = 400;
     const Pairs pairs = crossings(a, b);
     const double step = (a.ufin() - a.udeb()) / steps;
     for (const auto& [u, v] : crossingsOfPolylines(a, b, steps)) {
