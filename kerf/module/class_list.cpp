@@ -20,7 +20,12 @@
 #include "kerf/module/module.h"
 #include "kerf/persistence/database_object.h"
 #include "kerf/persistence/tree_objects.h"
+#include "kerf/surfaces/cone.h"
+#include "kerf/surfaces/cylinder.h"
+#include "kerf/surfaces/plane.h"
+#include "kerf/surfaces/sphere.h"
 #include "kerf/surfaces/surface.h"
+#include "kerf/surfaces/torus.h"
 #include "kerf/values/entity.h"
 #include "kerf/values/persistent_point.h"
 #include "kerf/values/point_list.h"
@@ -90,8 +95,13 @@ const ERClassRegistration* const classes[] = {
     // surfaces
     ERAnyBoundedSurface::desc(),
     ERBoundedSurface::desc(),
+    ERCone::desc(),
+    ERCylinder::desc(),
+    ERPlane::desc(),
+    ERSphere::desc(),
     ERSurface::desc(),
     ERSurfaceBasedOnTransfo3D::desc(),
+    ERTorus::desc(),
     // values
     ERAnyIsometrie3D::desc(),
     ERAnySimilitude3D::desc(),
