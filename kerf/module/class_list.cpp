@@ -20,6 +20,11 @@
 #include "kerf/module/module.h"
 #include "kerf/persistence/database_object.h"
 #include "kerf/persistence/tree_objects.h"
+#include "kerf/surfaces/bounded_cone.h"
+#include "kerf/surfaces/bounded_cylinder.h"
+#include "kerf/surfaces/bounded_plane.h"
+#include "kerf/surfaces/bounded_sphere.h"
+#include "kerf/surfaces/bounded_torus.h"
 #include "kerf/surfaces/cone.h"
 #include "kerf/surfaces/cylinder.h"
 #include "kerf/surfaces/plane.h"
@@ -94,7 +99,12 @@ const ERClassRegistration* const classes[] = {
     ERDBTree::desc(),
     // surfaces
     ERAnyBoundedSurface::desc(),
+    ERBoundedCone::desc(),
+    ERBoundedCylinder::desc(),
+    ERBoundedPlane::desc(),
+    ERBoundedSphere::desc(),
     ERBoundedSurface::desc(),
+    ERBoundedTorus::desc(),
     ERCone::desc(),
     ERCylinder::desc(),
     ERPlane::desc(),
