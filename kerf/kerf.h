@@ -78,6 +78,7 @@
 #include "kerf/surfaces/bounded_torus.h"
 #include "kerf/surfaces/cone.h"
 #include "kerf/surfaces/cylinder.h"
+#include "kerf/surfaces/medium_plane.h"
 #include "kerf/surfaces/mesh_sink.h"
 #include "kerf/surfaces/plane.h"
 #include "kerf/surfaces/ray_result.h"
