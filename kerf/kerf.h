@@ -71,6 +71,7 @@
 #include "kerf/platform/text.h"
 #include "kerf/processing/best_fit.h"
 #include "kerf/processing/measured_point.h"
+#include "kerf/processing/normaliser.h"
 #include "kerf/surfaces/bounded_analytic.h"
 #include "kerf/surfaces/bounded_cone.h"
 #include "kerf/surfaces/bounded_cylinder.h"

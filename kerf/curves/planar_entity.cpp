@@ -54,9 +54,7 @@ void ERPlanarEntity3DWF::translate(const ERPoint3D& t) {
 }
 
 void ERPlanarEntity3DWF::reverse() {
-    // The half turn as two mirrors: without the rounding of its sine, reversing twice changes
-    // nothing.
-    setTransfo(frame_ * (ERSymetrie3D(Coord3D::CoordY) * ERSymetrie3D(Coord3D::CoordZ)));
+    setTransfo(halfTurned(frame_));
     mirrorData();
     setDirty();
 }

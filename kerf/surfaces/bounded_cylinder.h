@@ -6,6 +6,7 @@
 namespace kerf {
 
 class ERCylinder;
+class EREntityNormaliser;
 
 /// A part of a cylinder about the Z axis of a frame: u is the height, v the angle about the axis.
 /// Kept:    the parameters of a foot have u = udeb() plus its distance along the axis from there,
@@ -39,6 +40,9 @@ public:
 
     t_SmartPtr<ERFiniteEntity3DWF> getEntityIsoU(double u) const override;  ///< getArc(u)
     t_SmartPtr<ERFiniteEntity3DWF> getEntityIsoV(double v) const override;  ///< an ERSegment3D
+
+private:
+    friend class EREntityNormaliser;  // flips it in place
 };
 
 }  // namespace kerf

@@ -15,4 +15,9 @@ ERPmIsometrie3D carriedFrame(const ERPmIsometrie3D& frame, const ERPmSimilitude3
         image(frame.origine()));
 }
 
+// Two mirrors, without the rounding of the sine of half a turn.
+ERPmIsometrie3D halfTurned(const ERPmIsometrie3D& frame) {
+    return frame * (ERSymetrie3D(Coord3D::CoordY) * ERSymetrie3D(Coord3D::CoordZ));
+}
+
 }  // namespace kerf

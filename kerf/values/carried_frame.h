@@ -14,6 +14,9 @@ KERF_EXPORT ERPmIsometrie3D frameOf(const LinearMap& axes, const ERPoint3D& orig
 KERF_EXPORT ERPmIsometrie3D carriedFrame(const ERPmIsometrie3D& frame, const ERPmSimilitude3D& t,
                                          bool inverse);
 
+/// The frame after half a turn about its x axis: y and z are negated, to the last bit.
+KERF_EXPORT ERPmIsometrie3D halfTurned(const ERPmIsometrie3D& frame);
+
 /// Whether a similitude turns right-handed frames into left-handed ones: a negative factor does, as
 /// a matrix of negative determinant does, and both together do not.
 inline bool mirrors(const ERPmSimilitude3D& t) {
