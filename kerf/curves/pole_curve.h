@@ -3,6 +3,7 @@
 #include <optional>
 #include <vector>
 
+#include "kerf/core/internal/cached.h"
 #include "kerf/core/value_vector.h"
 #include "kerf/curves/bounded_curve.h"
 #include "kerf/curves/spline/foot_polynomial.h"
@@ -14,24 +15,6 @@
 
 // Curves given by poles: what Bézier and NURBS curves share.
 namespace kerf {
-
-/// What an object has worked out and can work out again. A copy starts without it, and so does an
-/// object that is assigned to.
-template <class T>
-class Cached {
-public:
-    Cached() = default;
-    Cached(const Cached&) {}
-    Cached& operator=(const Cached&) {
-        value_ = T();
-        return *this;
-    }
-    T& operator*() { return value_; }
-    T* operator->() { return &value_; }
-
-private:
-    T value_{};
-};
 
 /// A trimmed curve whose data are poles. The poles define it on the natural domain; what is seen is
 /// the trim interval.
