@@ -171,50 +171,13 @@ void NurbsCurve<Space>::dropUnfit() {
 // The spans.
 
 template <class Space>
-inline unsigned int NurbsCurve<Space>::KeptSpans::find(double u) const {
-    const auto n = static_cast<unsigned int>(knots.size());
-    const double at = std::max(0.0, (u - starts[0]) * bucketsPerUnit);  // 0 for a NaN
-    const double limit = static_cast<double>(buckets.size() - 1);
-    unsigned int span = buckets[static_cast<unsigned int>(std::min(at, limit))];
-    if (span + 1 < n && u >= starts[span + 1]) ++span;
-    const bool within =
-        (u >= starts[span] || span == 0) && (!(u >= starts[span + 1]) || span + 1 == n);
-    if (within) return span;
-    // Several spans in a bucket, or rounding that put u into the neighbour of its own.
-    const auto next = std::upper_bound(starts.begin() + 1, starts.end() - 1, u);
-    return std::isnan(u) ? 0 : static_cast<unsigned int>(next - starts.begin()) - 1;
-}
-
-template <class Space>
 typename NurbsCurve<Space>::KeptSpans& NurbsCurve<Space>::spans() const {
     KeptSpans& kept = *keptSpans_;
-    if (!kept.starts.empty()) return kept;
-    const unsigned int p = degree();
-    const unsigned int end = knots_.length() - p - 1;
-    const double* const knots = knots_.data();
-    for (unsigned int i = p; i < end; ++i) {
-        const double inverse = 1.0 / (knots[i + 1] - knots[i]);
-        // Too short a span to divide by counts as empty.
-        if (!(knots[i] < knots[i + 1]) || !std::isfinite(inverse)) continue;
-        kept.knots.push_back(i);
-        kept.starts.push_back(knots[i]);
-    }
-    kept.starts.push_back(knots[end]);
-    const auto n = static_cast<unsigned int>(kept.knots.size());
-    if (n == 0) return kept;
-    kept.recordLength = KeptSpans::headOfRecord + std::size_t{p + 1} * KeptSpans::dimension;
-    kept.records.resize(n * kept.recordLength);
-
-    const unsigned int count = 2 * n;
-    const double length = kept.starts[n] - kept.starts[0];
-    kept.bucketsPerUnit = std::isfinite(count / length) ? count / length : 0.0;
-    kept.buckets.resize(count);
-    unsigned int span = 0;
-    for (unsigned int i = 0; i < count; ++i) {
-        const double start = kept.starts[0] + length * i / count;
-        while (span + 1 < n && start >= kept.starts[span + 1]) ++span;
-        kept.buckets[i] = span;
-    }
+    if (kept.table.isBuilt()) return kept;
+    kept.table = spline::SpanTable(knots_.data(), knots_.length(), degree());
+    kept.recordLength =
+        KeptSpans::headOfRecord + (std::size_t{degree()} + 1) * KeptSpans::dimension;
+    kept.records.resize(kept.table.count() * kept.recordLength);
     return kept;
 }
 
@@ -223,12 +186,12 @@ const double* NurbsCurve<Space>::findRecord(double u) const {
     if (poles_.length() == 0) return nullptr;
     KeptSpans& kept = spans();
     if (kept.records.empty()) return nullptr;
-    const unsigned int span = kept.find(u);
+    const unsigned int span = kept.table.find(u);
     double* const record = &kept.records[span * kept.recordLength];
     if (record[2] == 0.0) {
-        const unsigned int knot = kept.knots[span];
-        record[0] = kept.starts[span];
-        record[1] = kept.starts[span + 1];
+        const unsigned int knot = kept.table.knot(span);
+        record[0] = kept.table.start(span);
+        record[1] = kept.table.end(span);
         record[2] = 1.0 / (knots_[knot + 1] - knots_[knot]);
         spline::bezierPolesOfSpan(spline::doubles(poles_.data()), KeptSpans::dimension,
                                   knots_.data(), knots_.degree(), knot,
@@ -525,12 +488,12 @@ void NurbsCurve<Space>::prepareApprox(typename Space::PointList& list, const ERL
     list.append((*this)(start), start);
     bool reachedEnd = false;
     if (poles_.length() > 0 && start < end) {
-        const KeptSpans& kept = spans();
-        const std::size_t n = kept.knots.size();
-        for (std::size_t i = 0; i < n; ++i) {
+        const spline::SpanTable& table = spans().table;
+        const unsigned int n = table.count();
+        for (unsigned int i = 0; i < n; ++i) {
             // The first and the last span go on to whatever lies outside.
-            const double from = i == 0 ? start : std::max(start, kept.starts[i]);
-            const double to = i + 1 == n ? end : std::min(end, kept.starts[i + 1]);
+            const double from = i == 0 ? start : std::max(start, table.start(i));
+            const double to = i + 1 == n ? end : std::min(end, table.end(i));
             if (!(from < to)) continue;
             this->seedSpan(list, ERLimites(from, to));
             reachedEnd = to == end && degree() > 0;

@@ -3,6 +3,7 @@
 
 #include "kerf/curves/carried_points.h"
 #include "kerf/curves/pole_curve.h"
+#include "kerf/curves/spline/span_table.h"
 #include "kerf/platform/config.h"
 
 // Rational B-spline curves.
@@ -119,21 +120,16 @@ private:
     int attach(const Curve& other, double tol, int flag, bool atEnd);
     static void join(Curve& before, Curve& after, bool sharePole);
 
-    // The spans that are not empty, in order, each with a record: its first parameter and that of the
-    // next, one over its length (0 before its poles are made), then its Bézier poles.
+    // The spans that are not empty, each with a record: its first parameter and that of the next, one
+    // over its length (0 before its poles are made), then its Bézier poles.
     struct KeptSpans {
         static constexpr unsigned int dimension = Space::dimension + 1;
         static constexpr unsigned int headOfRecord = 3;
 
-        std::vector<unsigned int> knots;  // where each begins in the knot vector
-        std::vector<double> starts;       // its first parameter, and at the end the last one of all
-        std::vector<unsigned int> buckets;  // the span at equal steps of the parameter
-        double bucketsPerUnit = 0.0;
+        spline::SpanTable table;
         std::vector<double> records;
         std::size_t recordLength = 0;
         const double* last = nullptr;  // the record asked for last
-
-        unsigned int find(double u) const;
     };
     KeptSpans& spans() const;
     // The record for a parameter; null for a curve without spans.
