@@ -20,6 +20,7 @@
 #include "kerf/module/module.h"
 #include "kerf/persistence/database_object.h"
 #include "kerf/persistence/tree_objects.h"
+#include "kerf/surfaces/bezier_surface.h"
 #include "kerf/surfaces/bounded_cone.h"
 #include "kerf/surfaces/bounded_cylinder.h"
 #include "kerf/surfaces/bounded_plane.h"
@@ -27,6 +28,7 @@
 #include "kerf/surfaces/bounded_torus.h"
 #include "kerf/surfaces/cone.h"
 #include "kerf/surfaces/cylinder.h"
+#include "kerf/surfaces/nurbs_surface.h"
 #include "kerf/surfaces/plane.h"
 #include "kerf/surfaces/sphere.h"
 #include "kerf/surfaces/surface.h"
@@ -109,6 +111,10 @@ const ERClassRegistration* const classes[] = {
     ERCylinder::desc(),
     ERPlane::desc(),
     ERSphere::desc(),
+    ERSpoleBezier3D::desc(),
+    ERSpoleBezier3DR::desc(),
+    ERSpoleNURBS3D::desc(),
+    ERSpoleRep::desc(),
     ERSurface::desc(),
     ERSurfaceBasedOnTransfo3D::desc(),
     ERTorus::desc(),

@@ -51,27 +51,6 @@ ERVec<E> isoV(Kernel kernel, const ERMatrix<E>& poles, double v) {
     return iso;
 }
 
-// Entry (i, j) of the table of four-dimensional derivatives, of order i in u and j in v, becomes that
-// of the Cartesian surface: the product rule on w S, solved for the highest derivative of S.
-void divideByWeight(double (&table)[derivatives][derivatives][4]) {
-    constexpr double binomials[derivatives][derivatives] = {{1, 0, 0}, {1, 1, 0}, {1, 2, 1}};
-    double weights[derivatives][derivatives];
-    for (unsigned int i = 0; i < derivatives; ++i)
-        for (unsigned int j = 0; j < derivatives; ++j) weights[i][j] = table[i][j][3];
-    const double reciprocal = 1.0 / weights[0][0];
-    for (unsigned int i = 0; i < derivatives; ++i)
-        for (unsigned int j = 0; j < derivatives; ++j) {
-            double* const entry = table[i][j];
-            for (unsigned int a = 0; a <= i; ++a)
-                for (unsigned int b = a == 0 ? 1 : 0; b <= j; ++b) {
-                    const double factor = binomials[i][a] * binomials[j][b] * weights[a][b];
-                    const double* const lower = table[i - a][j - b];
-                    for (unsigned int k = 0; k < 3; ++k) entry[k] -= factor * lower[k];
-                }
-            for (unsigned int k = 0; k < 3; ++k) entry[k] *= reciprocal;
-        }
-}
-
 }  // namespace
 
 template <GridPole E>
@@ -120,7 +99,7 @@ ERInfoPoint3DSurf CasteljauAll(const ERMatrix<E>& poles, double u, double v,
     for (unsigned int i = 0; i < derivatives; ++i)
         for (unsigned int j = 0; j < derivatives; ++j)
             std::copy_n(values + i * wide + j * dim, dim, table[i][j]);
-    if (E::isRational() != 0 && poles.length() > 0) divideByWeight(table);
+    if (E::isRational() != 0 && poles.length() > 0) spline::divideByWeight(table);
 
     ERMatrix<ERPoint3D> partial(derivatives, derivatives);
     ERPoint3D* to = partial.data();

@@ -44,4 +44,35 @@ KERF_EXPORT void RedefineDomainU(double* poles, unsigned int cols, unsigned int 
 KERF_EXPORT void RedefineDomainV(double* poles, unsigned int cols, unsigned int rows,
                                  unsigned int dim, double a, double b);
 
+namespace spline {
+
+/// Entry (i, j) of the table of homogeneous derivatives, of order i in u and j in v, becomes that of the
+/// Cartesian surface: the product rule on w S, solved for the highest derivative of S. The weights stay.
+inline void divideByWeight(double (&table)[3][3][4]) {
+    const auto w = [&](unsigned int i, unsigned int j) { return table[i][j][3]; };
+    const double reciprocal = 1.0 / w(0, 0);
+    const double wu = w(1, 0) * reciprocal, wv = w(0, 1) * reciprocal, wuv = w(1, 1) * reciprocal;
+    const double wuu = w(2, 0) * reciprocal, wvv = w(0, 2) * reciprocal;
+    const double wuuv = w(2, 1) * reciprocal, wuvv = w(1, 2) * reciprocal;
+    const double wuuvv = w(2, 2) * reciprocal;
+    for (unsigned int k = 0; k < 3; ++k) {
+        const auto entry = [&](unsigned int i, unsigned int j) -> double& {
+            return table[i][j][k];
+        };
+        const double s = entry(0, 0) *= reciprocal;
+        const double su = entry(1, 0) = entry(1, 0) * reciprocal - wu * s;
+        const double sv = entry(0, 1) = entry(0, 1) * reciprocal - wv * s;
+        const double suu = entry(2, 0) = entry(2, 0) * reciprocal - 2.0 * wu * su - wuu * s;
+        const double svv = entry(0, 2) = entry(0, 2) * reciprocal - 2.0 * wv * sv - wvv * s;
+        const double suv = entry(1, 1) = entry(1, 1) * reciprocal - wu * sv - wv * su - wuv * s;
+        const double suuv = entry(2, 1) = entry(2, 1) * reciprocal - 2.0 * wu * suv - wuu * sv -
+                                          wv * suu - 2.0 * wuv * su - wuuv * s;
+        const double suvv = entry(1, 2) = entry(1, 2) * reciprocal - 2.0 * wv * suv - wvv * su -
+                                          wu * svv - 2.0 * wuv * sv - wuvv * s;
+        entry(2, 2) = entry(2, 2) * reciprocal - 2.0 * wu * suvv - wuu * svv - 2.0 * wv * suuv -
+                      4.0 * wuv * suv - 2.0 * wuuv * sv - wvv * suu - 2.0 * wuvv * su - wuuvv * s;
+    }
+}
+
+}  // namespace spline
 }  // namespace kerf

@@ -1,0 +1,168 @@
+#include "kerf/surfaces/bezier_surface.h"
+
+#include "kerf/curves/bezier_curve.h"
+#include "kerf/curves/spline/bernstein.h"
+#include "kerf/curves/spline/degree_elevation.h"
+#include "kerf/curves/spline/pole_grid.h"
+
+namespace kerf {
+
+ER_DEFINE_CLASS(ERSpoleBezier3D, ERSpoleRep)
+ER_DEFINE_CLASS(ERSpoleBezier3DR, ERSpoleRep)
+ER_DEFINE_STORED_CLASS(ERSpoleBezier3D, ERSpoleRep)
+ER_DEFINE_STORED_CLASS(ERSpoleBezier3DR, ERSpoleRep)
+
+namespace {
+
+double ratioIn(const ERLimites& range, double x) {
+    return range.amplitude() == 0.0 ? 0.0 : range.ratio(x);
+}
+
+// Raises the degree along the rows' direction: a row of poles is one pole of a curve.
+template <class Pole>
+void raiseAlongU(ERMatrix<Pole>& poles, unsigned int by) {
+    const unsigned int rows = poles.rows(), cols = poles.cols();
+    if (by == 0) return;
+    poles.insertRow(rows, ERVec<Pole>(poles.row(rows - 1)));
+    for (unsigned int i = 1; i < by; ++i) poles.insertRow(rows, ERVec<Pole>(poles.row(rows)));
+    BezierIncreaseDegree(spline::doubles(poles.data()), rows, by, cols * spline::dimensionOf<Pole>);
+}
+
+}  // namespace
+
+template <class Surface, class Pole, class IsoCurve>
+unsigned int BezierSurface<Surface, Pole, IsoCurve>::degreeU() const {
+    return this->isDummy() != 0 ? 0 : this->poles_.rows() - 1;
+}
+
+template <class Surface, class Pole, class IsoCurve>
+unsigned int BezierSurface<Surface, Pole, IsoCurve>::degreeV() const {
+    return this->isDummy() != 0 ? 0 : this->poles_.cols() - 1;
+}
+
+template <class Surface, class Pole, class IsoCurve>
+void BezierSurface<Surface, Pole, IsoCurve>::incrDegree(unsigned int byU, unsigned int byV) {
+    if (this->isDummy() != 0) return;
+    this->change([&] {
+        raiseAlongU(this->poles_, byU);
+        if (byV == 0) return;
+        ERMatrix<Pole> across = this->poles_.transposed();
+        raiseAlongU(across, byV);
+        this->poles_ = across.transposed();
+    });
+}
+
+template <class Surface, class Pole, class IsoCurve>
+ERInfoPoint3DSurf BezierSurface<Surface, Pole, IsoCurve>::PtCur(double u, double v) const {
+    if (this->isDummy() != 0) return ERInfoPoint3DSurf(ERPoint2D(u, v), ERMatrix<ERPoint3D>(3, 3));
+    const auto whole = [](const ERLimites& range) {
+        return range.amplitude() == 0.0 ? ERLimites(0.0, 1.0) : range;
+    };
+    const bool noU = this->naturalU_.amplitude() == 0.0, noV = this->naturalV_.amplitude() == 0.0;
+    ERInfoPoint3DSurf info = CasteljauAll(this->poles_, noU ? 0.0 : u, noV ? 0.0 : v,
+                                          whole(this->naturalU_), whole(this->naturalV_));
+    info.parameter() = ERPoint2D(u, v);
+    if (noU || noV) {
+        ERMatrix<ERPoint3D>& table = info.derivatives();
+        for (unsigned int j = 0; j < table.rows(); ++j)
+            for (unsigned int i = 0; i < table.cols(); ++i)
+                if ((noU && i > 0) || (noV && j > 0)) table(j, i) = ERPoint3D();
+    }
+    return info;
+}
+
+template <class Surface, class Pole, class IsoCurve>
+ERPoint3D BezierSurface<Surface, Pole, IsoCurve>::operator()(double u, double v) const {
+    if (this->isDummy() != 0) return ERPoint3D();
+    return Horner(this->poles_, ratioIn(this->currentU_, u), ratioIn(this->currentV_, v))
+        .castToPoint();
+}
+
+template <class Surface, class Pole, class IsoCurve>
+IsoCurve BezierSurface<Surface, Pole, IsoCurve>::getIsoU(double u) const {
+    if (this->isDummy() != 0) return IsoCurve();
+    return IsoCurve(HornerIsoU(this->poles_, ratioIn(this->currentU_, u)), this->naturalV_,
+                    this->currentV_);
+}
+
+template <class Surface, class Pole, class IsoCurve>
+IsoCurve BezierSurface<Surface, Pole, IsoCurve>::getIsoV(double v) const {
+    if (this->isDummy() != 0) return IsoCurve();
+    return IsoCurve(HornerIsoV(this->poles_, ratioIn(this->currentV_, v)), this->naturalU_,
+                    this->currentU_);
+}
+
+template <class Surface, class Pole, class IsoCurve>
+t_SmartPtr<ERFiniteEntity3DWF> BezierSurface<Surface, Pole, IsoCurve>::getEntityIsoU(
+    double u) const {
+    if (this->isDummy() != 0) return nullptr;
+    return new IsoCurve(getIsoU(u));
+}
+
+template <class Surface, class Pole, class IsoCurve>
+t_SmartPtr<ERFiniteEntity3DWF> BezierSurface<Surface, Pole, IsoCurve>::getEntityIsoV(
+    double v) const {
+    if (this->isDummy() != 0) return nullptr;
+    return new IsoCurve(getIsoV(v));
+}
+
+template <class Surface, class Pole, class IsoCurve>
+const ERMatrix<ERPoint3D>& BezierSurface<Surface, Pole, IsoCurve>::getMatricePoint(
+    unsigned int nU, unsigned int nV) {
+    if (this->grid_.rows() == nU && this->grid_.cols() == nV) return this->grid_;
+    ERMatrix<ERPoint3D> grid(nU, nV);
+    if (this->isDummy() == 0) {
+        ERPoint3D* point = grid.data();
+        const double stepsU = nU - 1.0, stepsV = nV - 1.0;
+        for (unsigned int i = 0; i < nU; ++i) {
+            const ERVec<Pole> row = HornerIsoU(this->poles_, i / stepsU);
+            for (unsigned int j = 0; j < nV; ++j)
+                *point++ = Horner(row.data(), row.length(), j / stepsV).castToPoint();
+        }
+    }
+    this->grid_ = grid;
+    return this->grid_;
+}
+
+template <class Surface, class Pole, class IsoCurve>
+void BezierSurface<Surface, Pole, IsoCurve>::adjust() {
+    constexpr unsigned int dim = spline::dimensionOf<Pole>;
+    this->change([&] {
+        const bool changedU = !(this->currentU_ == this->naturalU_);
+        const bool changedV = !(this->currentV_ == this->naturalV_);
+        if (changedU || changedV) this->resetUpperEstimates();
+        const unsigned int cols = this->poles_.cols(), rows = this->poles_.rows();
+        if (changedU && this->isDummy() == 0)
+            RedefineDomainU(spline::doubles(this->poles_.data()), cols, rows, dim,
+                            ratioIn(this->naturalU_, this->udeb()),
+                            ratioIn(this->naturalU_, this->ufin()));
+        if (changedV && this->isDummy() == 0)
+            RedefineDomainV(spline::doubles(this->poles_.data()), cols, rows, dim,
+                            ratioIn(this->naturalV_, this->vdeb()),
+                            ratioIn(this->naturalV_, this->vfin()));
+        Base::adjust();
+    });
+}
+
+template <class Surface, class Pole, class IsoCurve>
+auto BezierSurface<Surface, Pole, IsoCurve>::cutInU(double u) const -> Halves {
+    const Surface& whole = static_cast<const Surface&>(*this);
+    const Halves halves(new Surface(whole), new Surface(whole));
+    halves.first->redefineDomainU(ERLimites(this->udeb(), u));
+    halves.second->redefineDomainU(ERLimites(u, this->ufin()));
+    return halves;
+}
+
+template <class Surface, class Pole, class IsoCurve>
+auto BezierSurface<Surface, Pole, IsoCurve>::cutInV(double v) const -> Halves {
+    const Surface& whole = static_cast<const Surface&>(*this);
+    const Halves halves(new Surface(whole), new Surface(whole));
+    halves.first->redefineDomainV(ERLimites(this->vdeb(), v));
+    halves.second->redefineDomainV(ERLimites(v, this->vfin()));
+    return halves;
+}
+
+template class BezierSurface<ERSpoleBezier3D, ERPoint3D, ERCpoleBezier3D>;
+template class BezierSurface<ERSpoleBezier3DR, ERPole3DH, ERCpoleBezier3DR>;
+
+}  // namespace kerf
