@@ -44,8 +44,6 @@
 #include "kerf/curves/spline/pole_grid.h"
 #include "kerf/curves/spline/pole_type.h"
 #include "kerf/curves/spline/power_form.h"
-#include "kerf/curves/spline/span_basis.h"
-#include "kerf/curves/spline/span_table.h"
 #include "kerf/display/coordinate.h"
 #include "kerf/display/formatter.h"
 #include "kerf/display/result_text.h"

@@ -5,7 +5,7 @@
 #include <ostream>
 
 #include "kerf/curves/nurbs_curve.h"
-#include "kerf/curves/spline/fixed_size.h"
+#include "kerf/curves/spline/internal/lanes.h"
 #include "kerf/curves/spline/pole_grid.h"
 #include "kerf/surfaces/bezier_patches.h"
 #include "kerf/surfaces/nurbs_edits.h"
@@ -18,39 +18,46 @@ ER_DEFINE_STORED_CLASS(ERSpoleNURBS3D, ERSpoleRep)
 namespace {
 
 using spline::BasisValues;
+using spline::FourDoubles;
 
 constexpr unsigned int dim = 4;
 
-// The sum over a block of poles with the functions of both directions: entry (i, j) of the table takes
-// the derivatives of order i in u and j in v. Fixed is the number of columns, or 0 for any.
-template <unsigned int Orders, unsigned int Fixed>
-void combine(const double* poles, std::size_t rowStep, BasisValues& alongU, BasisValues& alongV,
-             double* table) {
-    const unsigned int rows = alongU.count, cols = Fixed > 0 ? Fixed : alongV.count;
-    spline::Scratch<Orders * dim*(Fixed > 0 ? Fixed : spline::degreeOnStack + 1)> scratch(
-        std::size_t{Orders} * dim * cols);
-    double* const lines = scratch.data();  // for each column the sums along u, order by order
-    const double* const basisU = alongU.of(0);
-    for (unsigned int j = 0; j < cols; ++j) {
-        double sums[Orders][dim] = {};
-        const double* pole = poles + std::size_t{j} * dim;
-        for (unsigned int i = 0; i < rows; ++i, pole += rowStep)
-            for (unsigned int order = 0; order < Orders; ++order) {
-                const double factor = basisU[order * rows + i];
-                for (unsigned int k = 0; k < dim; ++k) sums[order][k] += factor * pole[k];
-            }
-        std::copy_n(sums[0], Orders * dim, lines + std::size_t{j} * Orders * dim);
+// The sums of n poles, `step` doubles apart, weighted by the basis functions of each order.
+template <unsigned int Orders>
+inline void sumPoles(const double* pole, std::size_t step, const double* functions, unsigned int n,
+                     FourDoubles (&sums)[Orders]) {
+    const unsigned int second = Orders > 1 ? n : 0, third = Orders > 2 ? 2 * n : 0;
+    FourDoubles sum0, sum1, sum2;
+    for (unsigned int i = 0; i < n; ++i, pole += step) {
+        const FourDoubles four = FourDoubles::load(pole);
+        sum0.add(functions[i], four);
+        if constexpr (Orders > 1) sum1.add(functions[second + i], four);
+        if constexpr (Orders > 2) sum2.add(functions[third + i], four);
     }
-    const double* const basisV = alongV.of(0);
+    sums[0] = sum0;
+    if constexpr (Orders > 1) sums[1] = sum1;
+    if constexpr (Orders > 2) sums[2] = sum2;
+}
+
+// The sum over a block of poles with the functions of both directions: entry (i, j) of the table takes
+// the derivatives of order i in u and j in v.
+template <unsigned int Orders>
+inline void sumBlock(const double* poles, std::size_t rowStep, BasisValues& alongU,
+                     BasisValues& alongV, double* table) {
+    const unsigned int rows = alongU.count, cols = alongV.count;
+    constexpr unsigned int step = Orders * dim;
+    // For each column the sums along u, order by order.
+    spline::Scratch<step * BasisValues::onStack> lines(std::size_t{step} * cols);
+    FourDoubles sums[Orders];
+    for (unsigned int j = 0; j < cols; ++j) {
+        sumPoles<Orders>(poles + std::size_t{j} * dim, rowStep, alongU.of(0), rows, sums);
+        for (unsigned int order = 0; order < Orders; ++order)
+            sums[order].store(lines.data() + std::size_t{j} * step + order * dim);
+    }
     for (unsigned int i = 0; i < Orders; ++i) {
-        double sums[Orders][dim] = {};
-        const double* line = lines + i * dim;
-        for (unsigned int j = 0; j < cols; ++j, line += Orders * dim)
-            for (unsigned int order = 0; order < Orders; ++order) {
-                const double factor = basisV[order * cols + j];
-                for (unsigned int k = 0; k < dim; ++k) sums[order][k] += factor * line[k];
-            }
-        std::copy_n(sums[0], Orders * dim, table + std::size_t{i} * Orders * dim);
+        sumPoles<Orders>(lines.data() + i * dim, step, alongV.of(0), cols, sums);
+        for (unsigned int order = 0; order < Orders; ++order)
+            sums[order].store(table + i * step + order * dim);
     }
 }
 
@@ -118,12 +125,7 @@ void ERSpoleNURBS3D::evaluate(double u, double v, double* table) const {
     kept_->basisV.evaluate(knotsV_, v, Orders - 1, alongV);
     const double* const block = spline::doubles(poles_.data()) +
                                 (std::size_t{alongU.first} * poles_.cols() + alongV.first) * dim;
-    const std::size_t rowStep = std::size_t{poles_.cols()} * dim;
-    const auto ofFixedSize = [&](auto cols) {
-        combine<Orders, cols>(block, rowStep, alongU, alongV, table);
-    };
-    if (!spline::visitFixed<2, 3, 4, 5, 6>(alongV.count, ofFixedSize))
-        combine<Orders, 0>(block, rowStep, alongU, alongV, table);
+    sumBlock<Orders>(block, std::size_t{poles_.cols()} * dim, alongU, alongV, table);
 }
 
 ERInfoPoint3DSurf ERSpoleNURBS3D::PtCur(double u, double v) const {
@@ -349,10 +351,11 @@ const ERMatrix<ERPoint3D>& ERSpoleNURBS3D::getMatricePoint(unsigned int nU, unsi
         sumRows(alongU, line.data());
         const double* factor = functions.data();
         for (unsigned int j = 0; j < nV; ++j) {
-            const double* pole = line.data() + firsts[j];
-            double sum[dim] = {};
-            for (unsigned int k = 0; k < count; ++k, pole += dim, ++factor)
-                for (unsigned int c = 0; c < dim; ++c) sum[c] += *factor * pole[c];
+            FourDoubles sums[1];
+            sumPoles<1>(line.data() + firsts[j], dim, factor, count, sums);
+            factor += count;
+            double sum[dim];
+            sums[0].store(sum);
             const double reciprocal = 1.0 / sum[3];
             *point++ = ERPoint3D(sum[0] * reciprocal, sum[1] * reciprocal, sum[2] * reciprocal);
         }
