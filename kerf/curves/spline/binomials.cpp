@@ -46,7 +46,7 @@ double TableauDePascal::Cnp(unsigned int n, unsigned int p) {
 const double* TableauDePascal::grownTo(unsigned int n) {
     if (n > lastRow) return nullptr;
     ComputeTo((n / rowStep + 1) * rowStep);
-    return values_.load(std::memory_order_relaxed) + getBaseIndex(n);
+    return values_.load(std::memory_order_acquire) + getBaseIndex(n);
 }
 
 // An array that holds the rows there are and has room for that one. Each is twice the former, so
@@ -79,8 +79,9 @@ void TableauDePascal::ComputeTo(unsigned int rows) {
         const double* const above = row - n;
         for (unsigned int p = 1; p < n; ++p) row[p] = above[p - 1] + above[p];
     }
-    // In this order: who sees the rows sees the array that holds them.
-    values_.store(values, std::memory_order_relaxed);
+    // In this order: who sees the rows sees an array that holds them. It may be a newer one, so the
+    // array is published for itself too.
+    values_.store(values, std::memory_order_release);
     rows_.store(last + 1, std::memory_order_release);
 }
 

@@ -32,7 +32,7 @@ public:
     /// The n + 1 coefficients of row n; null beyond the last row.
     const double* Cnp(unsigned int n) {
         if (n >= rows_.load(std::memory_order_acquire)) return grownTo(n);
-        return values_.load(std::memory_order_relaxed) + getBaseIndex(n);
+        return values_.load(std::memory_order_acquire) + getBaseIndex(n);
     }
 
     /// Makes rows 0 to `rows` at least, cut to the last row. Rows 0 and 1 come together.
