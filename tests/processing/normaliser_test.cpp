@@ -137,6 +137,7 @@ TEST_F(NormalisedEntities, FlippedTwiceAreTheSame) {
         ERArc3D flippedArc = arc;
         EREntityNormaliser::Flip(flippedArc);
         expectNear(flippedArc.normale(), -arc.normale());
+        expectNear(flippedArc.getRepere().origine(), arc.center());
         expectNear(flippedArc.firstPt(), arc.lastPt(), 1e-12);
         for (const double s : {0.0, 0.3, 1.0})
             expectNear(flippedArc(-ERLimites(start, end)(s)), arc(ERLimites(start, end)(s)), 1e-12);

@@ -372,6 +372,10 @@ TEST(Torus, NormalisesItsAxisUnderSimilitudesAlone) {
     torus.transformFrom(ERScaling3D(2));
     expectNear(torus.vect(), ERVector3D(0, 0, -1));
     EXPECT_EQ(torus.large_radius(), 10);
+    // The size of a factor goes to the radii, and its sign to the axis.
+    torus.transformTo(ERScaling3D(-0.5));
+    expectNear(torus.vect(), ERVector3D(0, 0, 1));
+    EXPECT_EQ(torus.small_radius(), 4);
 }
 
 TEST(UnboundedSurfaces, AreStoredAsListedAndPrinted) {
