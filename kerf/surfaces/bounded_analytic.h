@@ -8,14 +8,15 @@ namespace kerf {
 
 class ERArc3D;
 class ERSegment3D;
+class ERSpoleNURBS3D;
 
 /// A surface given by closed formulas in a frame of its own, over a rectangle of parameters.
 ///
 /// Parameter:  lengths are in the units of the points, angles in radians. An angle is kept as given
 ///             and never reduced to one turn.
 /// Degenerate: lengths of zero and below are legal and evaluate as they stand; distances, estimates
-///             and boxes take their sizes. Ranges that are empty or reversed are legal: nothing is
-///             split or found in a reversed one.
+///             and boxes take their sizes. Ranges that are empty or reversed are legal; a reversed
+///             one is never split, and no value counts as within it.
 /// Kept:       all but the plane change their points when they are reversed: the ranges of u and v
 ///             are exchanged, and what they measure is not.
 /// Storage:    the ranges (ERBoundedSurface), the frame (ERSurfaceBasedOnTransfo3D), the lengths.
@@ -62,6 +63,14 @@ public:
     void transformTo(const ERPmSimilitude3D& transformation) override;
     void transformTo(const ERPmIsometrie3D& transformation) override;
     void printOn(std::ostream& os) const override;
+
+    /// The same points on the same ranges, of degree 1 or 2 as the curves of constant parameter are.
+    /// At an inner parameter it is another point of the same curves, where these are arcs.
+    /// Degenerate: a reversed range stays, over increasing knots. A dummy where a range is not finite
+    ///             or there would be more than a million poles; over 1000 turns, whole ones are left
+    ///             out.
+    ERSpoleNURBS3D Convert2Nurbs() const;
+    ERSpoleNURBS3D ConvertToNurbs() const;
 
     // Both bases have these; the class itself has the ones that count.
     const ERClassRegistration* isA() const override = 0;
