@@ -84,13 +84,17 @@ ERLimites heightsOf(const ERCone& cone, const ERPoint3D& a, const ERPoint3D& b) 
 
 ERBoundedCone::ERBoundedCone(const ERPmIsometrie3D& frame, ERRadian halfAngle, double umin,
                              double umax)
-    : BoundedAnalytic(frame, {halfAngle}, ERLimites(umin, umax), ERLimites(0.0, twoPi)) {}
+    : ERBoundedCone(frame, halfAngle, ERLimites(umin, umax), ERLimites(0.0, twoPi)) {}
+
+ERBoundedCone::ERBoundedCone(const ERPmIsometrie3D& frame, ERRadian halfAngle, const ERLimites& u,
+                             const ERLimites& v)
+    : BoundedAnalytic(frame, {halfAngle}, u, v) {}
 
 ERBoundedCone::ERBoundedCone(const ERCone& cone, const ERPoint3D& a, const ERPoint3D& b)
     : ERBoundedCone(cone, heightsOf(cone, a, b), ERLimites(0.0, twoPi)) {}
 
 ERBoundedCone::ERBoundedCone(const ERCone& cone, const ERLimites& u, const ERLimites& v)
-    : BoundedAnalytic(ERChgRepere3D(cone.direction(), cone.apex()), {cone.demiAngle()}, u, v) {}
+    : ERBoundedCone(ERChgRepere3D(cone.direction(), cone.apex()), cone.demiAngle(), u, v) {}
 
 ERCone::ERCone(const ERBoundedCone& cone)
     : ERCone(cone.apex(), cone.direction(), cone.demiAngle()) {}

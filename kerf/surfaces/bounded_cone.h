@@ -15,6 +15,8 @@ class ERCone;
 ///            which has no sign: a point below the first end gets a u above it.
 /// Kept:      the box ignores v, and its radius is the larger one of those at both ends with their
 ///            signs: where the cone goes further below the apex than above, it sticks out.
+/// Kept:      as for ERCone, a point at a height of exactly 1.0 has no foot.
+/// Kept:      the estimate in u is the height, shorter than the curves along u.
 /// Storage:   the ranges, the frame, the half angle: 188 bytes.
 class KERF_EXPORT ERBoundedCone : public BoundedAnalytic<analytic::ConeShape> {
     ER_OBJECT_CLASS(ERBoundedCone);
@@ -24,6 +26,8 @@ public:
     ERBoundedCone() = default;  ///< of half angle 0: a part of its axis
     /// One turn.
     ERBoundedCone(const ERPmIsometrie3D& frame, ERRadian halfAngle, double umin, double umax);
+    ERBoundedCone(const ERPmIsometrie3D& frame, ERRadian halfAngle, const ERLimites& u,
+                  const ERLimites& v);
     /// One turn, between the heights of two points, in any order.
     ERBoundedCone(const ERCone& cone, const ERPoint3D& a, const ERPoint3D& b);
     ERBoundedCone(const ERCone& cone, const ERLimites& u, const ERLimites& v);

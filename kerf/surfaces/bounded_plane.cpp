@@ -66,7 +66,8 @@ t_SmartPtr<ERFiniteEntity3DWF> ERBoundedPlane::getEntityIsoV(double v) const {
 }
 
 void ERBoundedPlane::reverse() {
-    // The grid, transposed, is that of the new axes. Z turns over too: the handedness stays.
+    // Z turns over too: the handedness stays. The family drops the grid, but here, transposed, it is
+    // that of the new axes. NOLINTNEXTLINE(bugprone-parent-virtual-call)
     ERBoundedSurface::reverse();
     const LinearMap exchange(0.0, 1.0, 0.0, 1.0, 0.0, 0.0, 0.0, 0.0, -1.0);
     setMatrix(frameOf(axes() * exchange, origin()));

@@ -10,13 +10,15 @@ class ERTorus;
 /// A part of a torus about the Z axis of a frame: u is the angle about the axis, v the angle about
 /// the spine, the circle of the major radius, from the outermost point towards the axis' direction.
 /// offset() adds to the minor radius.
-/// Kept:    the box is larger than its surface in the local Z: by 10 + 3 below and 10 - 3 above, on
-///          each side on which v passes no extreme of Z.
-/// Kept:    the estimates take the minor radius for u, which runs about the axis, and both radii for
-///          v, so that the one in u is too small.
-/// Kept:    the parameters of a foot have a u within half a turn of udeb(), not up to a turn past
-///          it, and a foot outside the ranges is refused whatever the flag.
-/// Storage: the ranges, the frame, the major radius, the minor radius: 196 bytes.
+/// Degenerate: where the minor radius is the larger one, a foot may lie across the axis. The
+///             parameters are then read at its own longitude, and are not those of the foot.
+/// Kept:       the box is larger than its surface in the local Z: by 10 + 3 below and 10 - 3 above,
+///             on each side on which v passes no extreme of Z.
+/// Kept:       the estimates take the minor radius for u, which runs about the axis, and both radii
+///             for v, so that the one in u is too small.
+/// Kept:       the parameters of a foot have a u within half a turn of udeb(), not up to a turn past
+///             it, and a foot outside the ranges is refused whatever the flag.
+/// Storage:    the ranges, the frame, the major radius, the minor radius: 196 bytes.
 class KERF_EXPORT ERBoundedTorus : public BoundedAnalytic<analytic::TorusShape> {
     ER_OBJECT_CLASS(ERBoundedTorus);
     ER_STORED_CLASS(ERBoundedTorus);
