@@ -35,20 +35,20 @@ ERVec<E> randomPoles(unsigned int n, Random& random) {
 
 template <class E>
 double maxDifference(const E& a, const E& b) {
-    double largest = 0;
+    double greatest = 0;
     for (unsigned int k = 0; k < spline::dimensionOf<E>; ++k) {
         const double difference = std::fabs(spline::doubles(&a)[k] - spline::doubles(&b)[k]);
-        if (!(difference <= largest)) largest = difference;
+        if (!(difference <= greatest)) greatest = difference;
     }
-    return largest;
+    return greatest;
 }
 template <class E>
 double maxDifference(const ERVec<E>& a, const ERVec<E>& b) {
     if (a.length() != b.length()) return 1e300;
-    double largest = 0;
+    double greatest = 0;
     for (unsigned int i = 0; i < a.length(); ++i)
-        largest = std::max(largest, maxDifference(a[i], b[i]));
-    return largest;
+        greatest = std::max(greatest, maxDifference(a[i], b[i]));
+    return greatest;
 }
 
 // A linear combination in long double.
@@ -143,15 +143,15 @@ Spline<E> randomSpline(unsigned int degree, Random& random, bool clamped = true,
     return spline;
 }
 
-// The largest distance of two splines over [a, b], each taken in its own span.
+// The greatest distance of two splines over [a, b], each taken in its own span.
 template <class E>
 double maxDistance(const Spline<E>& s, const Spline<E>& t, double a, double b) {
-    double largest = 0;
+    double greatest = 0;
     for (int i = 0; i < 40; ++i) {
         const double u = a + (b - a) * (i + 0.5) / 40;
-        largest = std::max(largest, maxDifference(s.at(u), t.at(u)));
+        greatest = std::max(greatest, maxDifference(s.at(u), t.at(u)));
     }
-    return largest;
+    return greatest;
 }
 
 }  // namespace kerf::test
