@@ -147,7 +147,7 @@ void BezierSurface<Surface, Pole, IsoCurve>::adjust() {
 template <class Surface, class Pole, class IsoCurve>
 auto BezierSurface<Surface, Pole, IsoCurve>::cutInU(double u) const -> Halves {
     const Surface& whole = static_cast<const Surface&>(*this);
-    const Halves halves(new Surface(whole), new Surface(whole));
+    Halves halves(new Surface(whole), new Surface(whole));
     halves.first->redefineDomainU(ERLimites(this->udeb(), u));
     halves.second->redefineDomainU(ERLimites(u, this->ufin()));
     return halves;
@@ -156,7 +156,7 @@ auto BezierSurface<Surface, Pole, IsoCurve>::cutInU(double u) const -> Halves {
 template <class Surface, class Pole, class IsoCurve>
 auto BezierSurface<Surface, Pole, IsoCurve>::cutInV(double v) const -> Halves {
     const Surface& whole = static_cast<const Surface&>(*this);
-    const Halves halves(new Surface(whole), new Surface(whole));
+    Halves halves(new Surface(whole), new Surface(whole));
     halves.first->redefineDomainV(ERLimites(this->vdeb(), v));
     halves.second->redefineDomainV(ERLimites(v, this->vfin()));
     return halves;

@@ -249,7 +249,7 @@ auto ERSpoleNURBS3D::cutInU(double u) const -> Halves {
     if (cut.error() != 0) return {};
     const unsigned int copies = knots.degree() + 1;
     const unsigned int before = cut.index(), after = cut.index() + cut.multiplicity() - copies;
-    const Halves halves(new ERSpoleNURBS3D, new ERSpoleNURBS3D);
+    Halves halves(new ERSpoleNURBS3D, new ERSpoleNURBS3D);
     const auto part = [&](ERSpoleNURBS3D& half, unsigned int first, unsigned int count,
                           const ERLimites& range) {
         half = ERSpoleNURBS3D(
@@ -269,7 +269,7 @@ auto ERSpoleNURBS3D::cutInU(double u) const -> Halves {
 auto ERSpoleNURBS3D::cutInV(double v) const -> Halves {
     ERSpoleNURBS3D turned(*this);
     turned.reverse();
-    const Halves halves = turned.cutInU(v);
+    Halves halves = turned.cutInU(v);
     if (halves.first != nullptr) {
         halves.first->reverse();
         halves.second->reverse();
