@@ -60,17 +60,18 @@ inline void divideByWeight(double (&table)[3][3][4]) {
             return table[i][j][k];
         };
         const double s = entry(0, 0) *= reciprocal;
+        // In each sum what is known last is taken off last.
         const double su = entry(1, 0) = entry(1, 0) * reciprocal - wu * s;
         const double sv = entry(0, 1) = entry(0, 1) * reciprocal - wv * s;
-        const double suu = entry(2, 0) = entry(2, 0) * reciprocal - 2.0 * wu * su - wuu * s;
-        const double svv = entry(0, 2) = entry(0, 2) * reciprocal - 2.0 * wv * sv - wvv * s;
-        const double suv = entry(1, 1) = entry(1, 1) * reciprocal - wu * sv - wv * su - wuv * s;
-        const double suuv = entry(2, 1) = entry(2, 1) * reciprocal - 2.0 * wu * suv - wuu * sv -
-                                          wv * suu - 2.0 * wuv * su - wuuv * s;
-        const double suvv = entry(1, 2) = entry(1, 2) * reciprocal - 2.0 * wv * suv - wvv * su -
-                                          wu * svv - 2.0 * wuv * sv - wuvv * s;
-        entry(2, 2) = entry(2, 2) * reciprocal - 2.0 * wu * suvv - wuu * svv - 2.0 * wv * suuv -
-                      4.0 * wuv * suv - 2.0 * wuuv * sv - wvv * suu - 2.0 * wuvv * su - wuuvv * s;
+        const double suu = entry(2, 0) = entry(2, 0) * reciprocal - wuu * s - 2.0 * wu * su;
+        const double svv = entry(0, 2) = entry(0, 2) * reciprocal - wvv * s - 2.0 * wv * sv;
+        const double suv = entry(1, 1) = entry(1, 1) * reciprocal - wuv * s - wu * sv - wv * su;
+        const double suuv = entry(2, 1) = entry(2, 1) * reciprocal - wuuv * s - wuu * sv -
+                                          2.0 * wuv * su - wv * suu - 2.0 * wu * suv;
+        const double suvv = entry(1, 2) = entry(1, 2) * reciprocal - wuvv * s - wvv * su -
+                                          2.0 * wuv * sv - wu * svv - 2.0 * wv * suv;
+        entry(2, 2) = entry(2, 2) * reciprocal - wuuvv * s - 2.0 * wuuv * sv - 2.0 * wuvv * su -
+                      wuu * svv - wvv * suu - 4.0 * wuv * suv - 2.0 * wv * suuv - 2.0 * wu * suvv;
     }
 }
 

@@ -10,16 +10,32 @@ namespace kerf::spline {
 
 namespace {
 
-// Makes the Bernstein polynomials of degree Degree at t of those of degree Degree - 1, in place.
+// The Bernstein polynomials of a degree at t. Up to degree 3 by products, for their sums would wait for
+// each other.
 template <unsigned int Degree>
-inline void raise(double s, double t, double* bernstein) {
-    double carried = 0.0;
-    for (unsigned int k = 0; k < Degree; ++k) {
-        const double former = bernstein[k];
-        bernstein[k] = s * former + carried;
-        carried = t * former;
+inline void bernsteinAt(double s, double t, double* values) {
+    if constexpr (Degree == 0) {
+        values[0] = 1.0;
+    } else if constexpr (Degree == 1) {
+        values[0] = s;
+        values[1] = t;
+    } else if constexpr (Degree == 2) {
+        values[0] = s * s;
+        values[1] = 2.0 * s * t;
+        values[2] = t * t;
+    } else if constexpr (Degree == 3) {
+        const double ss = s * s, tt = t * t;
+        values[0] = ss * s;
+        values[1] = 3.0 * t * ss;
+        values[2] = 3.0 * s * tt;
+        values[3] = tt * t;
+    } else {
+        double lower[Degree];
+        bernsteinAt<Degree - 1>(s, t, lower);
+        values[0] = s * lower[0];
+        for (unsigned int k = 1; k < Degree; ++k) values[k] = s * lower[k] + t * lower[k - 1];
+        values[Degree] = t * lower[Degree - 1];
     }
-    bernstein[Degree] = carried;
 }
 
 // Rows of coefficients, one for each Bernstein polynomial.
@@ -38,18 +54,18 @@ inline void fromRecord(const double* coefficients, double t, unsigned int order,
     constexpr unsigned int n = Degree + 1;
     const double s = 1.0 - t;
     const double* const first = coefficients + n * n;
-    double bernstein[n] = {1.0};
-    if constexpr (Degree > 4) raise<Degree - 4>(s, t, bernstein);
-    if constexpr (Degree > 3) raise<Degree - 3>(s, t, bernstein);
-    if constexpr (Degree > 2) raise<Degree - 2>(s, t, bernstein);
-    if constexpr (Degree > 1) {
-        if (order > 0) combine<n, n - 2>(first + (n - 1) * n, bernstein, values + 2 * n);
-        raise<Degree - 1>(s, t, bernstein);
-    } else if (order > 0) {
-        std::fill_n(values + 2 * n, n, 0.0);
+    double bernstein[n];
+    if (order > 0) {
+        if constexpr (Degree > 1) {
+            bernsteinAt<Degree - 2>(s, t, bernstein);
+            combine<n, n - 2>(first + (n - 1) * n, bernstein, values + 2 * n);
+        } else {
+            std::fill_n(values + 2 * n, n, 0.0);
+        }
+        bernsteinAt<Degree - 1>(s, t, bernstein);
+        combine<n, n - 1>(first, bernstein, values + n);
     }
-    if (order > 0) combine<n, n - 1>(first, bernstein, values + n);
-    raise<Degree>(s, t, bernstein);
+    bernsteinAt<Degree>(s, t, bernstein);
     combine<n, n>(coefficients, bernstein, values);
 }
 
