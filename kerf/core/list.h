@@ -350,6 +350,10 @@ public:
 
     void append(Value value) { Links::append(new Link(std::move(value))); }
     void prepend(Value value) { Links::prepend(new Link(std::move(value))); }
+    /// Appends the elements of another list, which is empty afterwards. A list cannot take its own.
+    void appendAll(ERTOwningDlist& other) {
+        if (this != &other) this->takeLinks(other);
+    }
     /// The value becomes the element at i; at entries() it is appended.
     void insertAt(unsigned int i, Value value) {
         KERF_CHECK_ARGUMENT(i <= entries());

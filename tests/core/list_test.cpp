@@ -127,6 +127,13 @@ TEST(ValueList, MovesItsLinks) {
     EXPECT_EQ(&other.first(), first);
     EXPECT_EQ(list.isEmpty(), 1);  // NOLINT(bugprone-use-after-move)
     EXPECT_EQ(std::vector<int>(other.begin(), other.end()), (std::vector<int>{0, 1, 2}));
+    list.append(7);
+    list.appendAll(other);
+    list.appendAll(list);
+    list.append(8);
+    EXPECT_EQ(&list.at(1), first);
+    EXPECT_EQ(other.isEmpty(), 1);
+    EXPECT_EQ(std::vector<int>(list.begin(), list.end()), (std::vector<int>{7, 0, 1, 2, 8}));
 }
 
 }  // namespace
