@@ -70,6 +70,8 @@
 #include "kerf/platform/sinks.h"
 #include "kerf/platform/text.h"
 #include "kerf/processing/best_fit.h"
+#include "kerf/processing/chainer.h"
+#include "kerf/processing/curve_segment.h"
 #include "kerf/processing/measured_point.h"
 #include "kerf/processing/normaliser.h"
 #include "kerf/surfaces/arc_builders.h"

@@ -20,6 +20,7 @@
 #include "kerf/module/module.h"
 #include "kerf/persistence/database_object.h"
 #include "kerf/persistence/tree_objects.h"
+#include "kerf/processing/chainer.h"
 #include "kerf/surfaces/bezier_surface.h"
 #include "kerf/surfaces/bounded_cone.h"
 #include "kerf/surfaces/bounded_cylinder.h"
@@ -99,6 +100,9 @@ const ERClassRegistration* const classes[] = {
     ERAuxilaryIndex::desc(),
     ERDBObject::desc(),
     ERDBTree::desc(),
+    // processing
+    ERChainedMetaSeg2D::desc(),
+    ERChainerSeg2D::desc(),
     // surfaces
     ERAnyBoundedSurface::desc(),
     ERBoundedCone::desc(),
