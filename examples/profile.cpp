@@ -32,6 +32,7 @@
 #include <vector>
 
 #include "examples/curve_meetings.h"
+#include "examples/drawing_program.h"
 #include "examples/dxf_curves.h"
 #include "examples/points_file.h"
 #include "examples/profile_picture.h"
@@ -66,10 +67,6 @@ struct Options {
     bool help = false;
 };
 
-bool readLength(std::string_view text, double& length) {
-    return dxf::parse(text, length) && std::isfinite(length) && length > 0.0;
-}
-
 bool readOption(const std::string& argument, Options& options) {
     const std::size_t equals = argument.find('=');
     const std::string name = argument.substr(0, equals);
@@ -102,22 +99,13 @@ bool readOptions(int argc, char** argv, Options& options) {
 
 // False, after a message, when an output would overwrite an input or the other output.
 bool outputsAreFree(const Options& options) {
-    const auto same = [](const std::string& a, const std::string& b) {
-        if (a.empty() || b.empty()) return false;
-        std::error_code none;
-        if (std::filesystem::equivalent(a, b, none)) return true;
-        const auto whole = [&](const std::string& path) {
-            return std::filesystem::weakly_canonical(std::filesystem::absolute(path, none), none);
-        };
-        return !whole(a).empty() && whole(a) == whole(b);
-    };
     for (const std::string& output : {options.archive, options.picture}) {
-        if (same(output, options.drawing) || same(output, options.points)) {
+        if (isSameFile(output, options.drawing) || isSameFile(output, options.points)) {
             std::cerr << output << ": is an input, and is not overwritten\n";
             return false;
         }
     }
-    if (same(options.archive, options.picture)) {
+    if (isSameFile(options.archive, options.picture)) {
         std::cerr << options.archive << ": archive and picture need a file each\n";
         return false;
     }
@@ -152,16 +140,6 @@ struct Sheet {
         return 1e-10 * size + 1e-14 * reach;
     }
 };
-
-// What would print as a negative zero prints as a zero.
-double shown(double value, double step) { return std::fabs(value) < step / 2 ? 0.0 : value; }
-
-std::string listOf(const std::map<std::string, std::size_t>& counts) {
-    std::string text;
-    for (const auto& [name, count] : counts)
-        text += (text.empty() ? "" : ", ") + std::to_string(count) + " " + name;
-    return text.empty() ? "none" : text;
-}
 
 void printCurves(const Sheet& sheet) {
     std::map<std::string, std::size_t> kinds;

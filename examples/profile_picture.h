@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "examples/curve_meetings.h"
+#include "examples/drawing_view.h"
 #include "examples/svg_picture.h"
 #include "kerf/values/box.h"
 #include "kerf/values/point.h"
@@ -36,7 +37,6 @@ struct ProfilePicture {
     bool write(const std::string& path) const;
 
 private:
-    static constexpr double drawing = 900, margin = 40, legend = 200;
     static constexpr std::array<std::pair<const char*, const char*>, 6> colors = {
         {{"LINE", "#1f4e9c"},
          {"ARC", "#b3471b"},
@@ -51,52 +51,27 @@ private:
         return "black";
     }
 
-    // From the drawing to the picture.
-    struct View {
-        kerf::ERMinimax2D box;
-        double scale = 1.0, height = 0.0;
-
-        double x(const kerf::ERPoint2D& p) const { return margin + (p.x() - box.xmin()) * scale; }
-        double y(const kerf::ERPoint2D& p) const {
-            return (height + box.ylength() * scale) / 2 - (p.y() - box.ymin()) * scale;
-        }
-        std::string path(const kerf::ERVec<kerf::ERPoint2D>& points) const {
-            std::string text;
-            char place[64];
-            for (unsigned int i = 0; i < points.length(); ++i) {
-                std::snprintf(place, sizeof place, "%c%.2f %.2f", i == 0 ? 'M' : 'L', x(points[i]),
-                              y(points[i]));
-                text += place;
-            }
-            return text;
-        }
-    };
-
-    View view() const;
-    void addCurves(svgPicture::Svg& svg, const View& view) const;
-    void addMeetings(svgPicture::Svg& svg, const View& view) const;
-    double addDeviations(svgPicture::Svg& svg, const View& view, double largest) const;
+    DrawingView view() const;
+    void addCurves(svgPicture::Svg& svg, const DrawingView& view) const;
+    void addMeetings(svgPicture::Svg& svg, const DrawingView& view) const;
+    double addDeviations(svgPicture::Svg& svg, const DrawingView& view, double largest) const;
     double addKinds(svgPicture::Svg& svg, double left) const;
 };
 
-inline ProfilePicture::View ProfilePicture::view() const {
-    View view;
+inline DrawingView ProfilePicture::view() const {
+    kerf::ERMinimax2D box;
     for (const Curve& curve : curves) {
-        view.box.Update(curve.points);
-        view.box.Update(curve.polygon);
+        box.Update(curve.points);
+        box.Update(curve.polygon);
     }
     for (const Deviation& deviation : deviations) {
-        view.box.Update(deviation.measured);
-        view.box.Update(deviation.foot);
+        box.Update(deviation.measured);
+        box.Update(deviation.foot);
     }
-    if (view.box.invalid()) view.box.Garnir(0, 0, 0, 0);
-    const double widest = std::max(view.box.xlength(), view.box.ylength());
-    if (widest > 0.0) view.scale = drawing / widest;
-    view.height = std::max(view.box.ylength() * view.scale + 2 * margin, 640.0);
-    return view;
+    return DrawingView(box);
 }
 
-inline void ProfilePicture::addCurves(svgPicture::Svg& svg, const View& view) const {
+inline void ProfilePicture::addCurves(svgPicture::Svg& svg, const DrawingView& view) const {
     for (const Curve& curve : curves) {
         if (curve.polygon.length() == 0) continue;
         svg.add("<path d=\"" + view.path(curve.polygon) +
@@ -112,7 +87,7 @@ inline void ProfilePicture::addCurves(svgPicture::Svg& svg, const View& view) co
                 std::to_string(i + 1) + " " + curves[i].kind + "</title></path>");
 }
 
-inline void ProfilePicture::addMeetings(svgPicture::Svg& svg, const View& view) const {
+inline void ProfilePicture::addMeetings(svgPicture::Svg& svg, const DrawingView& view) const {
     // In a drawing of many pieces the joints would hide them.
     constexpr std::size_t mostJoints = 300;
     for (const Meeting& meeting : meetings) {
@@ -142,10 +117,10 @@ inline void ProfilePicture::addMeetings(svgPicture::Svg& svg, const View& view) 
 }
 
 // Returns how many times the whiskers are magnified; 0 for none.
-inline double ProfilePicture::addDeviations(svgPicture::Svg& svg, const View& view,
+inline double ProfilePicture::addDeviations(svgPicture::Svg& svg, const DrawingView& view,
                                             double largest) const {
-    constexpr double longest = margin - 12;  // stays within the frame
-    const double size = drawing / view.scale;
+    constexpr double longest = DrawingView::margin - 12;  // stays within the frame
+    const double size = DrawingView::drawing / view.scale;
     const double magnification =
         largest > 1e-12 * size ? svgPicture::roundBelow(longest / view.scale / largest) : 0.0;
     for (const Deviation& deviation : deviations) {
@@ -168,7 +143,7 @@ inline double ProfilePicture::addDeviations(svgPicture::Svg& svg, const View& vi
 
 // Returns where the next part of the legend goes.
 inline double ProfilePicture::addKinds(svgPicture::Svg& svg, double left) const {
-    double y = margin;
+    double y = DrawingView::margin;
     for (const auto& entry : colors) {
         const auto [kind, color] = entry;
         const auto count = std::count_if(curves.begin(), curves.end(), [&](const Curve& curve) {
@@ -203,7 +178,7 @@ inline double ProfilePicture::addKinds(svgPicture::Svg& svg, double left) const 
 
 inline bool ProfilePicture::write(const std::string& path) const {
     using namespace svgPicture;
-    const View view = this->view();
+    const DrawingView view = this->view();
     double largest = 0.0;
     for (const Deviation& deviation : deviations) largest = std::max(largest, deviation.distance);
 
@@ -211,9 +186,10 @@ inline bool ProfilePicture::write(const std::string& path) const {
     addCurves(svg, view);
     addMeetings(svg, view);
     const double magnification = addDeviations(svg, view, largest);
-    svg.add("<text x=\"" + std::to_string(margin) + "\" y=\"20\">" + title + "</text>");
+    svg.add("<text x=\"" + std::to_string(DrawingView::margin) + "\" y=\"20\">" + title +
+            "</text>");
 
-    const double left = 2 * margin + std::max(1.0, view.box.xlength() * view.scale);
+    const double left = view.right();
     double y = addKinds(svg, left) + 40;
     if (!deviations.empty()) {
         addColorScale(svg, left, y, largest);
@@ -221,15 +197,15 @@ inline bool ProfilePicture::write(const std::string& path) const {
     }
     const double widest = std::max(view.box.xlength(), view.box.ylength());
     if (widest > 0.0) {
-        const double length = roundBelow(legend * 0.7 / view.scale);
+        const double length = roundBelow(DrawingView::legend * 0.7 / view.scale);
         addBar(svg, left, y, length * view.scale, "part:", length);
         y += 45;
     }
     if (magnification > 0.0) {
-        const double length = roundBelow(legend * 0.7 / view.scale / magnification);
+        const double length = roundBelow(DrawingView::legend * 0.7 / view.scale / magnification);
         addBar(svg, left, y, length * magnification * view.scale, "deviation:", length);
         svg.add("<text x=\"%.1f\" y=\"%.1f\">magnified %.4g times</text>", left, y + 40,
                 magnification);
     }
-    return svg.write(path, left + legend, std::max(view.height, y + 60));
+    return svg.write(path, left + DrawingView::legend, std::max(view.height, y + 60));
 }
