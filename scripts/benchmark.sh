@@ -6,8 +6,7 @@ scripts/install_packages.sh cmake ninja-build g++ libbenchmark-dev libsqlite3-de
     libsisl-dev libocct-modeling-data-dev
 cmake --preset benchmark >/dev/null
 cmake --build --preset benchmark
-[ $# -gt 0 ] || set -- vectors lists numerics curves surfaces disk_btree database
-[ $# -gt 0 ] || set -- vectors lists numerics curves chainer disk_btree database
+[ $# -gt 0 ] || set -- vectors lists numerics curves surfaces chainer disk_btree database
 for name in "$@"; do
     "build/benchmark/benchmarks/${name}_benchmark" --benchmark_min_time=0.2
 done
