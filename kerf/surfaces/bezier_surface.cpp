@@ -30,18 +30,18 @@ void raiseAlongU(ERMatrix<Pole>& poles, unsigned int by) {
 
 }  // namespace
 
-template <class Surface, class Pole, class IsoCurve>
-unsigned int BezierSurface<Surface, Pole, IsoCurve>::degreeU() const {
+template <class Surface, class Pole>
+unsigned int BezierSurface<Surface, Pole>::degreeU() const {
     return this->isDummy() != 0 ? 0 : this->poles_.rows() - 1;
 }
 
-template <class Surface, class Pole, class IsoCurve>
-unsigned int BezierSurface<Surface, Pole, IsoCurve>::degreeV() const {
+template <class Surface, class Pole>
+unsigned int BezierSurface<Surface, Pole>::degreeV() const {
     return this->isDummy() != 0 ? 0 : this->poles_.cols() - 1;
 }
 
-template <class Surface, class Pole, class IsoCurve>
-void BezierSurface<Surface, Pole, IsoCurve>::incrDegree(unsigned int byU, unsigned int byV) {
+template <class Surface, class Pole>
+void BezierSurface<Surface, Pole>::incrDegree(unsigned int byU, unsigned int byV) {
     if (this->isDummy() != 0) return;
     this->change([&] {
         raiseAlongU(this->poles_, byU);
@@ -52,8 +52,8 @@ void BezierSurface<Surface, Pole, IsoCurve>::incrDegree(unsigned int byU, unsign
     });
 }
 
-template <class Surface, class Pole, class IsoCurve>
-ERInfoPoint3DSurf BezierSurface<Surface, Pole, IsoCurve>::PtCur(double u, double v) const {
+template <class Surface, class Pole>
+ERInfoPoint3DSurf BezierSurface<Surface, Pole>::PtCur(double u, double v) const {
     if (this->isDummy() != 0) return ERInfoPoint3DSurf(ERPoint2D(u, v), ERMatrix<ERPoint3D>(3, 3));
     const auto whole = [](const ERLimites& range) {
         return range.amplitude() == 0.0 ? ERLimites(0.0, 1.0) : range;
@@ -71,44 +71,42 @@ ERInfoPoint3DSurf BezierSurface<Surface, Pole, IsoCurve>::PtCur(double u, double
     return info;
 }
 
-template <class Surface, class Pole, class IsoCurve>
-ERPoint3D BezierSurface<Surface, Pole, IsoCurve>::operator()(double u, double v) const {
+template <class Surface, class Pole>
+ERPoint3D BezierSurface<Surface, Pole>::operator()(double u, double v) const {
     if (this->isDummy() != 0) return ERPoint3D();
     return Horner(this->poles_, ratioIn(this->currentU_, u), ratioIn(this->currentV_, v))
         .castToPoint();
 }
 
-template <class Surface, class Pole, class IsoCurve>
-IsoCurve BezierSurface<Surface, Pole, IsoCurve>::getIsoU(double u) const {
+template <class Surface, class Pole>
+auto BezierSurface<Surface, Pole>::getIsoU(double u) const -> IsoCurve {
     if (this->isDummy() != 0) return IsoCurve();
     return IsoCurve(HornerIsoU(this->poles_, ratioIn(this->currentU_, u)), this->naturalV_,
                     this->currentV_);
 }
 
-template <class Surface, class Pole, class IsoCurve>
-IsoCurve BezierSurface<Surface, Pole, IsoCurve>::getIsoV(double v) const {
+template <class Surface, class Pole>
+auto BezierSurface<Surface, Pole>::getIsoV(double v) const -> IsoCurve {
     if (this->isDummy() != 0) return IsoCurve();
     return IsoCurve(HornerIsoV(this->poles_, ratioIn(this->currentV_, v)), this->naturalU_,
                     this->currentU_);
 }
 
-template <class Surface, class Pole, class IsoCurve>
-t_SmartPtr<ERFiniteEntity3DWF> BezierSurface<Surface, Pole, IsoCurve>::getEntityIsoU(
-    double u) const {
+template <class Surface, class Pole>
+t_SmartPtr<ERFiniteEntity3DWF> BezierSurface<Surface, Pole>::getEntityIsoU(double u) const {
     if (this->isDummy() != 0) return nullptr;
     return new IsoCurve(getIsoU(u));
 }
 
-template <class Surface, class Pole, class IsoCurve>
-t_SmartPtr<ERFiniteEntity3DWF> BezierSurface<Surface, Pole, IsoCurve>::getEntityIsoV(
-    double v) const {
+template <class Surface, class Pole>
+t_SmartPtr<ERFiniteEntity3DWF> BezierSurface<Surface, Pole>::getEntityIsoV(double v) const {
     if (this->isDummy() != 0) return nullptr;
     return new IsoCurve(getIsoV(v));
 }
 
-template <class Surface, class Pole, class IsoCurve>
-const ERMatrix<ERPoint3D>& BezierSurface<Surface, Pole, IsoCurve>::getMatricePoint(
-    unsigned int nU, unsigned int nV) {
+template <class Surface, class Pole>
+const ERMatrix<ERPoint3D>& BezierSurface<Surface, Pole>::getMatricePoint(unsigned int nU,
+                                                                         unsigned int nV) {
     if (this->grid_.rows() == nU && this->grid_.cols() == nV) return this->grid_;
     ERMatrix<ERPoint3D> grid(nU, nV);
     if (this->isDummy() == 0) {
@@ -124,8 +122,8 @@ const ERMatrix<ERPoint3D>& BezierSurface<Surface, Pole, IsoCurve>::getMatricePoi
     return this->grid_;
 }
 
-template <class Surface, class Pole, class IsoCurve>
-void BezierSurface<Surface, Pole, IsoCurve>::adjust() {
+template <class Surface, class Pole>
+void BezierSurface<Surface, Pole>::adjust() {
     constexpr unsigned int dim = spline::dimensionOf<Pole>;
     this->change([&] {
         const bool changedU = !(this->currentU_ == this->naturalU_);
@@ -144,8 +142,8 @@ void BezierSurface<Surface, Pole, IsoCurve>::adjust() {
     });
 }
 
-template <class Surface, class Pole, class IsoCurve>
-auto BezierSurface<Surface, Pole, IsoCurve>::cutInU(double u) const -> Halves {
+template <class Surface, class Pole>
+auto BezierSurface<Surface, Pole>::cutInU(double u) const -> Halves {
     const Surface& whole = static_cast<const Surface&>(*this);
     Halves halves(new Surface(whole), new Surface(whole));
     halves.first->redefineDomainU(ERLimites(this->udeb(), u));
@@ -153,8 +151,8 @@ auto BezierSurface<Surface, Pole, IsoCurve>::cutInU(double u) const -> Halves {
     return halves;
 }
 
-template <class Surface, class Pole, class IsoCurve>
-auto BezierSurface<Surface, Pole, IsoCurve>::cutInV(double v) const -> Halves {
+template <class Surface, class Pole>
+auto BezierSurface<Surface, Pole>::cutInV(double v) const -> Halves {
     const Surface& whole = static_cast<const Surface&>(*this);
     Halves halves(new Surface(whole), new Surface(whole));
     halves.first->redefineDomainV(ERLimites(this->vdeb(), v));
@@ -162,7 +160,7 @@ auto BezierSurface<Surface, Pole, IsoCurve>::cutInV(double v) const -> Halves {
     return halves;
 }
 
-template class BezierSurface<ERSpoleBezier3D, ERPoint3D, ERCpoleBezier3D>;
-template class BezierSurface<ERSpoleBezier3DR, ERPole3DH, ERCpoleBezier3DR>;
+template class BezierSurface<ERSpoleBezier3D, ERPoint3D>;
+template class BezierSurface<ERSpoleBezier3DR, ERPole3DH>;
 
 }  // namespace kerf

@@ -1,4 +1,6 @@
 #pragma once
+#include <type_traits>
+
 #include "kerf/platform/config.h"
 #include "kerf/surfaces/pole_surface.h"
 
@@ -17,9 +19,11 @@ class ERSpoleBezier3DR;
 /// Parameter: u and v in the current ranges; outside, the polynomials go on.
 /// Kept:      PtCur takes the ratios in the natural ranges, points and iso curves take them in the
 ///            current ones. The two differ between setBound and adjust.
-template <class Surface, class Pole, class IsoCurve>
+template <class Surface, class Pole>
 class KERF_EXPORT BezierSurface : public PoleSurface<Surface, Pole> {
     using Base = PoleSurface<Surface, Pole>;
+    using IsoCurve =
+        std::conditional_t<std::is_same_v<Pole, ERPoint3D>, ERCpoleBezier3D, ERCpoleBezier3DR>;
 
 public:
     using typename Base::Half;
@@ -61,8 +65,7 @@ protected:
 };
 
 /// An integral Bézier surface.
-class KERF_EXPORT ERSpoleBezier3D
-    : public BezierSurface<ERSpoleBezier3D, ERPoint3D, ERCpoleBezier3D> {
+class KERF_EXPORT ERSpoleBezier3D : public BezierSurface<ERSpoleBezier3D, ERPoint3D> {
     ER_OBJECT_CLASS(ERSpoleBezier3D);
     ER_STORED_CLASS(ERSpoleBezier3D);
 
@@ -78,8 +81,7 @@ private:
 };
 
 /// A rational Bézier surface.
-class KERF_EXPORT ERSpoleBezier3DR
-    : public BezierSurface<ERSpoleBezier3DR, ERPole3DH, ERCpoleBezier3DR> {
+class KERF_EXPORT ERSpoleBezier3DR : public BezierSurface<ERSpoleBezier3DR, ERPole3DH> {
     ER_OBJECT_CLASS(ERSpoleBezier3DR);
     ER_STORED_CLASS(ERSpoleBezier3DR);
 
@@ -95,7 +97,7 @@ private:
 
 extern template class PoleSurface<ERSpoleBezier3D, ERPoint3D>;
 extern template class PoleSurface<ERSpoleBezier3DR, ERPole3DH>;
-extern template class BezierSurface<ERSpoleBezier3D, ERPoint3D, ERCpoleBezier3D>;
-extern template class BezierSurface<ERSpoleBezier3DR, ERPole3DH, ERCpoleBezier3DR>;
+extern template class BezierSurface<ERSpoleBezier3D, ERPoint3D>;
+extern template class BezierSurface<ERSpoleBezier3DR, ERPole3DH>;
 
 }  // namespace kerf
