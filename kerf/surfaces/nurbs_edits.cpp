@@ -108,7 +108,6 @@ int CreateCompatibleSurfaceData(Grid& poles, ERKnotVector& knotsU, ERKnotVector&
     const auto open = [](Grid& lines, ERKnotVector& knots) {
         if (!isCurve(lines, knots)) return outputDebugText("Error\n");
         ReduceDomainInU(lines, knots, knots[knots.degree()], knots[lines.rows()]);
-        knots.setClamped();
     };
     if (knotsU.isUnclamped() != 0) open(poles, knotsU);
     if (knotsV.isUnclamped() != 0) across(poles, [&](Grid& turned) { open(turned, knotsV); });

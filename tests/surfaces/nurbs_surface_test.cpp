@@ -95,6 +95,15 @@ TEST(NurbsSurface, CornersOfClampedKnotsAreThePolesExactly) {
     }
 }
 
+// Products of a length and its reciprocal round off 1 for some of these.
+TEST(NurbsSurface, TheLastParameterIsExactWhateverTheLength) {
+    for (int i = 1; i < 60; ++i) {
+        const ERKnotVector u(3, 5, ERLimites(0.1 * i, 0.37 * i));
+        const ERSpoleNURBS3D surface = surfaceOn(u, quadratic);
+        EXPECT_EQ(surface.getIsoU(surface.ufin()).poles()[3], surface.poles()(4, 3)) << i;
+    }
+}
+
 // Spans are kept from their first visit on, in whatever order they come.
 TEST(NurbsSurface, WhatIsKeptChangesNoBit) {
     Random random(seed);
@@ -179,6 +188,16 @@ TEST(NurbsSurface, SplitsOnlyWithinTheRange) {
     EXPECT_EQ(late.SplitInU(c, d), 0);
     ASSERT_EQ(late.SplitInU(c, d, 4.5), 1);
     EXPECT_EQ(c->getBoundU(), ERLimites(4.25, 4.5));
+    late.setBound(ERLimites(4.25, 4.75), ERLimites(-1, 2));
+    ASSERT_EQ(late.SplitInU(c, d, 4.75), 1);
+    EXPECT_EQ(d->isDummy(), 1);
+    EXPECT_EQ(d->getBoundU(), ERLimites(4.75, 4.75));
+    // Beyond the knots the parts are carried on.
+    late.setBound(ERLimites(1.5, 6), ERLimites(-1, 2));
+    ASSERT_EQ(late.SplitInU(c, d, 5.5), 1);
+    expectNear((*c)(5.25, 0), whole(5.25, 0), 1e-11);
+    expectNear((*d)(5.75, 0), whole(5.75, 0), 1e-11);
+    EXPECT_EQ(c->knotU().first(), 1.5);
 }
 
 TEST(NurbsSurface, AdjustingCutsAndCarriesOn) {
@@ -262,12 +281,13 @@ TEST(NurbsSurface, SpanBoxesHoldTheirSpansAndOnlyThosePoles) {
             EXPECT_NEAR(boxes(i, j).ylength(), 3.0, 0.4);
         }
     }
-    ERSpoleNURBS3D unclamped = surfaceOn(open, quadratic);
-    unclamped.GetNumberOfSpans(inU, inV);
+    surfaceOn(open, quadratic).GetNumberOfSpans(inU, inV);
     EXPECT_EQ(inU, 3);
-    unclamped.scale(2);
-    unclamped.GetSpanBoxes(boxes);
-    EXPECT_EQ(boxes.rows(), 3u);
+    ERSpoleNURBS3D moved = surface;
+    moved.GetSpanBoxes(again);
+    moved.scale(2);
+    moved.GetSpanBoxes(again);
+    EXPECT_EQ(again(1, 2).MaxPoint(), boxes(1, 2).MaxPoint() * 2);
 }
 
 TEST(NurbsSurface, ContinuityIsThatOfTheKnotsEndsIncluded) {
