@@ -84,19 +84,6 @@ TEST(NurbsEdits, DomainsAreCutAndCarriedOnAsThoseOfEachLine) {
     }
 }
 
-TEST(NurbsEdits, SeveralKnotsGoInAtOnce) {
-    Random random(seed);
-    const RandomNurbs data(3, 2, random);
-    Grid once = data.poles, oneByOne = data.poles;
-    ERKnotVector knots = data.alongU.knots, knotsOneByOne = knots;
-    const ERLimites domain(data.alongU.start(), data.alongU.end());
-    const ERVec<double> inserted{domain(0.1), domain(0.4), domain(0.4), domain(0.95), domain(1)};
-    BoehmInU(once, knots, inserted);
-    for (const double u : inserted) BoehmInU(oneByOne, knotsOneByOne, u, 1);
-    EXPECT_EQ(knots.getVec(), knotsOneByOne.getVec());
-    EXPECT_LE(maxDifference(once.asVector(), oneByOne.asVector()), 1e-14);
-}
-
 TEST(NurbsEdits, OpenedDataAreClampedAndTheSameSurface) {
     Random random(seed);
     for (unsigned int degree = 1; degree < 5; ++degree) {

@@ -91,6 +91,7 @@ void derive(const double* knots, unsigned int span, unsigned int degree, const d
     }
 }
 
+// Of degree 0, or of 2 and above.
 void direct(const double* knots, unsigned int span, double u, unsigned int degree,
             unsigned int order, double* values) {
     const std::size_t n = std::size_t{degree} + 1;
@@ -104,7 +105,6 @@ void direct(const double* knots, unsigned int span, double u, unsigned int degre
     double* const derived = lower.data() + n;
     basisFunctions(knots, span, u, degree - 1, lower.data());
     derive(knots, span, degree, lower.data(), first);
-    if (degree == 1) return;
     basisFunctions(knots, span, u, degree - 2, lower.data());
     derive(knots, span, degree - 1, lower.data(), derived);
     derive(knots, span, degree, derived, second);
