@@ -192,7 +192,7 @@ public:
         KERF_CHECK_ARGUMENT(d.length() == x_.length());
         return d;
     }
-    void step() { moveAlong(x_, former_, -1.0, solution()); }
+    void step() { moveAlong(x_, x_, -1.0, solution()); }
     double stepLength() const {
         return distance(std::as_const(x_).data(), std::as_const(former_).data(), x_.length());
     }

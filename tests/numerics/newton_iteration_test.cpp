@@ -89,5 +89,40 @@ TEST(NewtonOnTheStack, VisitsTheIteratesOfTheSolverOnVectors) {
         for (const double count : statuses) EXPECT_GT(count, 0) << "a status was never tried";
 }
 
+// x^2 = 1/4 and y = 0 for x in [0, 1]: x is put back into it.
+struct Bounded : ERCNewtonM {
+    void f(double* x, double* values) {
+        x[0] = std::clamp(x[0], 0.0, 1.0);
+        values[0] = x[0] * x[0] - 0.25;
+        values[1] = x[1];
+    }
+    void fprime(double* x, double* rows) {
+        rows[0] = 2 * x[0];
+        rows[1] = rows[2] = 0.0;
+        rows[3] = 1.0;
+    }
+    ERVec<double> f(const ERVec<double>& x) override {
+        ERVec<double> values(2);
+        f(const_cast<ERVec<double>&>(x).data(), values.data());
+        return values;
+    }
+    Matrix fprime(const ERVec<double>& x) override {
+        Matrix rows(2, 2);
+        fprime(const_cast<ERVec<double>&>(x).data(), rows.data());
+        return rows;
+    }
+};
+
+TEST(NewtonOnTheStack, StepsFromWhereTheProblemHasPutX) {
+    Bounded problem;
+    double x[] = {5.0, 0.0};
+    newton::solveOnStack<2>(problem, x, 1e-12, 1, 1e-12);
+    EXPECT_EQ(x[0], 1 - 0.75 / 2);
+    ERVec<double> start(2);
+    start[0] = 5.0;
+    ERNewtonMSolver(&problem, 2, 1e-12, 1).Resoudre(start, 1e-12);
+    EXPECT_EQ(start[0], x[0]);
+}
+
 }  // namespace
 }  // namespace kerf

@@ -47,12 +47,12 @@ Status factorDerivative(Storage& storage, double size, double epsilon) {
 }
 
 /// The iteration of ERNewtonMSolver. The storage holds x, the former x, the residual and the factored
-/// derivative, and has these members:
+/// derivative. A problem may move x in evaluate() and factor(), to keep it in its domain. Members:
 ///     remember()        makes x the former x
 ///     evaluate()        computes the residual at x and returns its norm
 ///     factor()          computes and factors the derivative at x; false when it is singular
 ///     derivativeNorm()  the norm of all elements of the derivative
-///     step()            moves x from the former x by the step that factors and residual give
+///     step()            moves x by the step that factors and residual give
 ///     stepLength()      the distance of x from the former x
 ///     size()            the norm of x
 ///     isUnmoved()       whether x equals the former x exactly
@@ -87,12 +87,12 @@ public:
 
     void remember() { std::copy_n(x_, N, former_); }
     double evaluate() {
-        system_.f(static_cast<const double*>(x_), residual_);
+        system_.f(x_, residual_);
         return residualNorm();
     }
     double residualNorm() const { return norm(residual_, N); }
     bool factor() {
-        system_.fprime(static_cast<const double*>(x_), derivative_);
+        system_.fprime(x_, derivative_);
         std::copy_n(derivative_, N * N, factors_);
         int exchanges = 0;
         return eliminate<N>(factors_, order_, exchanges, singularPivot) != 0;
@@ -102,7 +102,7 @@ public:
         double step[N];
         for (unsigned int i = 0; i < N; ++i) step[i] = residual_[order_[i]];
         substitute<N>(factors_, step);
-        moveAlong(former_, -1.0, step, x_, N);
+        moveAlong(x_, -1.0, step, x_, N);
     }
     double stepLength() const { return distance(x_, former_, N); }
     double size() const { return norm(x_, N); }
@@ -126,7 +126,8 @@ struct Result {
 
 /// ERNewtonMSolver(system, N, epsilon, maxIterations).Resoudre(x, tol), on the stack.
 /// Parameter: the system has two members. f(x, values) computes the N values at x, and
-///            fprime(x, rows) the N by N derivatives row by row.
+///            fprime(x, rows) the N by N derivatives row by row. Either may take x as a double* and
+///            move it.
 template <unsigned int N, class System>
 Result solveOnStack(System& system, double (&x)[N], double epsilon, int maxIterations, double tol) {
     Result result{};
