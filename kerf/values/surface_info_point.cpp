@@ -40,6 +40,15 @@ void transformTable(ERMatrix<ERPoint3D>& table, const Transform& transform) {
 
 }  // namespace
 
+ERVector3D surfaceNormal(const ERVector3D& su, const ERVector3D& sv, const ERVector3D& suu,
+                         const ERVector3D& svv) {
+    const bool zeroU = isZero(su), zeroV = isZero(sv);
+    if (zeroU && zeroV) return ERVector3D();
+    if (zeroU) return svv.getnormalized();
+    if (zeroV) return suu.getnormalized();
+    return (su ^ sv).getnormalized();
+}
+
 struct ERInfoPoint3DSurf::FundamentalForms {
     double E, F, G;
     double L, M, N;
@@ -71,12 +80,7 @@ ERVector3D ERInfoPoint3DSurf::tangenteU() const { return derivative(1, 0); }
 ERVector3D ERInfoPoint3DSurf::tangenteV() const { return derivative(0, 1); }
 
 ERVector3D ERInfoPoint3DSurf::normale() const {
-    const ERVector3D su = tangenteU(), sv = tangenteV();
-    const bool zeroU = isZero(su), zeroV = isZero(sv);
-    if (zeroU && zeroV) return ERVector3D();
-    if (zeroU) return derivative(0, 2).getnormalized();
-    if (zeroV) return derivative(2, 0).getnormalized();
-    return (su ^ sv).getnormalized();
+    return surfaceNormal(tangenteU(), tangenteV(), derivative(2, 0), derivative(0, 2));
 }
 
 double ERInfoPoint3DSurf::courbureNormale(double du, double dv) const {

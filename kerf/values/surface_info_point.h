@@ -9,6 +9,13 @@ namespace kerf {
 
 class ERPmIsometrie3D;
 
+/// The unit normal of a surface from its derivatives: S_u ^ S_v, normalised.
+/// Degenerate: a tangent counts as zero when each component is within 1e-11. For a zero S_u the
+///             result is S_vv, for a zero S_v it is S_uu, normalised: they stand in at a pole of
+///             the parametrisation, and no limit is taken. Both zero: the zero vector.
+KERF_EXPORT ERVector3D surfaceNormal(const ERVector3D& su, const ERVector3D& sv,
+                                     const ERVector3D& suu, const ERVector3D& svv);
+
 /// A point of a surface S(u, v) and the table of its partial derivatives: row j and column i hold
 /// the derivative of order i in u and j in v, so that row 0 begins with the point, S_u and S_uu.
 /// All but the point are vectors, stored as points. Whatever reads derivatives asks for a table of
@@ -28,11 +35,7 @@ public:
     ERVector3D tangenteU() const;  ///< S_u, not normalised
     ERVector3D tangenteV() const;  ///< S_v, not normalised
 
-    /// S_u ^ S_v, normalised.
-    /// Degenerate: a tangent counts as zero when each component is within 1e-11. For a zero S_u the
-    ///             result is S_vv, for a zero S_v it is S_uu, normalised: they stand in at a pole of
-    ///             the parametrisation, and no limit is taken. Both zero: the zero vector.
-    ERVector3D normale() const;
+    ERVector3D normale() const;  ///< surfaceNormal of the table
 
     /// The curvature of the normal section in the direction du S_u + dv S_v, positive towards
     /// S_u ^ S_v.
