@@ -4,6 +4,9 @@
 #include "kerf/curves/spline/bernstein.h"
 #include "kerf/curves/spline/degree_elevation.h"
 #include "kerf/curves/spline/pole_grid.h"
+#include "kerf/surfaces/internal/nurbs_projection.h"
+#include "kerf/surfaces/internal/ray_recursion.h"
+#include "kerf/surfaces/surface_projection.h"
 
 namespace kerf {
 
@@ -26,6 +29,14 @@ void raiseAlongU(ERMatrix<Pole>& poles, unsigned int by) {
     poles.insertRow(rows, ERVec<Pole>(poles.row(rows - 1)));
     for (unsigned int i = 1; i < by; ++i) poles.insertRow(rows, ERVec<Pole>(poles.row(rows)));
     BezierIncreaseDegree(spline::doubles(poles.data()), rows, by, cols * spline::dimensionOf<Pole>);
+}
+
+ERPole3DH weighted(const ERPoint3D& p) { return ERPole3DH(p, 1.0); }
+const ERPole3DH& weighted(const ERPole3DH& pole) { return pole; }
+
+// The derivative of the ratio.
+double slopeOf(const ERLimites& range) {
+    return range.amplitude() == 0.0 ? 0.0 : 1.0 / range.amplitude();
 }
 
 }  // namespace
@@ -158,6 +169,64 @@ auto BezierSurface<Surface, Pole>::cutInV(double v) const -> Halves {
     halves.first->redefineDomainV(ERLimites(this->vdeb(), v));
     halves.second->redefineDomainV(ERLimites(v, this->vfin()));
     return halves;
+}
+
+// Feet and rays. Seeds and derivatives are those of the NURBS surface of the same poles.
+
+template <class Surface, class Pole>
+const ERSpoleNURBS3D& BezierSurface<Surface, Pole>::unitForm() const {
+    std::shared_ptr<PoleSurfaceProjectionData>& data = this->projectionData();
+    if (data == nullptr) data = std::make_shared<PoleSurfaceProjectionData>();
+    if (data->unitForm == nullptr) {
+        ERMatrix<ERPole3DH> poles(this->nbPolesU(), this->nbPolesV());
+        ERPole3DH* const to = poles.data();
+        const Pole* const from = this->poles_.data();
+        for (unsigned int i = 0; i < poles.length(); ++i) to[i] = weighted(from[i]);
+        const ERLimites unit(0.0, 1.0);
+        data->unitForm = std::make_unique<ERSpoleNURBS3D>(poles, ERKnotVector(degreeU(), unit),
+                                                          ERKnotVector(degreeV(), unit));
+    }
+    return *data->unitForm;
+}
+
+template <class Surface, class Pole>
+int BezierSurface<Surface, Pole>::ProjectionNormale(const ERPoint3D& p, double tolerance,
+                                                    ERPoint2D& uv, int flag) const {
+    ERPoint2D st;
+    if (this->isDummy() != 0 || !NurbsProjection(p, tolerance, flag).projectWhole(unitForm(), st))
+        return 0;
+    uv = ERPoint2D(this->currentU_(st.x()), this->currentV_(st.y()));
+    return 1;
+}
+
+template <class Surface, class Pole>
+int BezierSurface<Surface, Pole>::ReajustProjection(ERPoint3D& p, ERPoint2D& uv, int flag) const {
+    return this->isDummy() != 0 ? 0 : improveFoot(static_cast<const Surface&>(*this), p, uv, flag);
+}
+
+template <class Surface, class Pole>
+void BezierSurface<Surface, Pole>::derivativesAt(double u, double v, SurfaceDerivatives& at) const {
+    at = SurfaceDerivatives();
+    if (this->isDummy() != 0) return;
+    unitForm().derivativesAt(ratioIn(this->naturalU_, u), ratioIn(this->naturalV_, v), at);
+    const double byU = slopeOf(this->naturalU_), byV = slopeOf(this->naturalV_);
+    at.u *= byU;
+    at.v *= byV;
+    at.uu *= byU * byU;
+    at.uv *= byU * byV;
+    at.vv *= byV * byV;
+}
+
+template <class Surface, class Pole>
+void BezierSurface<Surface, Pole>::ProjectPoint(const ERPoint3D& p, ERRaySurfaceResult& result,
+                                                int) const {
+    ray::Recursion(*this, p, result).add(this->poles_, this->currentU_, this->currentV_);
+}
+
+template <class Surface, class Pole>
+void BezierSurface<Surface, Pole>::ProjectPoint(const ERPoint3D& p, const ERVector3D& direction,
+                                                ERRaySurfaceResult& result, int) const {
+    ray::Recursion(*this, p, direction, result).add(this->poles_, this->currentU_, this->currentV_);
 }
 
 template class BezierSurface<ERSpoleBezier3D, ERPoint3D>;

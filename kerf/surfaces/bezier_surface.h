@@ -11,6 +11,8 @@ class ERCpoleBezier3D;
 class ERCpoleBezier3DR;
 class ERSpoleBezier3D;
 class ERSpoleBezier3DR;
+class ERSpoleNURBS3D;
+struct SurfaceDerivatives;
 
 /// What both Bézier surfaces share. The poles mean the unit square: with s and t the ratios of u and v
 /// in a pair of ranges, the surface is the sum of B_i(s) B_j(t) P_ij, divided by its weight where poles
@@ -28,6 +30,7 @@ class KERF_EXPORT BezierSurface : public PoleSurface<Surface, Pole> {
 public:
     using typename Base::Half;
 
+    using ERAnyBoundedSurface::ProjectionNormale;
     using ERAnyBoundedSurface::PtCur;
     using ERAnyBoundedSurface::operator();
 
@@ -47,6 +50,19 @@ public:
     /// Kept: the grid covers the whole unit square of the poles, whatever the current ranges are.
     const ERMatrix<ERPoint3D>& getMatricePoint(unsigned int nU, unsigned int nV) override;
 
+    /// The nearest of some hundred points of the surface of all poles, polished by ReajustProjection on
+    /// the unit square, for a point that is no farther from the box of the poles than the tolerance and
+    /// 0.2 in each coordinate.
+    int ProjectionNormale(const ERPoint3D& p, double tolerance, ERPoint2D& uv,
+                          int flag) const override;
+    int ReajustProjection(ERPoint3D& p, ERPoint2D& uv, int flag) const override;
+    /// Appends the points on the ray: see ray_projection.h.
+    void ProjectPoint(const ERPoint3D& p, ERRaySurfaceResult& result, int flag) const override;
+    void ProjectPoint(const ERPoint3D& p, const ERVector3D& direction, ERRaySurfaceResult& result,
+                      int flag) const override;
+    /// The true derivatives, of what PtCur evaluates.
+    void derivativesAt(double u, double v, SurfaceDerivatives& at) const;
+
     /// Cuts the poles to the current ranges, which become the natural ones; beyond the natural ranges
     /// the polynomials go on.
     void adjust() override;
@@ -62,6 +78,9 @@ protected:
     using typename Base::Halves;
     Halves cutInU(double u) const override;
     Halves cutInV(double v) const override;
+
+private:
+    const ERSpoleNURBS3D& unitForm() const;  // the poles over the unit square
 };
 
 /// An integral Bézier surface.

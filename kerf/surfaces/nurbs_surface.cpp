@@ -9,6 +9,7 @@
 #include "kerf/curves/spline/pole_grid.h"
 #include "kerf/surfaces/bezier_patches.h"
 #include "kerf/surfaces/nurbs_edits.h"
+#include "kerf/surfaces/surface_projection.h"
 
 namespace kerf {
 
@@ -140,6 +141,23 @@ ERInfoPoint3DSurf ERSpoleNURBS3D::PtCur(double u, double v) const {
                 *to++ = ERPoint3D(table[i][j][0], table[i][j][1], table[i][j][2]);
     }
     return ERInfoPoint3DSurf(ERPoint2D(u, v), derivatives);
+}
+
+void ERSpoleNURBS3D::derivativesAt(double u, double v, SurfaceDerivatives& at) const {
+    at = SurfaceDerivatives();
+    if (isDummy() != 0) return;
+    double table[3][3][dim];
+    evaluate<3>(u, v, &table[0][0][0]);
+    spline::divideByWeight(table);
+    const auto entry = [&](unsigned int i, unsigned int j) {
+        return ERPoint3D(table[i][j][0], table[i][j][1], table[i][j][2]);
+    };
+    at.point = entry(0, 0);
+    at.u = entry(1, 0);
+    at.v = entry(0, 1);
+    at.uu = entry(2, 0);
+    at.uv = entry(1, 1);
+    at.vv = entry(0, 2);
 }
 
 ERPoint3D ERSpoleNURBS3D::operator()(double u, double v) const {

@@ -7,7 +7,13 @@
 // Rational B-spline surfaces.
 namespace kerf {
 
+namespace ray {
+class Recursion;
+}
+
 class ERCpoleNURBS3D;
+class NurbsProjection;
+struct SurfaceDerivatives;
 class Nurbs3DToBezier3DRDecomposer;
 
 /// A NURBS surface: homogeneous poles, and for each direction a knot vector of their number + degree
@@ -59,6 +65,25 @@ public:
     void adjust() override;
     void reverse() override;
 
+    /// The nearest foot of a point that is no farther from the box of the poles than the tolerance says,
+    /// by 1.1 times it and 0.001 in each coordinate.
+    ///
+    /// The surface is halved until its poles lie within 2 of a plane, or 1e-12 of the largest
+    /// coordinate, and the longest lines of poles in u and v are at most twice as long as each other. On
+    /// each part the nearest of some thousand points is polished by ReajustProjection. Where the poles
+    /// of a part lie within 0.001 of a plane, points outside their hull have no foot on it.
+    /// Degenerate: not found is what ReajustProjection refuses on its part. On a surface with weights
+    ///             that are not positive the box is no bound.
+    /// Storage:    halves and points are kept until the surface changes, up to 64 MiB.
+    int ProjectionNormale(const ERPoint3D& p, double tolerance, ERPoint2D& uv,
+                          int flag) const override;
+    int ReajustProjection(ERPoint3D& p, ERPoint2D& uv, int flag) const override;
+    /// Appends the points on the ray patch by patch: see ray_projection.h.
+    void ProjectPoint(const ERPoint3D& p, ERRaySurfaceResult& result, int flag) const override;
+    void ProjectPoint(const ERPoint3D& p, const ERVector3D& direction, ERRaySurfaceResult& result,
+                      int flag) const override;
+    void derivativesAt(double u, double v, SurfaceDerivatives& at) const;  ///< as PtCur gives them
+
     /// 1 when the derivatives up to that order are continuous at all knots.
     /// Kept: first and last knot take part, so that clamped knots give 0 from order 0 on.
     int IsContinuous(int order) const override;
@@ -89,11 +114,13 @@ protected:
 
 private:
     friend class PoleSurface<ERSpoleNURBS3D, ERPole3DH>;
+    friend class NurbsProjection;
 
     static auto fields(auto& self) { return std::tie(self.poles_, self.knotsU_, self.knotsV_); }
     bool fits() const;
     void becomeDummy();
 
+    void projectAlong(ray::Recursion& rays) const;
     // The poles of the iso curve for the functions along u.
     void sumRows(spline::BasisValues& basis, double* line) const;
     template <unsigned int Orders>

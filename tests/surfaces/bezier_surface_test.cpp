@@ -24,7 +24,7 @@ Surface randomSurface(unsigned int rows, unsigned int cols, const ERLimites& u =
 }
 
 std::vector<SurfaceSample> surfaces() {
-    constexpr unsigned int all = BoxIsLarge | NoFoot | NoRay;
+    constexpr unsigned int all = BoxIsLarge;
     constexpr unsigned int ranged = all | SecondDerivativesDiffer;
     return {
         surfaceSample("Bicubic", randomSurface<ERSpoleBezier3D>(4, 4), all),

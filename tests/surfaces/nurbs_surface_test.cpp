@@ -24,7 +24,7 @@ const ERKnotVector quadratic = knots(2, {-1, -1, -1, 0, 0.5, 0.5, 2, 2, 2});
 const ERKnotVector open = knots(2, {0, 1, 2, 3.25, 4, 4.5, 7, 11});
 
 std::vector<SurfaceSample> surfaces() {
-    constexpr unsigned int all = BoxIsLarge | NoFoot | NoRay;
+    constexpr unsigned int all = BoxIsLarge;
     ERSpoleNURBS3D trimmed = surfaceOn(cubic, quadratic);
     trimmed.setBound(ERLimites(2.5, 4.5), ERLimites(-0.5, 1));
     return {

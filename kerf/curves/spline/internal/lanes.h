@@ -1,7 +1,7 @@
 #pragma once
 #include <cstring>
 
-// Sums of weighted poles in two vector registers. GCC at our level of optimisation leaves such loops
+// Arithmetic on two doubles in a vector register, for sums of weighted poles. GCC at our level of optimisation leaves such loops
 // scalar; the arithmetic is the same, bit for bit, on compilers without vector types.
 namespace kerf::spline {
 
@@ -12,10 +12,17 @@ inline TwoDoubles twice(double x) { return TwoDoubles{x, x}; }
 struct TwoDoubles {
     double a, b;
     friend TwoDoubles operator*(TwoDoubles x, TwoDoubles y) { return {x.a * y.a, x.b * y.b}; }
+    friend TwoDoubles operator/(TwoDoubles x, TwoDoubles y) { return {x.a / y.a, x.b / y.b}; }
     friend TwoDoubles operator+(TwoDoubles x, TwoDoubles y) { return {x.a + y.a, x.b + y.b}; }
 };
 inline TwoDoubles twice(double x) { return {x, x}; }
 #endif
+
+inline TwoDoubles loadTwo(const double* from) {
+    TwoDoubles two;
+    std::memcpy(&two, from, sizeof two);
+    return two;
+}
 
 /// x, y, z and w of a homogeneous pole.
 struct FourDoubles {
