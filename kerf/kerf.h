@@ -89,6 +89,7 @@
 #include "kerf/surfaces/mesh_sink.h"
 #include "kerf/surfaces/nurbs_edits.h"
 #include "kerf/surfaces/nurbs_surface.h"
+#include "kerf/surfaces/offset_surface.h"
 #include "kerf/surfaces/older_surfaces.h"
 #include "kerf/surfaces/plane.h"
 #include "kerf/surfaces/pole_surface.h"

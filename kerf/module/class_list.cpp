@@ -30,6 +30,7 @@
 #include "kerf/surfaces/cone.h"
 #include "kerf/surfaces/cylinder.h"
 #include "kerf/surfaces/nurbs_surface.h"
+#include "kerf/surfaces/offset_surface.h"
 #include "kerf/surfaces/plane.h"
 #include "kerf/surfaces/sphere.h"
 #include "kerf/surfaces/surface.h"
@@ -119,6 +120,8 @@ const ERClassRegistration* const classes[] = {
     ERSpoleBezier3DR::desc(),
     ERSpoleNURBS3D::desc(),
     ERSpoleRep::desc(),
+    EROffsetSurface::desc(),
+    EROffsetSurfaceIsoParam::desc(),
     ERSurface::desc(),
     ERSurfaceBasedOnTransfo3D::desc(),
     ERTorus::desc(),

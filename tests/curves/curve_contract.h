@@ -31,6 +31,9 @@ enum ContractExceptions : unsigned int {
     ProjectionIsAnotherKind = 256,  ///< get2DEntProjectedOn gives no curve of the same parameter
     CountIsIgnored = 512,           ///< kept: approxime gives the ends whatever the count
     LengthErrorsAddUp = 1024,       ///< the tolerance of a length is for each of a few pieces
+    FirstDerivativeDiffers = 2048,  ///< kept: PtCur's derivatives are those of another curve
+    ReversingDoesNothing = 4096,    ///< kept: reverse leaves the direction of travel
+    BoxIsOfPoints = 8192,           ///< kept: the curve may reach a little out of its box
 };
 
 template <class Space>
