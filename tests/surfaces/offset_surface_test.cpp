@@ -1,6 +1,7 @@
 #include "kerf/surfaces/offset_surface.h"
 
 #include "kerf/curves/nurbs_curve.h"
+#include "kerf/surfaces/bounded_cylinder.h"
 #include "kerf/surfaces/ray_result.h"
 #include "kerf/values/box.h"
 #include "kerf/values/carried_frame.h"
@@ -246,6 +247,31 @@ TEST(OffsetSurface, ReversingAStubbornBaseGoesToTheOtherSide) {
     EXPECT_NEAR(fromAxis(tilted, surface(2, 1)), 1.0, 1e-13);
     EXPECT_NEAR(fromAxis(tilted, surface.getMatricePoint(4, 3)(1, 2)), 1.0, 1e-13);
     EXPECT_EQ(surface.getOffsetIndicator(), outwards);
+}
+
+// The height of a cylinder is a length, and moves with it.
+TEST(OffsetSurface, IsoCurvesMoveWithTheRangesOfTheirBase) {
+    const ERBoundedCylinder cylinder(tilted, 3.0, ERLimites(1, 5), ERLimites(0.2, 1.7));
+    const EROffsetSurface surface(cylinder, 2, outwards);
+    for (const ERPmSimilitude3D& t : similitudes()) {
+        const t_SmartPtr<ERFiniteEntity3DWF> around = surface.getEntityIsoU(2.5);
+        const t_SmartPtr<ERFiniteEntity3DWF> along = surface.getEntityIsoV(1.1);
+        around->transformFrom(t);
+        along->transformTo(t);
+        for (const double s : {0.0, 0.3, 1.0}) {
+            expectNear((*around)(around->getBound()(s)), t >> surface(2.5, surface.getBoundV()(s)),
+                       1e-12);
+            expectNear((*along)(along->getBound()(s)), t << surface(surface.getBoundU()(s), 1.1),
+                       1e-12);
+        }
+    }
+    // Kept: a negative factor turns the cylinder's normals over, and the distance changes its sign.
+    EROffsetSurface scaled(surface);
+    scaled.getMatricePoint(4, 3);
+    scaled.scale(-2);
+    const ERPmIsometrie3D frame = ERTranslation3D(tilted.origine() * -3.0) * tilted;
+    EXPECT_NEAR(fromAxis(frame, scaled(scaled.udeb(), 1)), 2.0, 1e-12);
+    EXPECT_NEAR(fromAxis(frame, scaled.getMatricePoint(4, 3)(2, 1)), 2.0, 1e-12);
 }
 
 // Where the line through p along Z meets the cylinder of that radius about the axis of the frame
