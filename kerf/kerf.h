@@ -95,6 +95,7 @@
 #include "kerf/surfaces/pole_surface.h"
 #include "kerf/surfaces/ray_projection.h"
 #include "kerf/surfaces/ray_result.h"
+#include "kerf/surfaces/revolution.h"
 #include "kerf/surfaces/sphere.h"
 #include "kerf/surfaces/surface.h"
 #include "kerf/surfaces/surface_projection.h"

@@ -32,6 +32,7 @@
 #include "kerf/surfaces/nurbs_surface.h"
 #include "kerf/surfaces/offset_surface.h"
 #include "kerf/surfaces/plane.h"
+#include "kerf/surfaces/revolution.h"
 #include "kerf/surfaces/sphere.h"
 #include "kerf/surfaces/surface.h"
 #include "kerf/surfaces/torus.h"
@@ -122,6 +123,7 @@ const ERClassRegistration* const classes[] = {
     ERSpoleRep::desc(),
     EROffsetSurface::desc(),
     EROffsetSurfaceIsoParam::desc(),
+    ERSurOfRevolution::desc(),
     ERSurface::desc(),
     ERSurfaceBasedOnTransfo3D::desc(),
     ERTorus::desc(),

@@ -29,6 +29,7 @@ enum SurfaceExceptions : unsigned int {
     NoFoot = 256,                       ///< kept: ProjectionNormale finds nothing
     NoRay = 512,                        ///< rays find nothing
     GridIsOfTheUnitSquare = 1024,       ///< kept: getMatricePoint takes the natural rectangle
+    PartsHaveOtherParameters = 2048,    ///< the parts of a split have ranges of their own
 };
 
 struct SurfaceSample {
