@@ -1,10 +1,12 @@
 #include "kerf/surfaces/offset_surface.h"
 
 #include "kerf/curves/nurbs_curve.h"
+#include "kerf/curves/segment.h"
 #include "kerf/surfaces/bounded_cylinder.h"
+#include "kerf/surfaces/nurbs_surface.h"
 #include "kerf/surfaces/ray_result.h"
+#include "kerf/surfaces/revolution.h"
 #include "kerf/values/box.h"
-#include "kerf/values/carried_frame.h"
 #include "kerf/values/info_point.h"
 #include "kerf/values/surface_info_point.h"
 #include "tests/curves/curve_contract.h"
@@ -14,110 +16,20 @@
 namespace kerf::test {
 namespace {
 
-// A tube about the Z axis of its frame, u along the axis and v the angle, whose normal points inwards.
-// Its reversal exchanges the parameters. The iso curves are none: nothing here may ask for them.
-class Tube : public ERBoundedSurface, public ERSurfaceBasedOnTransfo3D {
-    ER_OBJECT_CLASS(Tube);
-    ER_STORED_CLASS(Tube);
-
-public:
-    Tube() = default;
-    Tube(const ERPmIsometrie3D& frame, double radius, const ERLimites& u, const ERLimites& v)
-        : ERBoundedSurface(u, v), ERSurfaceBasedOnTransfo3D(frame), radius_(radius) {}
-
-    ERInfoPoint3DSurf PtCur(double u, double v) const override {
-        if (exchanged_ != 0) std::swap(u, v);
-        const auto vector = [&](double x, double y, double z) {
-            return axes()(x * size_, y * size_, z * size_);
-        };
-        const double x = radius_ * std::cos(v), y = radius_ * std::sin(v);
-        ERMatrix<ERPoint3D> table(3, 3, ERPoint3D());
-        table(0, 0) = vector(x, y, u) + origin();
-        table(0, 1) = vector(0, 0, 1);
-        table(1, 0) = vector(-y, x, 0);
-        table(2, 0) = vector(-x, -y, 0);
-        return exchanged_ != 0 ? ERInfoPoint3DSurf({v, u}, table.transposed())
-                               : ERInfoPoint3DSurf({u, v}, table);
-    }
-    ERMinimax3D getBox() const override { return ERMinimax3D(); }
-    t_SmartPtr<ERFiniteEntity3DWF> getEntityIsoU(double) const override { return {}; }
-    t_SmartPtr<ERFiniteEntity3DWF> getEntityIsoV(double) const override { return {}; }
-    double upperEstimateInU() const override { return 5.0; }
-    double upperEstimateInV() const override { return 7.0; }
-    using ERAnyBoundedSurface::SplitInU;
-    using ERAnyBoundedSurface::SplitInV;
-    int SplitInU(t_SmartPtr<ERAnyBoundedSurface>& a, t_SmartPtr<ERAnyBoundedSurface>& b,
-                 double u) const override {
-        a = part(ERLimites(udeb(), u), getBoundV());
-        b = part(ERLimites(u, ufin()), getBoundV());
-        return 1;
-    }
-    int SplitInV(t_SmartPtr<ERAnyBoundedSurface>& a, t_SmartPtr<ERAnyBoundedSurface>& b,
-                 double v) const override {
-        a = part(getBoundU(), ERLimites(vdeb(), v));
-        b = part(getBoundU(), ERLimites(v, vfin()));
-        return 1;
-    }
-    int IsContinuous(int order) const override { return order < 2; }
-    void scale(double factor) override {
-        ERAnyBoundedSurface::scale(factor);
-        ERSurfaceBasedOnTransfo3D::scale(factor);
-        size_ *= factor;
-    }
-    void translate(const ERPoint3D& t) override {
-        ERAnyBoundedSurface::translate(t);
-        ERSurfaceBasedOnTransfo3D::translate(t);
-    }
-    void transformFrom(const ERPmSimilitude3D& t) override {
-        ERSurfaceBasedOnTransfo3D::transformFrom(t);
-        size_ *= std::fabs(t.getFactHomo());
-    }
-    void transformFrom(const ERPmIsometrie3D& t) override {
-        ERSurfaceBasedOnTransfo3D::transformFrom(t);
-    }
-    void transformTo(const ERPmSimilitude3D& t) override {
-        ERSurfaceBasedOnTransfo3D::transformTo(t);
-        size_ /= std::fabs(t.getFactHomo());
-    }
-    void transformTo(const ERPmIsometrie3D& t) override {
-        ERSurfaceBasedOnTransfo3D::transformTo(t);
-    }
-    void reverse() override {
-        ERBoundedSurface::reverse();
-        exchanged_ = 1 - exchanged_;
-    }
-    void CleanUpTemporaries(int) override { ++cleanings; }
-    void printOn(std::ostream& os) const override { ERBoundedSurface::printOn(os); }
-
-    int cleanings = 0;
-
-private:
-    static auto fields(auto& self) { return std::tie(self.radius_, self.size_, self.exchanged_); }
-    Tube* part(const ERLimites& u, const ERLimites& v) const {
-        Tube* const tube = new Tube(*this);
-        tube->setBound(u, v);
-        tube->adjust();
-        return tube;
-    }
-
-    double radius_ = 1.0, size_ = 1.0;
-    int exchanged_ = 0;
-};
-
-ER_DEFINE_CLASS(Tube, ERBoundedSurface, ERSurfaceBasedOnTransfo3D)
-ER_DEFINE_STORED_CLASS(Tube, ERBoundedSurface, ERSurfaceBasedOnTransfo3D)
-
-// As the surfaces whose points reverse() leaves where they are.
-class StubbornTube : public Tube {
-public:
-    explicit StubbornTube(const Tube& tube) : Tube(tube) {}
-    StubbornTube* getCopy() const override { return new StubbornTube(*this); }
-    void reverse() override { setDirty(); }
-};
+// A tube about the Z axis of a frame, u along the axis and v the angle, whose normal points inwards.
+ERSpoleNURBS3D tube(const ERPmIsometrie3D& frame, double radius, const ERLimites& u,
+                    const ERLimites& v) {
+    ERCpoleNURBS3D line =
+        ERSegment3D({radius, 0, u.start()}, {radius, 0, u.end()}).ConvertToNurbs();
+    line.reparametrize(u);
+    ERSpoleNURBS3D surface = CreateSurfOfRevolutionAxeZ1(line, v.start(), v.end());
+    surface.transformFrom(frame);
+    return surface;
+}
 
 const ERPmIsometrie3D tilted = ERChgRepere3D(ERVector3D(1, 2, 2), ERPoint3D(3, -1, 2));
-const Tube quarter(tilted, 3, ERLimites(1, 5), ERLimites(0.2, 1.7));
-const Tube turn(ERPmIsometrie3D(), 3, ERLimites(-1, 5), ERLimites(0, twoPi));
+const ERSpoleNURBS3D quarter = tube(tilted, 3, ERLimites(1, 5), ERLimites(0.2, 1.7));
+const ERSpoleNURBS3D turn = tube(ERPmIsometrie3D(), 3, ERLimites(-1, 5), ERLimites(0, twoPi));
 
 // The distance of a point from the axis of a tube.
 double fromAxis(const ERPmIsometrie3D& frame, const ERPoint3D& p) {
@@ -130,6 +42,7 @@ const ERVector3D outwards = tilted >> ERVector3D(std::cos(0.95), std::sin(0.95),
 const EROffsetSurface outside(quarter, 2, outwards);
 const EROffsetSurface inside(quarter, 1.25, -outwards);
 const EROffsetSurface twice(outside, 0.5, outwards);
+const ERBoundedCylinder cylinder(tilted, 3.0, ERLimites(1, 5), ERLimites(0.2, 1.7));
 const EROffsetSurface wholeTurn(turn, 0.5, ERVector3D(-1, 0.1, 0));
 
 constexpr unsigned int offsets =
@@ -142,7 +55,7 @@ INSTANTIATE_TEST_SUITE_P(
                       surfaceSample("ofAnOffset", twice, offsets),
                       surfaceSample("wholeTurn", wholeTurn, offsets | BoxIsLarge),
                       surfaceSample("leftHanded",
-                                    EROffsetSurface(Tube(tilted* ERSymetrie3D(Coord3D::CoordX), 2,
+                                    EROffsetSurface(tube(tilted* ERSymetrie3D(Coord3D::CoordX), 2,
                                                          ERLimites(0, 2), ERLimites(0, 1)),
                                                     1, ERVector3D(1, 2, 1)),
                                     offsets)),
@@ -198,15 +111,20 @@ TEST(OffsetSurface, DerivativesAreThoseOfTheBase) {
     const t_SmartPtr<ERFiniteEntity3DWF> around = outside.getEntityIsoU(2);
     EXPECT_EQ(around->PtCur(1).tangente(), base.tangenteV());
     EXPECT_EQ(around->PtCur(1).secondDerivative(), base.derivatives()(2, 0).asVector3D());
-    EXPECT_EQ(outside.upperEstimateInU(), 5.0);
-    EXPECT_EQ(outside.upperEstimateInV(), 7.0);
-    EXPECT_EQ(outside.IsContinuous(1), 1);
-    EXPECT_EQ(outside.IsContinuous(2), 0);
+    EXPECT_EQ(outside.upperEstimateInU(), quarter.upperEstimateInU());
+    EXPECT_EQ(outside.upperEstimateInV(), quarter.upperEstimateInV());
+    EXPECT_EQ(outside.IsContinuous(0), quarter.IsContinuous(0));
+    ERVec<double> jumps, jumpsOfBase;
+    wholeTurn.GetDiscontinuitiesV(1, jumps);
+    turn.GetDiscontinuitiesV(1, jumpsOfBase);
+    EXPECT_EQ(jumps, jumpsOfBase);
+    EXPECT_GT(jumps.length(), 0u);
 }
 
 // Ten points of a turn lie 40 degrees apart: none at 90, 180 or 270 degrees.
 TEST(OffsetSurface, BoxIsThatOfTenByTenPoints) {
-    const ERMinimax3D box = wholeTurn.getBox();
+    const ERBoundedCylinder whole(ERPmIsometrie3D(), 3, ERLimites(-1, 5), ERLimites(0, twoPi));
+    const ERMinimax3D box = EROffsetSurface(whole, 0.5, ERVector3D(-1, 0.1, 0)).getBox();
     const double r = 3.5, degree = pi / 180;
     EXPECT_NEAR(box.xmax(), r, 1e-13);
     EXPECT_NEAR(box.xmin(), -r * std::cos(20 * degree), 1e-13);
@@ -215,12 +133,12 @@ TEST(OffsetSurface, BoxIsThatOfTenByTenPoints) {
 }
 
 TEST(OffsetSurface, SharesABaseOnTheHeapAndCopiesAnother) {
-    const t_SmartPtr<Tube> tube(new Tube(quarter));
-    EROffsetSurface shared(tube.getObject(), 2, outwards);
-    EROffsetSurface own(*tube, 2, outwards);
-    EXPECT_EQ(shared.getBaseSurface(), tube.getObject());
-    EXPECT_EQ(shared.getEquivSurface(17.0), tube.getObject());
-    EXPECT_FALSE(own.getBaseSurface() == tube.getObject());
+    const t_SmartPtr<ERSpoleNURBS3D> base(new ERSpoleNURBS3D(quarter));
+    EROffsetSurface shared(base.getObject(), 2, outwards);
+    EROffsetSurface own(*base, 2, outwards);
+    EXPECT_EQ(shared.getBaseSurface(), base.getObject());
+    EXPECT_EQ(shared.getEquivSurface(17.0), base.getObject());
+    EXPECT_FALSE(own.getBaseSurface() == base.getObject());
 
     const t_SmartPtr<ERFiniteEntity3DWF> seen = shared.getEntityIsoU(2);
     const t_SmartPtr<ERFiniteEntity3DWF> moved = shared.getEntityIsoU(2);
@@ -230,18 +148,16 @@ TEST(OffsetSurface, SharesABaseOnTheHeapAndCopiesAnother) {
     EXPECT_EQ(shared(2, 1), before);
     shared.translate(by);
     expectNear(shared(2, 1), before + by, 1e-13);
-    expectNear((*tube)(2, 1), quarter(2, 1) + by, 1e-13);
+    expectNear((*base)(2, 1), quarter(2, 1) + by, 1e-13);
     expectNear((*seen)(1), before + by, 1e-13);
     expectNear((*moved)(1), before + by, 1e-13);
     EXPECT_EQ(copy(2, 1), before);
     EXPECT_EQ(own(2, 1), before);
-    shared.CleanUpTemporaries(-1);
-    EXPECT_EQ(tube->cleanings, 1);
 }
 
-// Kept: the distance changes its sign whatever the base does.
-TEST(OffsetSurface, ReversingAStubbornBaseGoesToTheOtherSide) {
-    EROffsetSurface surface(StubbornTube(quarter), 2, outwards);
+// Kept: the distance changes its sign, but not the normals of a cylinder.
+TEST(OffsetSurface, ReversingOverACylinderGoesToTheOtherSide) {
+    EROffsetSurface surface(cylinder, 2, outwards);
     surface.getMatricePoint(4, 3);
     surface.reverse();
     EXPECT_NEAR(fromAxis(tilted, surface(2, 1)), 1.0, 1e-13);
@@ -251,7 +167,6 @@ TEST(OffsetSurface, ReversingAStubbornBaseGoesToTheOtherSide) {
 
 // The height of a cylinder is a length, and moves with it.
 TEST(OffsetSurface, IsoCurvesMoveWithTheRangesOfTheirBase) {
-    const ERBoundedCylinder cylinder(tilted, 3.0, ERLimites(1, 5), ERLimites(0.2, 1.7));
     const EROffsetSurface surface(cylinder, 2, outwards);
     for (const ERPmSimilitude3D& t : similitudes()) {
         const t_SmartPtr<ERFiniteEntity3DWF> around = surface.getEntityIsoU(2.5);
@@ -302,7 +217,7 @@ TEST(OffsetSurface, LinesAlongZMeetItWhereTheyMeetTheCylinder) {
         const auto any = [&] { return ERVector3D(unit(random), unit(random), unit(random)); };
         const ERPmIsometrie3D frame = ERChgRepere3D(any(), any(), ERPoint3D(any() * 5.0));
         const ERLimites u(0, 6), v(0.5, 5.5);
-        const EROffsetSurface surface(Tube(frame, 2, u, v), 0.7,
+        const EROffsetSurface surface(tube(frame, 2, u, v), 0.7,
                                       frame >> ERVector3D(std::cos(3.0), std::sin(3.0), 0));
         const ERPoint3D p = (frame >> ERPoint3D(0, 0, 3)) + any() * 3.0;
         const std::vector<double> expected = heightsOnCylinder(frame, 2.7, u, v, p);
@@ -327,13 +242,15 @@ TEST(OffsetSurface, LinesAlongZMeetItWhereTheyMeetTheCylinder) {
 
 // Seen edge on, every part in the direction of view lies under the line.
 TEST(OffsetSurface, LinesWithinTheSurfaceEnd) {
-    const EROffsetSurface wall(Tube(ERPmIsometrie3D(), 1e7, ERLimites(0, 1e8), ERLimites(0, 3)), 1,
-                               ERVector3D(0, 1, 0));
+    const ERLimites v(0, 3);
+    const ERVector3D sideways(0, 1, 0);
+    const EROffsetSurface wall(ERBoundedCylinder(ERPmIsometrie3D(), 1e7, ERLimites(0, 1e8), v), 1,
+                               sideways);
     ERRaySurfaceResult result;
     wall.ProjectPoint(wall(3, 1.3), result, 0);
     EXPECT_EQ(result.entries(), 0u);
-    const EROffsetSurface huge(Tube(ERPmIsometrie3D(), 1e300, ERLimites(0, 1e300), ERLimites(0, 3)),
-                               1, ERVector3D(0, 1, 0));
+    const EROffsetSurface huge(ERBoundedCylinder(ERPmIsometrie3D(), 1e300, ERLimites(0, 1e300), v),
+                               1, sideways);
     huge.ProjectPoint(ERPoint3D(1e300, 0, 0), result, 0);
 }
 
@@ -383,7 +300,7 @@ TEST(OffsetSurface, RestoredSurfacesNestAHundredDeep) {
     const TemporaryFile place;
     ERObjectDataBase base;
     ASSERT_EQ(base.Open(place.path(), 0), 1);
-    t_SmartPtr<ERAnyBoundedSurface> chain(new Tube(quarter));
+    t_SmartPtr<ERAnyBoundedSurface> chain(new ERSpoleNURBS3D(quarter));
     for (int i = 0; i < 130; ++i) chain = new EROffsetSurface(chain.getObject(), 0.01, outwards);
     ASSERT_NE(chain->Save(&base), 0);
     const t_SmartPtr<ERObject> restored = base.RetrieveAndCreate(chain->getObjectID());
