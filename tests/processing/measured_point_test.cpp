@@ -26,19 +26,17 @@ TEST(MeasuredPoint, LeadsOutOfTheMaterial) {
 }
 
 TEST(MeasuredPoint, ListsMoveBothPointsAndLeaveTheirSharers) {
-    ERSimpleVec<ERCMMPoint> points(3), shared;
-    for (unsigned int i = 0; i < 3; ++i) points.data()[i] = sample;
-    shared = points;
+    ERSimpleVec<ERCMMPoint> points(2);
+    for (unsigned int i = 0; i < 2; ++i) points.data()[i] = sample;
+    const ERSimpleVec<ERCMMPoint> shared = points;
     scale(points, 2.0);
     TransformFrom(points,
                   ERTranslation3D(ERPoint3D(1, 1, 1)) * ERRotation3D(Coord3D::CoordZ, pi / 2));
-    for (unsigned int i = 0; i < 3; ++i) {
-        const ERCMMPoint& point = std::as_const(points)[i];
-        expectNear(point.probe_center(), ERPoint3D(-3, 3, 7));
-        expectNear(point.pretouch_point(), ERPoint3D(-9, 9, 14));
-        EXPECT_EQ(point.id(), 70000);
-        expectPoint(std::as_const(shared)[i], {1, 2, 3}, {4, 5, 6.5}, 70000);
-    }
+    const ERCMMPoint& last = points[1];
+    expectNear(last.probe_center(), ERPoint3D(-3, 3, 7));
+    expectNear(last.pretouch_point(), ERPoint3D(-9, 9, 14));
+    EXPECT_EQ(last.id(), 70000);
+    expectPoint(shared[1], {1, 2, 3}, {4, 5, 6.5}, 70000);
 }
 
 TEST(MeasuredPoint, HasItsFormsInFilesAndArchives) {
@@ -72,22 +70,21 @@ TEST(MeasuredPoint, HasItsFormsInFilesAndArchives) {
 }
 
 TEST(MeasuredPoint, ReadsItsPrintedFormButNotTheId) {
-    EXPECT_EQ(printed(sample), "CMM Point  [1,2,3] pretouch=[4,5,6.5]\n");
     EXPECT_EQ(printed(sample, 4), "CMM Point  [   1,   2,   3] pretouch=[   4,   5, 6.5]\n");
-    std::istringstream text(printed(sample, 4) + printed(sample));
+    std::istringstream text(printed(sample, 4) + "CMM Point  [1,2,3] pretouch=[4,5,7]\n");
     ERCMMPoint point(ERPoint3D(), ERPoint3D(), 5);
-    for (int i = 0; i < 2; ++i) {
-        text >> point;
-        EXPECT_TRUE(text);
-        expectPoint(point, {1, 2, 3}, {4, 5, 6.5}, 5);
-    }
+    text >> point;
+    expectPoint(point, {1, 2, 3}, {4, 5, 6.5}, 5);
+    text >> point;
+    EXPECT_TRUE(text);
+    expectPoint(point, {1, 2, 3}, {4, 5, 7}, 5);
     for (const char* wrong :
-         {"", "CMM", "CMM Line [1,1,1] pretouch=[1,1,1]", "CMM Point  [1,1",
+         {"", "CMM", "CMM Joint [1,1,1] pretouch=[1,1,1]", "CMM Point  [1,1",
           "CMM Point  [1,1,1] touch=[1,1,1]", "CMM Point [1,1,1] pretouch=[1,"}) {
         std::istringstream damaged(wrong);
         damaged >> point;
         EXPECT_FALSE(damaged) << wrong;
-        expectPoint(point, {1, 2, 3}, {4, 5, 6.5}, 5);
+        expectPoint(point, {1, 2, 3}, {4, 5, 7}, 5);
     }
 }
 

@@ -8,7 +8,6 @@
 #include "kerf/surfaces/bounded_cylinder.h"
 #include "kerf/surfaces/bounded_sphere.h"
 #include "kerf/surfaces/bounded_torus.h"
-#include "kerf/values/surface_info_point.h"
 #include "tests/support/value_checks.h"
 
 namespace kerf::test {
@@ -44,40 +43,38 @@ class NormalisedEntities : public testing::Test {
 protected:
     double draw(double a, double b) { return std::uniform_real_distribution<double>(a, b)(random); }
     ERVector3D direction() { return {draw(-1, 1), draw(-1, 1), draw(-1, 1)}; }
-    ERPmIsometrie3D frame(bool direct) {
-        const ERPmIsometrie3D f =
-            ERChgRepere3D(direction(), direction(), ERPoint3D(draw(-9, 9), draw(-9, 9), 5));
-        return direct ? f : f * ERSymetrie3D(Coord3D::CoordX);
-    }
     template <class Check>
     void onFrames(Check check) {
-        for (int i = 0; i < 200; ++i) {
+        for (int i = 0; i < 60; ++i) {
             SCOPED_TRACE(drawnFrom(3, i));
+            const ERPmIsometrie3D f =
+                ERChgRepere3D(direction(), direction(), ERPoint3D(draw(-9, 9), draw(-9, 9), 5));
             const double start = draw(-6, 6);
-            check(frame(i % 3 != 0), start, start + draw(-6, 6));
+            check(i % 3 != 0 ? f : f * ERSymetrie3D(Coord3D::CoordX), start, start + draw(-6, 6));
         }
     }
 
-    // The frame is the canonical one of its axis, but for its handedness.
-    static void expectCanonical(const ERPmIsometrie3D& normalised, const ERPmIsometrie3D& given) {
-        const ERVector3D axis = given.getVector(Coord3D::CoordZ);
-        EXPECT_EQ(normalised.isDirect(), given.isDirect());
-        expectNear(normalised.origine(), given.origine());
-        expectNear(normalised.getVector(Coord3D::CoordZ), axis);
-        expectNear(normalised.getVector(Coord3D::CoordX),
-                   ERChgRepere3D(axis, ERPoint3D()).getVector(Coord3D::CoordX), 1e-12);
+    // In the canonical frame of the axis at the origin given, but for its handedness, and as it is
+    // when it is normalised again.
+    template <class Entity>
+    static void expectCanonical(const Entity& entity, const ERPmIsometrie3D& frame,
+                                const ERPmIsometrie3D& given, const ERPoint3D& origin) {
+        const ERPmIsometrie3D canonical = ERChgRepere3D(given.getVector(Coord3D::CoordZ), origin);
+        const ERPmIsometrie3D mirrored = canonical * ERSymetrie3D(Coord3D::CoordY);
+        EXPECT_TRUE(frame.isEqual(given.isDirect() ? canonical : mirrored));
+        EXPECT_EQ(printed(EREntityNormaliser::Normalise(entity)), printed(entity));
     }
     template <class Surface>
     static void expectSame(const Surface& surface) {
         const Surface normalised = EREntityNormaliser::Normalise(surface);
-        expectCanonical(normalised.getMatrix(), surface.getMatrix());
+        expectCanonical(normalised, normalised.getMatrix(), surface.getMatrix(),
+                        surface.getMatrix().origine());
         const ERLimites u = surface.getBoundU(), v = surface.getBoundV();
         const ERLimites newU = normalised.getBoundU(), newV = normalised.getBoundV();
-        for (const double s : {0.0, 0.3, 1.0}) {
-            for (const double t : {0.0, 0.6, 1.0})
+        for (const double s : {0.0, 1.0}) {
+            for (const double t : {0.0, 0.6})
                 expectNear(normalised(newU(s), newV(t)), surface(u(s), v(t)), 1e-12);
         }
-        EXPECT_EQ(printed(EREntityNormaliser::Normalise(normalised)), printed(normalised));
     }
 
     std::mt19937 random{3};
@@ -89,22 +86,18 @@ TEST_F(NormalisedEntities, AreTheSamePointsInACanonicalFrame) {
         expectSame(ERBoundedSphere(f, 3, turn, other));
         expectSame(ERBoundedTorus(f, 3, 1, turn, other));
         expectSame(ERBoundedCylinder(f, 3, other, turn));
-        ERBoundedCone cone(f, 0.4, -1, 2);
-        cone.setBound(other, turn);
-        expectSame(cone);
+        expectSame(ERBoundedCone(f, 0.4, other, turn));
 
         const ERArc3D arc(f, ERCircle2D({2, 1}, 3), start, end);
         const ERArc3D normalised = EREntityNormaliser::Normalise(arc);
-        expectCanonical(normalised.getRepere(), ERTranslation3D(arc.center() - f.origine()) * f);
-        for (const double s : {0.0, 0.3, 1.0})
-            expectNear(normalised(ERLimites(normalised.startAngle(), normalised.endAngle())(s)),
-                       arc(ERLimites(start, end)(s)), 1e-12);
-        EXPECT_EQ(printed(EREntityNormaliser::Normalise(normalised)), printed(normalised));
+        expectCanonical(normalised, normalised.getRepere(), f, arc.center());
+        const ERLimites angles(normalised.startAngle(), normalised.endAngle());
+        for (const double s : {0.0, 1.0}) expectNear(normalised(angles(s)), arc(turn(s)), 1e-12);
     });
 }
 
 TEST_F(NormalisedEntities, KeepTheLimitsOfACanonicalFrame) {
-    for (int i = 0; i < 200; ++i) {
+    for (int i = 0; i < 100; ++i) {
         SCOPED_TRACE(drawnFrom(3, i));
         const ERPmIsometrie3D canonical = ERChgRepere3D(direction(), ERPoint3D(1, 2, 3));
         ERPmIsometrie3D normalised;
@@ -120,9 +113,6 @@ TEST_F(NormalisedEntities, KeepTheLimitsOfACanonicalFrame) {
         const ERArc3D arc(canonical, 2, 0.1, twoPi);
         EXPECT_EQ(printed(EREntityNormaliser::Normalise(arc)), printed(arc));
     }
-}
-
-TEST_F(NormalisedEntities, BearFramesAndLimitsThatAreNotFinite) {
     for (const double wild : {nan, infinity, 1e300}) {
         EREntityNormaliser::Normalise(ERArc3D({wild, 0, 0}, {0, 0, wild}, wild, wild, 0));
         ERArc3D arc({0, 0, 0}, {wild, 0, 1}, 1, -wild, wild);
@@ -136,79 +126,52 @@ TEST_F(NormalisedEntities, FlippedTwiceAreTheSame) {
         const ERArc3D arc(f, ERCircle2D({2, 1}, 3), start, end);
         ERArc3D flippedArc = arc;
         EREntityNormaliser::Flip(flippedArc);
-        expectNear(flippedArc.normale(), -arc.normale());
         expectNear(flippedArc.getRepere().origine(), arc.center());
+        for (const double u : {start, end}) expectNear(flippedArc(-u), arc(u), 1e-12);
         expectNear(flippedArc.firstPt(), arc.lastPt(), 1e-12);
-        for (const double s : {0.0, 0.3, 1.0})
-            expectNear(flippedArc(-ERLimites(start, end)(s)), arc(ERLimites(start, end)(s)), 1e-12);
         EREntityNormaliser::Flip(flippedArc);
         expectNear(flippedArc(start), arc(start), 1e-12);
         EXPECT_EQ(double{flippedArc.endAngle()}, end);
 
-        ERBoundedCylinder cylinder(f, 3, ERLimites(-1, 4), ERLimites(-9, 9));
+        ERBoundedCylinder cylinder(f, 3, ERLimites(-1, 4), ERLimites(-8, 9));
         cylinder.setBound(ERLimites(0, 2), ERLimites(start, end));
         ERBoundedCylinder flipped = cylinder;
         flipped.getMatricePoint(3, 3);
         EREntityNormaliser::Flip(flipped);
-        expectNear(flipped.getNormale(), -cylinder.getNormale());
         EXPECT_EQ(flipped.getBoundU(), ERLimites(-2, 0));
         EXPECT_EQ(flipped.getBoundV(), ERLimites(-end, -start));
         EXPECT_EQ(flipped.NUdeb(), -4);
-        EXPECT_EQ(flipped.NVfin(), 9);
-        for (const double u : {0.0, 2.0})
-            for (const double v : {start, end}) expectNear(flipped(-u, -v), cylinder(u, v), 1e-12);
+        EXPECT_EQ(flipped.NVfin(), 8);
         expectNear(flipped.getMatricePoint(3, 3)(0, 0), cylinder(2, end), 1e-12);
         EREntityNormaliser::Flip(flipped);
         EXPECT_EQ(printed(flipped), printed(cylinder));
     });
 }
 
-TEST_F(NormalisedEntities, FlippedOutlinesRunTheOtherWayRound) {
-    const ERPmIsometrie3D f = frame(true);
-    const ERRectangle3D rectangle(f, ERRectangle2D({3, 1}, {2, 1}, 4, 2));
-    ERRectangle3D flipped = rectangle;
-    EREntityNormaliser::Flip(flipped);
-    const ERVec<ERPoint3D> corners = rectangle.points();
-    const ERVec<ERPoint3D> after = flipped.points();
-    ASSERT_EQ(after.length(), 4u);
-    for (const auto& [points, shape] : {std::pair(corners, rectangle), std::pair(after, flipped)}) {
-        const ERVector3D turn = ERVector3D(points[0], points[1]) ^ ERVector3D(points[1], points[2]);
-        expectNear(turn, shape.normale() * 8, 1e-12);
-    }
-    expectNear(flipped.normale(), -rectangle.normale());
-    for (unsigned int i = 0; i < 4; ++i) {
-        double distance = nan;
-        rectangle.SignedMinimalDistance(after[i], distance);
-        EXPECT_NEAR(distance, 0, 1e-12);
-    }
-    EREntityNormaliser::Flip(flipped);
-    EXPECT_EQ(printed(flipped), printed(rectangle));
-
-    const ERRoundedSlot3D slot(f, ERRoundedSlot2D({1, 2}, {4, 3}, 1));
-    ERRoundedSlot3D flippedSlot = slot;
-    EREntityNormaliser::Flip(flippedSlot);
-    expectNear(flippedSlot.normale(), -slot.normale());
-    expectNear(flippedSlot.center1(), slot.center1());
-    expectNear(flippedSlot.center2(), slot.center2());
-    expectNear(flippedSlot.PtCur(0).point(), slot.PtCur(3).point());
-}
-
-TEST_F(NormalisedEntities, RemainTheSameObjectWhenFlipped) {
+TEST_F(NormalisedEntities, FlippedRemainTheSameObjectWithTheOtherNormal) {
     const TemporaryFile place;
     ERObjectDataBase base;
     ASSERT_EQ(base.Open(place.path(), 0), 1);
-    const auto check = [&](auto entity) {
+    const auto check = [&](auto entity, auto normal) {
         entity.Save(&base);
         const ERLong id = entity.getObjectID();
         EXPECT_GT(id, 0);
+        const ERVector3D before = normal(entity);
         EREntityNormaliser::Flip(entity);
         EXPECT_EQ(entity.getObjectID(), id);
         EXPECT_EQ(entity.isDirty(), 1);
+        expectNear(normal(entity), -before);
+        return entity;
     };
-    check(ERArc3D(ERCircle3D({0, 0, 0}, {0, 0, 1}, 1), 0, 1));
-    check(ERBoundedCylinder());
-    check(ERRectangle3D(ERPmIsometrie3D(), ERRectangle2D({3, 1}, {2, 1}, 4, 2)));
-    check(ERRoundedSlot3D());
+    const auto normale = [](const auto& planar) { return planar.normale(); };
+    check(ERArc3D(ERCircle3D({0, 0, 0}, {0, 0, 1}, 1), 0, 1), normale);
+    check(ERBoundedCylinder(), [](const auto& cylinder) { return cylinder.getNormale(); });
+    const ERRectangle3D rectangle(ERPmIsometrie3D(), ERRectangle2D({3, 1}, {2, 1}, 4, 2));
+    ERRectangle3D flipped = check(rectangle, normale);
+    EREntityNormaliser::Flip(flipped);
+    EXPECT_EQ(printed(flipped), printed(rectangle));
+    const ERRoundedSlot3D slot(ERPmIsometrie3D(), ERRoundedSlot2D({1, 2}, {4, 3}, 1));
+    expectNear(check(slot, normale).center1(), slot.center1());
 }
 
 }  // namespace

@@ -73,7 +73,8 @@ protected:
     /// Compares the surfaces at ratios of their ranges; `image` maps the points of the sample.
     template <class Image>
     void expectImage(ERAnyBoundedSurface& changed, Image image, double relative) const;
-    /// The grid that was moved along is the one that a fresh copy makes.
+    /// The grid that is kept is the one that the surface makes anew. It has as many rows as columns, so
+    /// that it is asked for with the same numbers when it was exchanged.
     void expectGridOfACopy(ERAnyBoundedSurface& changed) const;
     void expectPart(const ERAnyBoundedSurface& part, const ERLimites& u, const ERLimites& v) const;
 
