@@ -36,9 +36,9 @@ public:
     EREntity::DISTMINRES SignedMinimalDistance(const ERPoint3D& p, double& distance) const override;
     /// The same.
     int ProjectionNormale(const ERPoint3D& p, ERPoint3D& foot, ERVector3D& normal) const override;
-    /// The parameters of that foot; heights and the plane's are lengths in the frame. Angles are counted from the first corner (udeb(), vdeb()), in
-    /// [0, 2 pi), so that up to one turn past it is found; within 1e-11 of it an angle is that of
-    /// the corner. The tolerance is unused.
+    /// The parameters of that foot; heights and the plane's are lengths in the frame. Angles are
+    /// counted from the first corner (udeb(), vdeb()), in [0, 2 pi), so that up to one turn past it is
+    /// found; within 1e-11 of it an angle is that of the corner. The tolerance is unused.
     /// Kept: no whole turns are added to bring an angle within its range.
     int ProjectionNormale(const ERPoint3D& p, double tolerance, ERPoint2D& uv,
                           int flag) const override;

@@ -14,6 +14,7 @@ class ERTorus;
 ///             parameters are then read at its own longitude, and are not those of the foot.
 /// Kept:       the box is larger than its surface in the local Z: by 10 + 3 below and 10 - 3 above,
 ///             on each side on which v passes no extreme of Z.
+/// Kept:       a reversed range passes no extreme, so that the box then holds little but the corners.
 /// Kept:       the estimates take the minor radius for u, which runs about the axis, and both radii
 ///             for v, so that the one in u is too small.
 /// Kept:       the parameters of a foot have a u within half a turn of udeb(), not up to a turn past

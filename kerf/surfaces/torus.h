@@ -18,8 +18,8 @@ class KERF_EXPORT ERTorus : public UnboundedSurface<ERTorus> {
 
 public:
     ERTorus() = default;  ///< of the radii 10 and 1 about the z axis
-    /// The axis is kept as given; a length other than 1 is of no account but in the test for points
-    /// of the axis.
+    /// Kept: the axis has the length given until a similitude makes it a unit vector. A length other
+    ///       than 1 is of no account but in the test for points of the axis.
     ERTorus(double majorRadius, double minorRadius, const ERVector3D& axis, const ERPoint3D& origin)
         : majorRadius_(majorRadius), minorRadius_(minorRadius), axis_(axis), origin_(origin) {}
     explicit ERTorus(const ERBoundedTorus& torus);

@@ -173,6 +173,8 @@ TEST(BoundedAnalytic, BoxesOfConeAndSphereIgnoreRanges) {
     expectBox(ERBoundedTorus(ERChgRepere3D(ERVector3D(0, 1, 0), ERVector3D(0, 0, 1), {}), 5, 1, 0,
                              twoPi, -0.1, 0.1),
               {-13 - std::sin(0.1), -6, -6}, {7 + std::sin(0.1), 6, 6});
+    // Kept: a reversed range passes no extreme, as it holds no angle.
+    expectBox(ERBoundedTorus(ERPmIsometrie3D(), 5, 1, pi, 0, 0, 0), {-6, 0, -13}, {6, 0, 7});
 }
 
 // X and Y are exact; in Z an extreme that v does not pass is 13 too low or 7 too high.
