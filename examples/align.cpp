@@ -21,7 +21,6 @@
 #include <array>
 #include <cmath>
 #include <cstdio>
-#include <cstdlib>
 #include <iostream>
 #include <map>
 #include <optional>
@@ -29,11 +28,11 @@
 #include <string>
 #include <vector>
 
+#include "examples/archive_objects.h"
 #include "examples/deviation_picture.h"
+#include "examples/figures.h"
 #include "examples/points_file.h"
 #include "kerf/display/formatter.h"
-#include "kerf/persistence/database_object.h"
-#include "kerf/persistence/numbered_database.h"
 #include "kerf/platform/sinks.h"
 #include "kerf/processing/best_fit.h"
 #include "kerf/values/persistent_point.h"
@@ -135,49 +134,10 @@ bool readOptions(int argc, char** argv, Options& options) {
     return true;
 }
 
-// What somebody else found for the free fit.
-struct Figure {
-    std::string source;
-    bool isLargest = false;  // of the deviations, else their root mean square
-    bool isBound = false;
-    std::string text;  // as written: its digits say how exact it is
-
-    double value() const { return std::strtod(text.c_str(), nullptr); }
-    int decimals() const {
-        const std::size_t point = text.find('.');
-        return point == std::string::npos ? 0 : static_cast<int>(text.size() - point - 1);
-    }
-    bool isMetBy(double found) const {
-        if (isBound) return found < value();
-        return std::fabs(found - value()) <= 0.5 * std::pow(10.0, -decimals());
-    }
-};
-
 struct Pairs {
     std::vector<ERPoint3D> measured, nominal;
     std::vector<Figure> figures;
 };
-
-// False when the comment means to be a figure and has none.
-bool readFigure(const std::string& comment, std::vector<Figure>& figures) {
-    std::istringstream words(comment.substr(1));
-    Figure figure;
-    std::string quantity;
-    words >> figure.source >> quantity;
-    if (quantity != "rms" && quantity != "largest") return true;
-    figure.isLargest = quantity == "largest";
-    words >> figure.text;
-    if (figure.text == "below") {
-        figure.isBound = true;
-        words >> figure.text;
-    }
-    std::string rest;
-    if (!words || words >> rest ||
-        figure.text.find_first_not_of("0123456789.") != std::string::npos)
-        return false;
-    figures.push_back(figure);
-    return true;
-}
 
 bool readPairs(const std::string& path, Pairs& pairs) {
     std::vector<std::array<double, 6>> rows;
@@ -276,21 +236,6 @@ bool fitWithLocks(const Pairs& pairs, const Options& options, ERPmIsometrie3D& m
     return solveWith(solver, "closed-form", pairs, motion);
 }
 
-bool meetsFigures(const std::vector<Figure>& figures, const Deviations& found) {
-    bool allMet = true;
-    for (const Figure& figure : figures) {
-        const double own = figure.isLargest ? found.largest : found.rms;
-        const bool met = figure.isMetBy(own);
-        std::printf("%-10s %-7s %s%-17s here %-17.*f%s\n", figure.source.c_str(),
-                    figure.isLargest ? "largest" : "rms", figure.isBound ? "below " : "      ",
-                    figure.text.c_str(), figure.isBound ? 6 : figure.decimals(), own,
-                    met ? "" : "  DIFFERS");
-        allMet = allMet && met;
-    }
-    if (!allMet) std::cerr << "the fit differs from the figures of others\n";
-    return allMet;
-}
-
 // Prints the values of a coordinate in the form that the operator chose.
 class Display {
 public:
@@ -369,19 +314,10 @@ constexpr kerf::ERLong deviationKey = 1000;
 
 std::string nameOf(const char* prefix, std::size_t i) { return prefix + std::to_string(i + 1); }
 
-using Object = kerf::t_SmartPtr<kerf::ERDBObject>;
-
-Object named(const std::string& name, kerf::ERObject* value) {
-    Object object(new kerf::ERDBObject);
-    object->name(name.c_str()).object(value);
-    return object;
-}
-
 bool store(const std::string& path, const Pairs& pairs, const ERPmIsometrie3D& motion,
            const Deviations& found) {
-    std::remove(path.c_str());
     kerf::ERDataBase archive;
-    if (!archive.Open(path.c_str(), 0)) return false;
+    if (!openNew(archive, path)) return false;
     if (archive.save(named("alignment", new ERPmIsometrie3D(motion))) != 0) return false;
     const std::size_t count = pairs.measured.size();
     const Progress progress("storing", count);
@@ -399,20 +335,6 @@ bool store(const std::string& path, const Pairs& pairs, const ERPmIsometrie3D& m
     return true;
 }
 
-// The object of that number and, in `value`, what it refers to; null when it has another name or
-// refers to something else.
-template <class Value>
-Object restored(kerf::ERDataBase& archive, std::size_t number, const std::string& name,
-                Value*& value) {
-    const kerf::t_SmartPtr<kerf::ERObject> object =
-        archive.restore(static_cast<kerf::ERLong>(number));
-    const Object found(kerf::ERDBObject::castdown(object.getObject()));
-    value = nullptr;
-    if (found.getObject() != nullptr && found->name() == name)
-        value = Value::castdown(found->object().getObject());
-    return value == nullptr ? Object() : found;
-}
-
 bool sameMotion(const ERPmIsometrie3D& a, const ERPmIsometrie3D& b) {
     const kerf::ERMatrix<double> matrixA = a.getMatrix(), matrixB = b.getMatrix();
     for (unsigned int r = 0; r < 3; ++r)
@@ -424,10 +346,7 @@ bool sameMotion(const ERPmIsometrie3D& a, const ERPmIsometrie3D& b) {
 // False, and what differs on standard error, unless the archive holds all of it to the last bit.
 bool compare(const std::string& path, const Pairs& pairs, const ERPmIsometrie3D& motion,
              const Deviations& found) {
-    const auto differs = [&](const std::string& what) {
-        std::cerr << path << ": " << what << " did not come back\n";
-        return false;
-    };
+    const auto differs = [&](const std::string& what) { return didNotComeBack(path, what); };
     kerf::ERDataBase archive;
     if (!archive.Open(path.c_str(), 1)) return differs("anything");
     const std::size_t count = pairs.measured.size();
@@ -469,7 +388,7 @@ int run(int argc, char** argv) {
     ERPmIsometrie3D motion;
     if (!fitFreely(pairs, options.unlike, motion)) return 1;
     const Deviations free(pairs, motion);
-    if (!meetsFigures(pairs.figures, free)) return 1;
+    if (!meetsFigures(pairs.figures, free.rms, free.largest)) return 1;
     if (!options.isFree()) {
         if (!fitWithLocks(pairs, options, motion)) return 1;
         std::printf("the locks raise the rms from %.9g to %.9g\n", free.rms,

@@ -1,20 +1,22 @@
 #pragma once
-#include <charconv>
 #include <cmath>
 #include <cstddef>
 #include <fstream>
-#include <iostream>
+#include <istream>
 #include <string>
 #include <string_view>
-#include <system_error>
 #include <utility>
 #include <vector>
+
+#include "examples/text_input.h"
 
 // Reads the entities of an ASCII DXF file. The file is a list of groups, two lines each: a code that
 // says what the value on the second line means. Group 0 starts an entity, or a section and its end;
 // 999 is a comment. What a group means for an entity is for dxf_curves.h to say.
 
 namespace dxf {
+
+using ::parse;
 
 struct Group {
     int code = 0;
@@ -34,28 +36,6 @@ struct Entity {
         return false;
     }
 };
-
-/// What is wrong with a file, and in which line; no line for the file as a whole.
-struct Complaint {
-    unsigned int line = 0;
-    std::string text;
-
-    /// "FILE:LINE: what is wrong" on standard error.
-    void print(const std::string& path) const {
-        std::cerr << path << ":";
-        if (line != 0) std::cerr << line << ":";
-        std::cerr << " " << text << "\n";
-    }
-};
-
-/// The whole text as a number, whatever the locale; false when it is none or out of range.
-template <class Number>
-bool parse(std::string_view text, Number& number) {
-    if (text.size() > 1 && text[0] == '+' && text[1] != '-') text.remove_prefix(1);
-    const char* const end = text.data() + text.size();
-    const auto [rest, error] = std::from_chars(text.data(), end, number);
-    return error == std::errc() && rest == end;
-}
 
 namespace detail {
 
@@ -78,11 +58,11 @@ public:
             if (number_ == 1 && code.starts_with("\xEF\xBB\xBF")) code.erase(0, 3);
             const std::string_view text = trimmed(code);
             if (!parse(text, group.code)) {
-                complaint = {number_, "not a group code: " + shown(text)};
+                complaint = {number_, "not a group code: " + inQuotes(text)};
                 return false;
             }
             if (!nextLine(group.value)) {
-                complaint = {number_, "the file ends after the group code " + shown(text)};
+                complaint = {number_, "the file ends after the group code " + inQuotes(text)};
                 return false;
             }
             group.value = trimmed(group.value);
@@ -91,14 +71,6 @@ public:
         return true;
     }
     unsigned int line() const { return number_; }
-
-    /// The text in quotes: its first characters, and nothing that a terminal would obey.
-    static std::string shown(std::string_view text) {
-        constexpr std::size_t longest = 40;
-        std::string quoted = "\"";
-        for (const char c : text.substr(0, longest)) quoted += c >= ' ' && c <= '~' ? c : '?';
-        return quoted += text.size() > longest ? "...\"" : "\"";
-    }
 
 private:
     bool nextLine(std::string& line) {
@@ -116,8 +88,8 @@ private:
 /// The value of a group as a finite number; false, with the complaint, when it is none.
 inline bool readNumber(const Group& group, double& number, Complaint& complaint) {
     if (parse(group.value, number) && std::isfinite(number)) return true;
-    complaint = {group.line, "group " + std::to_string(group.code) + " is no finite number: " +
-                                 detail::GroupReader::shown(group.value)};
+    complaint = {group.line, "group " + std::to_string(group.code) +
+                                 " is no finite number: " + inQuotes(group.value)};
     return false;
 }
 
@@ -125,7 +97,7 @@ inline bool readNumber(const Group& group, double& number, Complaint& complaint)
 inline bool readInteger(const Group& group, int& number, Complaint& complaint) {
     if (parse(group.value, number)) return true;
     complaint = {group.line, "group " + std::to_string(group.code) +
-                                 " is no whole number: " + detail::GroupReader::shown(group.value)};
+                                 " is no whole number: " + inQuotes(group.value)};
     return false;
 }
 
@@ -145,15 +117,15 @@ inline bool readEntities(std::istream& input, std::vector<Entity>& entities, Com
         }
         if (group.value == "EOF") {
             if (section.empty() && seen) return true;
-            complaint = {group.line, section.empty() ? "the file has no section ENTITIES"
-                                                     : "the file ends within the section " +
-                                                           detail::GroupReader::shown(section)};
+            complaint = {group.line, section.empty()
+                                         ? "the file has no section ENTITIES"
+                                         : "the file ends within the section " + inQuotes(section)};
             return false;
         }
         if (group.value == "SECTION") {
             if (!section.empty()) {
-                complaint = {group.line, "a section begins within the section " +
-                                             detail::GroupReader::shown(section)};
+                complaint = {group.line,
+                             "a section begins within the section " + inQuotes(section)};
                 return false;
             }
             if (!reader.next(group, complaint)) break;
@@ -172,8 +144,7 @@ inline bool readEntities(std::istream& input, std::vector<Entity>& entities, Com
             }
             entities.push_back({group.value, group.line, {}});
         } else if (section.empty()) {
-            complaint = {group.line,
-                         detail::GroupReader::shown(group.value) + " stands outside any section"};
+            complaint = {group.line, inQuotes(group.value) + " stands outside any section"};
             return false;
         }
     }

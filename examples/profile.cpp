@@ -20,7 +20,6 @@
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
-#include <filesystem>
 #include <iostream>
 #include <limits>
 #include <map>
@@ -28,16 +27,16 @@
 #include <random>
 #include <string>
 #include <string_view>
-#include <system_error>
 #include <vector>
 
+#include "examples/archive_objects.h"
 #include "examples/curve_meetings.h"
 #include "examples/drawing_program.h"
 #include "examples/dxf_curves.h"
+#include "examples/output_files.h"
 #include "examples/points_file.h"
 #include "examples/profile_picture.h"
-#include "kerf/persistence/database_object.h"
-#include "kerf/persistence/numbered_database.h"
+#include "examples/text_input.h"
 
 namespace {
 
@@ -72,7 +71,7 @@ bool readOption(const std::string& argument, Options& options) {
     const std::string name = argument.substr(0, equals);
     const std::string value = equals == std::string::npos ? "" : argument.substr(equals + 1);
     if (name == "--points") return !(options.points = value).empty();
-    if (name == "--seed") return dxf::parse(value, options.seed);
+    if (name == "--seed") return parse(value, options.seed);
     if (name == "--chord") return readLength(value, options.chord);
     if (name == "--join") return readLength(value, options.join);
     return false;
@@ -94,21 +93,6 @@ bool readOptions(int argc, char** argv, Options& options) {
     options.drawing = paths[0];
     options.archive = paths[1];
     options.picture = paths[2];
-    return true;
-}
-
-// False, after a message, when an output would overwrite an input or the other output.
-bool outputsAreFree(const Options& options) {
-    for (const std::string& output : {options.archive, options.picture}) {
-        if (isSameFile(output, options.drawing) || isSameFile(output, options.points)) {
-            std::cerr << output << ": is an input, and is not overwritten\n";
-            return false;
-        }
-    }
-    if (isSameFile(options.archive, options.picture)) {
-        std::cerr << options.archive << ": archive and picture need a file each\n";
-        return false;
-    }
     return true;
 }
 
@@ -414,18 +398,12 @@ std::vector<Kept> whatToKeep(const Sheet& sheet, const std::vector<Contour>& con
 }
 
 bool store(const std::string& path, const std::vector<Kept>& kept) {
-    std::error_code none;
-    // A folder or a device is left alone.
-    if (std::filesystem::exists(path, none) && !std::filesystem::is_regular_file(path, none))
-        return false;
-    std::filesystem::remove(path, none);
     kerf::ERDataBase archive;
-    if (!archive.Open(path.c_str(), 0)) return false;
+    if (!openNew(archive, path)) return false;
     const Progress progress("storing", kept.size());
     for (std::size_t i = 0; i < kept.size(); ++i) {
-        kerf::t_SmartPtr<kerf::ERDBObject> object(new kerf::ERDBObject);
-        object->name(kept[i].name.c_str()).object(kept[i].curve);
-        if (archive.save(object) != static_cast<kerf::ERLong>(i)) return false;
+        if (archive.save(named(kept[i].name, kept[i].curve)) != static_cast<kerf::ERLong>(i))
+            return false;
         progress.show(i + 1);
     }
     archive.Close();
@@ -434,24 +412,16 @@ bool store(const std::string& path, const std::vector<Kept>& kept) {
 
 // False, and what differs on standard error, unless the archive holds all of it to the last bit.
 bool compare(const std::string& path, const std::vector<Kept>& kept) {
-    const auto differs = [&](const std::string& what) {
-        std::cerr << path << ": " << what << " did not come back\n";
-        return false;
-    };
+    const auto differs = [&](const std::string& what) { return didNotComeBack(path, what); };
     kerf::ERDataBase archive;
     if (!archive.Open(path.c_str(), 1)) return differs("anything");
     if (archive.getNbEnt() != static_cast<kerf::ERLong>(kept.size()))
         return differs("the number of objects");
     const Progress progress("comparing", kept.size());
     for (std::size_t i = 0; i < kept.size(); ++i) {
-        const kerf::t_SmartPtr<kerf::ERObject> stored =
-            archive.restore(static_cast<kerf::ERLong>(i));
-        kerf::ERDBObject* const object = kerf::ERDBObject::castdown(stored.getObject());
-        const ERFiniteEntity2DWF* const curve =
-            object == nullptr ? nullptr
-                              : ERFiniteEntity2DWF::castdown(object->object().getObject());
-        if (curve == nullptr || object->name() != kept[i].name || !sameBits(*curve, *kept[i].curve))
-            return differs(kept[i].name);
+        ERFiniteEntity2DWF* curve = nullptr;
+        const Object object = restored(archive, i, kept[i].name, curve);
+        if (curve == nullptr || !sameBits(*curve, *kept[i].curve)) return differs(kept[i].name);
         progress.show(i + 1);
     }
     return true;
@@ -528,7 +498,9 @@ int main(int argc, char** argv) {
         std::cout << usage;
         return 0;
     }
-    const bool good = outputsAreFree(options) && run(options);
+    const bool good =
+        outputsAreFree({options.archive, options.picture}, {options.drawing, options.points}) &&
+        run(options);
     if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) return good ? 0 : 1;
     std::cerr << "standard output could not be written\n";
     return 1;
