@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <cstdio>
 #include <numeric>
 #include <string>
 #include <vector>
@@ -42,20 +43,6 @@ inline View viewOf(const kerf::ERMinimax3D& box) {
     const double c = std::sqrt(0.75), s = 0.5;  // 30 degrees about Z, then 30 degrees of elevation
     const kerf::ERVector3D right(c, s, 0), up(-s * s, c * s, c);
     return {right, up, right ^ up, "seen from the front, the right and above"};
-}
-
-/// A ring around a point and, away from what lies about it, the point's number and deviation.
-inline void addLabel(Svg& svg, double x, double y, std::size_t number, double deviation) {
-    const double towardsMiddle = x > margin + drawing / 2 ? -1 : 1;
-    const double rise = y > margin + 20 ? -34 : 34;
-    svg.add("<circle cx=\"%.2f\" cy=\"%.2f\" r=\"7\" fill=\"none\" stroke=\"black\"/>", x, y);
-    svg.add("<path d=\"M%.2f %.2fL%.2f %.2f\" stroke=\"black\"/>", x, y + rise / 34 * 7, x,
-            y + rise);
-    svg.add(
-        "<text x=\"%.2f\" y=\"%.2f\" text-anchor=\"%s\" font-weight=\"bold\" stroke=\"white\" "
-        "stroke-width=\"4\" paint-order=\"stroke\">point %zu: %.4g</text>",
-        x + towardsMiddle * 6, y + rise + 4, towardsMiddle < 0 ? "end" : "start", number,
-        deviation);
 }
 
 /// The three axes as they run in the view.
@@ -126,7 +113,13 @@ inline bool drawDeviations(const std::string& path, const std::vector<kerf::ERPo
             "</circle>",
             x, y, color.c_str(), i + 1, deviations[i].norme());
     }
-    if (visible) addLabel(svg, toX(starts[worst].x()), toY(starts[worst].y()), worst + 1, largest);
+    if (visible) {
+        // Away from what lies about the point.
+        const double x = toX(starts[worst].x()), y = toY(starts[worst].y());
+        char text[80];
+        std::snprintf(text, sizeof text, "point %zu: %.4g", worst + 1, largest);
+        svgPicture::addLabel(svg, x, y, x <= margin + drawing / 2, y > margin + 20, text);
+    }
 
     const double left = drawing + 2 * margin;
     addColorScale(svg, left, margin + 20, largest);
