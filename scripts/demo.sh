@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Builds the examples and runs them on the measured bracket of examples/data.
+# Builds the examples and runs them on the parts of examples/data.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 scripts/install_packages.sh cmake ninja-build g++
@@ -28,3 +28,9 @@ done
 build/demo/examples/profile examples/data/flange_plate.dxf build/demo/flange_plate.kerf \
     build/demo/flange_plate.svg >build/demo/flange_plate.txt
 echo "Measured the flange plate: $(tail -n 1 build/demo/flange_plate.txt) (build/demo/flange_plate.txt, .svg)"
+
+build/demo/examples/make_blade build/demo
+build/demo/examples/inspect_surface build/demo/blade_surface.txt build/demo/blade_scan.txt \
+    build/demo/blade.kerf build/demo/blade.ply build/demo/blade.svg --tolerance=0.25 --scale=0.3 \
+    >build/demo/blade.txt
+echo "Inspected the blade: $(tail -n 1 build/demo/blade.txt) (build/demo/blade.txt, .svg, .ply)"

@@ -1,0 +1,301 @@
+#pragma once
+#include <cmath>
+#include <cstddef>
+#include <fstream>
+#include <initializer_list>
+#include <istream>
+#include <optional>
+#include <sstream>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "examples/text_input.h"
+#include "kerf/curves/infinite_line.h"
+#include "kerf/surfaces/bounded_cone.h"
+#include "kerf/surfaces/bounded_cylinder.h"
+#include "kerf/surfaces/bounded_plane.h"
+#include "kerf/surfaces/bounded_sphere.h"
+#include "kerf/surfaces/bounded_torus.h"
+#include "kerf/surfaces/cone.h"
+#include "kerf/surfaces/cylinder.h"
+#include "kerf/surfaces/nurbs_surface.h"
+#include "kerf/surfaces/plane.h"
+#include "kerf/surfaces/sphere.h"
+#include "kerf/surfaces/torus.h"
+
+// Surfaces as text: words and numbers, in lines of any length. What follows a # is a comment. A NURBS
+// surface is
+//
+//     degrees P Q
+//     poles M N
+//     knots_u COUNT     then the knots, all of them: M + P + 1
+//     knots_v COUNT     N + Q + 1
+//     pole_rows         then M N poles, x y z and the weight, v running fastest
+//
+// where x y z are not multiplied by the weight. The other surfaces are
+//
+//     plane     X Y Z  I J K               a point and the normal
+//     cylinder  X Y Z  I J K  RADIUS       a point of the axis, and its direction
+//     cone      X Y Z  I J K  HALF-ANGLE   the apex, the axis
+//     sphere    X Y Z  I J K  RADIUS       the centre, the axis through the poles
+//     torus     X Y Z  I J K  MAJOR MINOR  the centre, the axis
+//
+// and without limits. With "over U0 U1 V0 V1" after them they are bounded; "from A B C" after that is
+// the direction from which angles count. u and v are lengths in the plane; the height above the given
+// point and the angle on cylinder and cone; longitude and latitude; the angles about the axis and
+// about the spine. Angles are in degrees.
+
+/// A surface to which a part is compared.
+struct Nominal {
+    kerf::t_SmartPtr<kerf::ERSurface> surface;
+    /// -1 where dS/du x dS/dv leads to the axis of a cylinder or a cone: what sticks out of a shaft is to
+    /// be positive.
+    double outwards = 1.0;
+
+    const kerf::ERAnyBoundedSurface* bounded() const {
+        return kerf::ERAnyBoundedSurface::castdown(surface.getObject());
+    }
+};
+
+namespace surfaceFile {
+
+constexpr double radiansPerDegree = 0.017453292519943295;
+
+/// Hands out the words of a text.
+class Words {
+public:
+    explicit Words(std::istream& input) : input_(input) {}
+
+    /// Empty at the end.
+    const std::string& peek() {
+        while (word_.empty() && (line_ >> word_).fail()) {
+            std::string text;
+            if (!std::getline(input_, text)) break;
+            ++number_;
+            line_ = std::istringstream(text.substr(0, text.find('#')));
+            word_.clear();
+        }
+        return word_;
+    }
+    std::string next() {
+        peek();
+        return std::exchange(word_, {});
+    }
+    unsigned int line() const { return number_; }
+
+private:
+    std::istream& input_;
+    std::istringstream line_;
+    std::string word_;
+    unsigned int number_ = 0;
+};
+
+/// Builds a surface from the words; all of the functions that read return false, or nothing, once the
+/// complaint has been set.
+class Reader {
+public:
+    explicit Reader(std::istream& input) : words_(input) {}
+
+    std::optional<Nominal> read() {
+        std::optional<Nominal> nominal = surface();
+        if (!complaint_.text.empty()) return std::nullopt;
+        if (words_.peek().empty()) return nominal;
+        fail("the surface is complete before " + inQuotes(words_.peek()));
+        return std::nullopt;
+    }
+    const Complaint& complaint() const { return complaint_; }
+
+private:
+    // Only the first complaint counts.
+    bool fail(const std::string& text) {
+        if (complaint_.text.empty()) complaint_ = {words_.line(), text};
+        return false;
+    }
+    bool good() const { return complaint_.text.empty(); }
+    bool missing(const std::string& what) {
+        if (words_.peek().empty()) return fail("nothing stands where " + what + " should");
+        return fail(inQuotes(words_.peek()) + " stands where " + what + " should");
+    }
+    bool keyword(std::string_view wanted) {
+        if (good() && words_.peek() != wanted) return missing(inQuotes(wanted));
+        words_.next();
+        return good();
+    }
+    double number(const char* what) {
+        double value = 0.0;
+        if (good() && (!parse(words_.peek(), value) || !std::isfinite(value))) missing(what);
+        words_.next();
+        return good() ? value : 0.0;
+    }
+    unsigned int wholeNumber(const char* what, unsigned int least, unsigned int most) {
+        unsigned int value = 0;
+        if (good() && !parse(words_.peek(), value)) missing(what);
+        if (good() && (value < least || value > most))
+            fail(std::string(what) + " is to be from " + std::to_string(least) + " to " +
+                 std::to_string(most));
+        words_.next();
+        return good() ? value : least;
+    }
+    kerf::ERPoint3D point(const char* what) {
+        const double x = number(what), y = number(what), z = number(what);
+        return {x, y, z};
+    }
+    kerf::ERVector3D direction(const char* what) {
+        const kerf::ERVector3D v(point(what));
+        if (good() && v.norme2() == 0.0) fail(std::string(what) + " is zero");
+        return good() ? v.getnormalized() : kerf::ERVector3D(0, 0, 1);
+    }
+    double positive(const char* what) {
+        const double value = number(what);
+        if (good() && !(value > 0.0)) fail(std::string(what) + " is not positive");
+        return good() ? value : 1.0;
+    }
+
+    static constexpr unsigned int mostDegree = 25, mostPoles = 1'000'000;
+
+    kerf::ERKnotVector knots(const char* name, unsigned int degree, unsigned int poles) {
+        keyword(name);
+        const unsigned int count = wholeNumber("the count of knots", 0, 2 * mostPoles);
+        if (good() && count != poles + degree + 1)
+            fail(std::to_string(count) + " knots for degree " + std::to_string(degree) + " with " +
+                 std::to_string(poles) + " poles");
+        kerf::ERVec<double> values;
+        for (unsigned int i = 0; i < count && good(); ++i) {
+            values.append(number("a knot"));
+            if (i > 0 && values[i] < values[i - 1]) fail("the knots decrease");
+            if (i > degree && values[i] == values[i - degree - 1])
+                fail("a knot stands more often than the degree plus 1");
+        }
+        if (good() && !(values[degree] < values[poles])) fail("the knots span no range");
+        return {degree, values};
+    }
+    kerf::ERPole3DH pole() {
+        const kerf::ERPoint3D p = point("a coordinate of a pole");
+        const double weight = number("the weight of a pole");
+        if (good() && !(weight > 0.0)) fail("a weight is not positive");
+        return {p * weight, weight};
+    }
+
+    kerf::ERSurface* nurbs() {
+        keyword("degrees");
+        const unsigned int degreeU = wholeNumber("the degree in u", 1, mostDegree);
+        const unsigned int degreeV = wholeNumber("the degree in v", 1, mostDegree);
+        keyword("poles");
+        const unsigned int rows = wholeNumber("the count of poles in u", degreeU + 1, mostPoles);
+        const unsigned int cols = wholeNumber("the count of poles in v", degreeV + 1, mostPoles);
+        if (good() && rows > mostPoles / cols) fail("more than a million poles");
+        const kerf::ERKnotVector knotsU = knots("knots_u", degreeU, rows);
+        const kerf::ERKnotVector knotsV = knots("knots_v", degreeV, cols);
+        if (!keyword("pole_rows")) return nullptr;
+        kerf::ERMatrix<kerf::ERPole3DH> poles(rows, cols);
+        for (unsigned int i = 0; i < rows && good(); ++i)
+            for (unsigned int j = 0; j < cols && good(); ++j) poles(i, j) = pole();
+        return good() ? new kerf::ERSpoleNURBS3D(poles, knotsU, knotsV) : nullptr;
+    }
+    kerf::ERLimites range(const char* what, double unit) {
+        const double start = number(what), end = number(what);
+        if (good() && !(start < end)) fail("a range that does not increase");
+        return {start * unit, end * unit};
+    }
+    // Where a bounded surface of revolution begins to count its angles, and its axis.
+    kerf::ERPmIsometrie3D frame(const kerf::ERPoint3D& origin, const kerf::ERVector3D& axis) {
+        if (words_.peek() != "from") return kerf::ERChgRepere3D(axis, origin);
+        words_.next();
+        const kerf::ERVector3D x = direction("a direction");
+        const kerf::ERVector3D y = axis ^ x;
+        if (good() && y.norme() < 1e-9) fail("the direction of the angle 0 is that of the axis");
+        return kerf::ERChgRepere3D(y ^ axis, y, origin);
+    }
+
+    std::optional<Nominal> analytic(const std::string& family) {
+        using namespace kerf;
+        const ERPoint3D origin = point("a coordinate");
+        const ERVector3D axis = direction("the direction");
+        const bool isPlane = family == "plane", isCone = family == "cone",
+                   isSphere = family == "sphere", isTorus = family == "torus";
+        double size = isPlane ? 0.0 : positive(isCone ? "the half angle" : "the radius");
+        const double minor = isTorus ? positive("the minor radius") : 0.0;
+        if (isCone && good() && size >= 90.0) fail("the half angle is not below 90 degrees");
+        if (isCone) size *= radiansPerDegree;
+
+        const bool isBounded = words_.peek() == "over";
+        if (!isBounded) {
+            if (!good()) return std::nullopt;
+            ERSurface* const surface =
+                isPlane    ? static_cast<ERSurface*>(new ERPlane(origin, axis))
+                : isCone   ? static_cast<ERSurface*>(new ERCone(origin, axis, size))
+                : isSphere ? static_cast<ERSurface*>(new ERSphere(origin, size))
+                : isTorus
+                    ? static_cast<ERSurface*>(new ERTorus(size, minor, axis, origin))
+                    : static_cast<ERSurface*>(new ERCylinder(ERInfLine3D(axis, origin), size));
+            return Nominal{t_SmartPtr<ERSurface>(surface)};
+        }
+        words_.next();
+        const bool heights = family == "cylinder" || isCone;
+        const ERLimites u = range("a limit of u", isSphere || isTorus ? radiansPerDegree : 1.0);
+        const ERLimites v = range("a limit of v", isPlane ? 1.0 : radiansPerDegree);
+        const ERPmIsometrie3D at = frame(origin, axis);
+        if (!good()) return std::nullopt;
+        ERSurface* surface = nullptr;
+        if (isPlane) {
+            surface = new ERBoundedPlane(at, u, v);
+        } else if (isSphere) {
+            surface = new ERBoundedSphere(at, size, u, v);
+        } else if (isTorus) {
+            surface = new ERBoundedTorus(at, size, minor, u, v);
+        } else if (isCone) {
+            auto* const cone = new ERBoundedCone(at, ERRadian(size), u.start(), u.end());
+            cone->setBound(u, v);
+            cone->adjust();
+            surface = cone;
+        } else {
+            surface = new ERBoundedCylinder(at, size, u, v);
+        }
+        return Nominal{t_SmartPtr<ERSurface>(surface), heights ? -1.0 : 1.0};
+    }
+
+    std::optional<Nominal> surface() {
+        const std::string family = words_.peek();
+        if (family == "degrees") return Nominal{kerf::t_SmartPtr<kerf::ERSurface>(nurbs())};
+        for (const char* const name : {"plane", "cylinder", "cone", "sphere", "torus"}) {
+            if (family != name) continue;
+            words_.next();
+            return analytic(family);
+        }
+        missing("a surface");
+        return std::nullopt;
+    }
+
+    Words words_;
+    Complaint complaint_;
+};
+
+}  // namespace surfaceFile
+
+/// Nothing, after a message with the line, when the file holds no surface.
+inline std::optional<Nominal> readSurfaceFile(const std::string& path) {
+    std::ifstream input(path);
+    if (!input) {
+        Complaint{0, "cannot be read"}.print(path);
+        return std::nullopt;
+    }
+    surfaceFile::Reader reader(input);
+    std::optional<Nominal> nominal = reader.read();
+    if (input.bad()) {
+        Complaint{0, "cannot be read to its end"}.print(path);
+        return std::nullopt;
+    }
+    if (!nominal) reader.complaint().print(path);
+    return nominal;
+}
+
+/// The same of a text on the command line.
+inline std::optional<Nominal> readSurfaceText(const std::string& text) {
+    std::istringstream input(text);
+    surfaceFile::Reader reader(input);
+    std::optional<Nominal> nominal = reader.read();
+    if (!nominal) reader.complaint().print("--surface");
+    return nominal;
+}
