@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "examples/point_tree.h"
+#include "kerf/surfaces/offset_surface.h"
 #include "kerf/surfaces/surface.h"
 #include "kerf/values/box.h"
 #include "kerf/values/surface_info_point.h"
@@ -107,6 +108,18 @@ public:
                 if (j > 0) step_ = std::max(step_, distance(gridPoint(i, j), gridPoint(i, j - 1)));
             }
         }
+        // An offset surface has the normals of its base, and so the parameters of its feet.
+        base_ = &surface;
+        while (const auto* const offset =
+                   kerf::EROffsetSurface::castdown(const_cast<kerf::ERAnyBoundedSurface*>(base_))) {
+            held_ = offset->getBaseSurface();
+            base_ = held_.getObject();
+        }
+        reach_ = 1e-9 * size_;
+        if (base_ != &surface)
+            for (std::size_t i = 0; i < grid_.size(); ++i)
+                reach_ =
+                    std::max(reach_, distance(tree_.points()[i], (*base_)(grid_.parameters(i))));
     }
 
     Foot operator()(const kerf::ERPoint3D& p) const {
@@ -115,7 +128,7 @@ public:
         std::vector<Cell> seen;
         std::optional<Foot> best;
         kerf::ERPoint2D uv;
-        if (surface_.ProjectionNormale(p, bound + rounding, uv, 1) != 0) {
+        if (base_->ProjectionNormale(p, bound + reach_, uv, 1) != 0) {
             const Foot foot = footAt(p, uv, Foot::Kind::Projection);
             if (foot.distance <= bound + rounding) {
                 best = foot;
@@ -275,7 +288,10 @@ private:
     const kerf::ERAnyBoundedSurface& surface_;
     SurfaceGrid grid_;
     PointTree tree_;
+    const kerf::ERAnyBoundedSurface* base_ = nullptr;
+    kerf::t_SmartPtr<kerf::ERAnyBoundedSurface> held_;  // base_, where it is not the surface
     double size_ = 0.0;
+    double reach_ = 0.0;            // how far the surface is from its base
     double step_ = 0.0;             // at most, between neighbours of the grid
     std::array<bool, 2> closed_{};  // along u, along v
 };

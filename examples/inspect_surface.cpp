@@ -11,8 +11,8 @@
 //   --table=FILE     every point with its foot and deviation
 //   --help           this text
 //
-// SURFACE.txt holds a NURBS surface, or a plane, cylinder, cone, sphere or torus with limits or
-// without; surface_file.h tells how. POINTS.txt has "x y z"
+// SURFACE.txt holds a NURBS surface, a plane, cylinder, cone, sphere or torus with limits or without,
+// a surface of revolution or an offset of a surface; surface_file.h tells how. POINTS.txt has "x y z"
 // a line and comments that start with #; the points stand in the frame of the surface. "# SOURCE rms
 // FIGURE" and "# SOURCE largest FIGURE" say what is to be found, to the last digit.
 //
@@ -69,8 +69,10 @@ constexpr const char* usage =
     "  plane X Y Z I J K, cylinder X Y Z I J K RADIUS, cone X Y Z I J K HALF-ANGLE,\n"
     "  sphere X Y Z I J K RADIUS, torus X Y Z I J K MAJOR MINOR, with limits if there follows\n"
     "  over U0 U1 V0 V1 and, for the direction of the angle 0, from A B C\n"
+    "  revolution X Y Z I J K V0 V1 degree P poles N knots COUNT ..., then N poles x y z w\n"
+    "  offset DISTANCE, then a surface that has limits\n"
     "Angles are in degrees. A line of POINTS.txt is \"x y z\". Deviations are positive where the\n"
-    "normal leads, away from the axis of a cylinder or cone.\n"
+    "normal leads, away from the axis of a cylinder, cone or surface of revolution.\n"
     "Exit code 0 if every check holds; 1 if not, if an input is broken or an output cannot be\n"
     "written; 2 for a wrong command line.\n";
 

@@ -13,6 +13,7 @@
 
 #include "examples/text_input.h"
 #include "kerf/curves/infinite_line.h"
+#include "kerf/curves/nurbs_curve.h"
 #include "kerf/surfaces/bounded_cone.h"
 #include "kerf/surfaces/bounded_cylinder.h"
 #include "kerf/surfaces/bounded_plane.h"
@@ -21,9 +22,12 @@
 #include "kerf/surfaces/cone.h"
 #include "kerf/surfaces/cylinder.h"
 #include "kerf/surfaces/nurbs_surface.h"
+#include "kerf/surfaces/offset_surface.h"
 #include "kerf/surfaces/plane.h"
+#include "kerf/surfaces/revolution.h"
 #include "kerf/surfaces/sphere.h"
 #include "kerf/surfaces/torus.h"
+#include "kerf/values/surface_info_point.h"
 
 // Surfaces as text: words and numbers, in lines of any length. What follows a # is a comment. A NURBS
 // surface is
@@ -45,13 +49,17 @@
 // and without limits. With "over U0 U1 V0 V1" after them they are bounded; "from A B C" after that is
 // the direction from which angles count. u and v are lengths in the plane; the height above the given
 // point and the angle on cylinder and cone; longitude and latitude; the angles about the axis and
-// about the spine. Angles are in degrees.
+// about the spine. Angles are in degrees. The last two stand before what they are made of:
+//
+//     revolution X Y Z  I J K  V0 V1       a point and the direction of the axis, the angles; then a
+//                                          curve: degree P, poles N, knots COUNT, N poles
+//     offset DISTANCE                      along the normal, away from an axis; then a surface that has limits
 
 /// A surface to which a part is compared.
 struct Nominal {
     kerf::t_SmartPtr<kerf::ERSurface> surface;
-    /// -1 where dS/du x dS/dv leads to the axis of a cylinder or a cone: what sticks out of a shaft is to
-    /// be positive.
+    /// -1 where dS/du x dS/dv leads to the axis of a cylinder, a cone or a surface of revolution: what
+    /// sticks out of a shaft is to be positive.
     double outwards = 1.0;
 
     const kerf::ERAnyBoundedSurface* bounded() const {
@@ -194,6 +202,51 @@ private:
             for (unsigned int j = 0; j < cols && good(); ++j) poles(i, j) = pole();
         return good() ? new kerf::ERSpoleNURBS3D(poles, knotsU, knotsV) : nullptr;
     }
+    static kerf::ERInfoPoint3DSurf middleOf(const kerf::ERAnyBoundedSurface& surface) {
+        const kerf::ERLimites u = surface.getBoundU(), v = surface.getBoundV();
+        return surface.PtCur((u.start() + u.end()) / 2, (v.start() + v.end()) / 2);
+    }
+    std::optional<Nominal> revolution() {
+        const kerf::ERPoint3D p = point("a point of the axis");
+        const kerf::ERVector3D axis = direction("the direction of the axis");
+        const kerf::ERLimites angles = range("an angle", radiansPerDegree);
+        keyword("degree");
+        const unsigned int degree = wholeNumber("the degree", 1, mostDegree);
+        keyword("poles");
+        const unsigned int count = wholeNumber("the count of poles", degree + 1, mostPoles);
+        const kerf::ERKnotVector knotVector = knots("knots", degree, count);
+        kerf::ERVec<kerf::ERPole3DH> poles;
+        for (unsigned int i = 0; i < count && good(); ++i) poles.append(pole());
+        if (!good()) return std::nullopt;
+        const kerf::t_SmartPtr<kerf::ERFiniteEntity3DWF> curve(
+            new kerf::ERCpoleNURBS3D(poles, knotVector));
+        const kerf::ERInfLine3D line(axis, p);
+        kerf::ERSurOfRevolution* const surface = new kerf::ERSurOfRevolution(curve, line, angles);
+        const kerf::ERInfoPoint3DSurf middle = middleOf(*surface);
+        const kerf::ERVector3D outwards(line.projectPt(middle.point()), middle.point());
+        return Nominal{kerf::t_SmartPtr<kerf::ERSurface>(surface),
+                       middle.normale() * outwards < 0.0 ? -1.0 : 1.0};
+    }
+    std::optional<Nominal> offset() {
+        const double distance = number("the distance of the offset");
+        if (!good()) return std::nullopt;
+        if (++depth_ > 20) {
+            fail("more than 20 offsets");
+            return std::nullopt;
+        }
+        std::optional<Nominal> base = surface();
+        if (!base || !good()) return std::nullopt;
+        const kerf::ERAnyBoundedSurface* const bounded = base->bounded();
+        if (bounded == nullptr) {
+            fail("an offset needs a surface that has limits");
+            return std::nullopt;
+        }
+        const kerf::ERVector3D normal = middleOf(*bounded).normale();
+        base->surface = kerf::t_SmartPtr<kerf::ERSurface>(
+            new kerf::EROffsetSurface(*bounded, distance * base->outwards, normal));
+        return base;
+    }
+
     kerf::ERLimites range(const char* what, double unit) {
         const double start = number(what), end = number(what);
         if (good() && !(start < end)) fail("a range that does not increase");
@@ -264,12 +317,21 @@ private:
             words_.next();
             return analytic(family);
         }
+        if (family == "revolution") {
+            words_.next();
+            return revolution();
+        }
+        if (family == "offset") {
+            words_.next();
+            return offset();
+        }
         missing("a surface");
         return std::nullopt;
     }
 
     Words words_;
     Complaint complaint_;
+    int depth_ = 0;  // of offsets
 };
 
 }  // namespace surfaceFile
