@@ -8,6 +8,7 @@
 #include <typeinfo>
 #include <unordered_map>
 #include <unordered_set>
+#include <utility>
 #include <vector>
 
 namespace kerf {
@@ -17,7 +18,7 @@ ER_DEFINE_ABSTRACT_CLASS(ERChainedMetaSeg2D, ERChainerSeg2D)
 
 namespace {
 
-constexpr const char* number = "n\xB0";  // Latin-1
+constexpr const char* numberSign = "n\xB0";  // Latin-1
 
 const ERChainedMetaSeg2D* asChain(const ERChainerSeg2D& segment) {
     return segment.isKindOf(ERChainedMetaSeg2D::desc()) != 0
@@ -79,12 +80,9 @@ void ERChainerSeg2D::printOn(std::ostream& os) const {
 // Chains.
 
 void ERChainedMetaSeg2D::reverse() {
-    ERTValDlist<t_SmartPtr<ERChainerSeg2D>> turned;
-    for (const t_SmartPtr<ERChainerSeg2D>& segment : segments) {
-        segment->reverse();
-        turned.prepend(segment);
-    }
-    segments = std::move(turned);
+    auto low = segments.begin(), high = segments.end();
+    for (unsigned int pairs = entries() / 2; pairs > 0; --pairs, ++low) std::swap(*low, *--high);
+    for (const t_SmartPtr<ERChainerSeg2D>& segment : segments) segment->reverse();
 }
 
 SegCompState ERChainedMetaSeg2D::compareWith(const ERChainerSeg2D* o, double tol) const {
@@ -156,7 +154,7 @@ void ERChainedMetaSeg2D::printOn(std::ostream& os) const {
     ERChainerSeg2D::printOn(os);
     unsigned int count = 0;
     for (const t_SmartPtr<ERChainerSeg2D>& segment : segments) {
-        os << "   elements " << number << count++ << " adresse "
+        os << "   elements " << numberSign << count++ << " adresse "
            << static_cast<const void*>(segment.getObject()) << std::endl;
         segment->printOn(os);
     }
@@ -418,7 +416,7 @@ void ERChainerProcessor::printOn(std::ostream& os) const {
     os << "   nb de chaines : " << nbchains() << std::endl;
     unsigned int count = 0;
     for (const ChainPointer& chain : chains_) {
-        os << "   chaine " << number << count++ << std::endl;
+        os << "   chaine " << numberSign << count++ << std::endl;
         chain->printOn(os);
     }
 }
