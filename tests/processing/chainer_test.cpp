@@ -371,6 +371,7 @@ TEST(ChainerProcessor, ComparesAsItsOwnFunctionSays) {
     processor.insert(line(5, 0, 5, 5));
     EXPECT_EQ(processor.nbchains(), 2);
     ERChainerProcessor copy(processor), assigned(1.0);
+    assigned.insert(line(0, 1, 0, 9));
     assigned = processor;
     copy.insert(line(0, 0, 0, 5));
     EXPECT_EQ(copy.nbchains(), 3);
@@ -382,6 +383,20 @@ TEST(ChainerProcessor, ComparesAsItsOwnFunctionSays) {
     assigned.insert(line(0, 9.5, -9, 5));
     EXPECT_EQ(assigned.nbchains(), 2);
     EXPECT_EQ(processor.nbchains(), 2);
+}
+
+// A chain of the caller's own, which fits wherever it is asked.
+class FarReachingChain : public ERChainedMetaSeg2D {
+public:
+    using ERChainedMetaSeg2D::ERChainedMetaSeg2D;
+    SegCompState compareWith(const ERChainerSeg2D*, double) const override { return lastFirst; }
+};
+
+TEST(ChainerProcessor, AsksChainsOfOtherClassesWhereverTheyAre) {
+    ERChainerProcessor processor;
+    processor.insert(ChainPointer(new FarReachingChain(line(0, 0, 1, 0))));
+    processor.insert(line(100, 100, 200, 100));
+    EXPECT_EQ(processor.nbchains(), 1);
 }
 
 // What a program still holds keeps its own list when a processor joins it with others.
