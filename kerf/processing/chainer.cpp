@@ -198,7 +198,7 @@ SegCompState StandardCompare(const ERChainedMetaSeg2D& a, const ERChainedMetaSeg
 
 /// The chains of a processor by the grid cells in which their ends lie. It leaves out no chain whose
 /// comparison could find an end within the tolerance.
-class ChainIndex {
+class ERChainerProcessor::Index {
     using Chain = t_SmartPtr<ERChainedMetaSeg2D>;
     using Chains = ERTValDlist<Chain>;
 
@@ -209,7 +209,7 @@ public:
         Chains::iterator chain;
     };
 
-    ChainIndex(Chains& chains, double tol) : reach_(reachOf(tol)), cell_(4 * reach_) {
+    Index(Chains& chains, double tol) : reach_(reachOf(tol)), cell_(4 * reach_) {
         for (auto chain = chains.begin(); chain != chains.end(); ++chain) add(chain);
     }
 
@@ -355,7 +355,7 @@ int ERChainerProcessor::insert(t_SmartPtr<ERChainedMetaSeg2D> chain) { return en
 
 int ERChainerProcessor::enter(ChainPointer& chain) {
     if (!chain || chain->entries() == 0) return 0;
-    if (!index_) index_ = std::make_unique<ChainIndex>(chains_, tol_);
+    if (!index_) index_ = std::make_unique<Index>(chains_, tol_);
     if (chain->isClosed() != 0) {
         append(chain);
         return 1;
@@ -364,9 +364,9 @@ int ERChainerProcessor::enter(ChainPointer& chain) {
     const auto placesAfter = [&](std::uint64_t passed) {
         return compare == &StandardCompare ? index_->near(*chain, passed) : index_->after(passed);
     };
-    std::vector<ChainIndex::Place> places = placesAfter(0);
+    std::vector<Index::Place> places = placesAfter(0);
     for (std::size_t i = 0; i < places.size();) {
-        const ChainIndex::Place place = places[i++];
+        const Index::Place place = places[i++];
         const SegCompState state = compare(**place.chain, *chain, tol_);
         if (state == overlap || state == overlapOther) return 0;
         if (state < firstFirst || state > lastLast) continue;

@@ -148,8 +148,6 @@ private:
 KERF_EXPORT SegCompState StandardCompare(const ERChainedMetaSeg2D& a, const ERChainedMetaSeg2D& b,
                                          double tol);
 
-class ChainIndex;
-
 /// Joins what is inserted with what is there.
 ///
 /// insert walks the chains in their order. Wherever the walk meets one that fits, both become one chain,
@@ -183,7 +181,8 @@ public:
     int insert(t_SmartPtr<ERChainedMetaSeg2D> chain);
 
     int nbchains() const { return static_cast<int>(chains_.entries()); }
-    /// Takes linear time. Lifetime: until the next insert.
+    /// From 0, the head of the list, on. Takes linear time. A position outside is the caller's fault.
+    /// Lifetime: until the next insert.
     const ERChainedMetaSeg2D* getAt(int position) const;
     /// For what is inserted from now on.
     void setTol(double tol);
@@ -200,6 +199,7 @@ protected:
     Compare compare = &StandardCompare;
 
 private:
+    class Index;
     using ChainPointer = t_SmartPtr<ERChainedMetaSeg2D>;
 
     int enter(ChainPointer& chain);
@@ -207,7 +207,7 @@ private:
 
     ERTValDlist<ChainPointer> chains_;
     double tol_;
-    std::unique_ptr<ChainIndex> index_;  // null until the next insert makes it anew
+    std::unique_ptr<Index> index_;  // null until the next insert makes it anew
 };
 
 }  // namespace kerf
