@@ -281,7 +281,7 @@ TEST(ChainerSegment, ReverseExchangesEndsAndTangentsAsTheyStand) {
 
 TEST(ChainerSegment, JoinsFirstEndsOnlyWhereTheSquareOfTheFarDistanceExceedsTheLengths) {
     const auto compared = [](double size) {
-        return Line({0, 0}, {size, 0}).compareWith(new Line({0, 0}, {-size, 0}), 1e-3);
+        return line(0, 0, size, 0)->compareWith(line(0, 0, -size, 0), 1e-3);
     };
     EXPECT_EQ(compared(0.26), firstFirst);  // 0.2704 > 0.26
     EXPECT_EQ(compared(0.24), noMatch);     // 0.2304 < 0.24
