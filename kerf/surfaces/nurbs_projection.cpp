@@ -259,8 +259,9 @@ bool NurbsProjection::intoHalves(const Halves& halves, int depth, double farthes
 // The halves of the surface, kept with it as long as there is room; else they live for this call.
 bool NurbsProjection::split(const ERSpoleNURBS3D& surface, bool alongU, Halves& halves) {
     Data& data = dataOf(surface);
+    if (halvesLeft_ < 2) return false;
+    halvesLeft_ -= 2;
     if (data.before == nullptr) {
-        if (halvesLeft_ < 2) return false;
         std::pair<Half, Half> cut;
         const bool keeps = root_->halvesBytes < mostBytes;
         if (!keeps)
@@ -280,8 +281,6 @@ bool NurbsProjection::split(const ERSpoleNURBS3D& surface, bool alongU, Halves& 
                                   half->poles_.length() * sizeof(ERPole3DH) +
                                   (half->knotsU_.length() + half->knotsV_.length()) * knotBytes;
     }
-    if (halvesLeft_ < 2) return false;
-    halvesLeft_ -= 2;
     halves = {data.before, data.after};
     return true;
 }
@@ -376,6 +375,11 @@ SeedNodes NurbsProjection::makeSeeds(const ERSpoleNURBS3D& surface) const {
 
 // The unit coordinates of the nearest of the samples.
 bool NurbsProjection::seed(const ERSpoleNURBS3D& surface, double& s, double& t) const {
+    // A sample counts when its distance is a number; none will where that of the box is not.
+    constexpr double largest = std::numeric_limits<double>::max();
+    if (!std::isfinite(p_.x() + p_.y() + p_.z()) ||
+        (boxesBound(surface) && !(distance2(surface.getBox(), p_) < largest)))
+        return false;
     std::optional<SeedNodes>& kept = dataOf(surface).seeds;
     std::optional<SeedNodes> passing;
     if (!kept) {
