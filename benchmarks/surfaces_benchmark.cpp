@@ -1,5 +1,6 @@
 // A rational bicubic B-spline surface with 10 by 10 poles against two libraries and a hand-written floor:
-// evaluation, grids, nets, cuts. Every measurement of one subject is made on the same surface and arguments.
+// evaluation, grids, nets, cuts; feet and rays by themselves. Every measurement of one subject is made on
+// the same surface and arguments.
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
@@ -12,6 +13,7 @@
 #include "kerf/surfaces/bezier_surface.h"
 #include "kerf/surfaces/mesh_sink.h"
 #include "kerf/surfaces/nurbs_surface.h"
+#include "kerf/surfaces/ray_result.h"
 
 #ifdef KERF_HAS_SISL
 #include <sisl.h>
@@ -381,5 +383,57 @@ void AllPatches(benchmark::State& state) {
     state.SetItemsProcessed(state.iterations() * spans * spans);
 }
 BENCHMARK(AllPatches);
+
+// Feet: 900 points near the surface, off it by 0.01 to 5 % of its size, 100 points farther off, up to the
+// size, and 100 000 near ones. What halves and grids cost is paid before. The argument scales the surface:
+// the larger it is, the more it is halved.
+
+void feet(benchmark::State& state, int count, double nearest, double farthest) {
+    ERSpoleNURBS3D surface = Forms().kerf();
+    surface.scale(static_cast<double>(state.range(0)));
+    const double size = surface.getBox().diagonal();
+    std::mt19937 generator(seed + 3);
+    std::vector<ERPoint3D> points;
+    for (int i = 0; i < count; ++i) {
+        const double u = drawn(generator, 0.0, spans), v = drawn(generator, 0.0, spans);
+        const double side = drawn(generator, -1.0, 1.0) < 0.0 ? -size : size;
+        const ERInfoPoint3DSurf info = surface.PtCur(u, v);
+        points.push_back(info.point() +
+                         info.normale() * (side * drawn(generator, nearest, farthest)));
+    }
+    ERPoint2D uv;
+    int found = 0;
+    for (const ERPoint3D& p : points) found += surface.ProjectionNormale(p, size, uv, 0);
+    const unsigned long before = heapCalls;
+    for (auto _ : state)
+        for (const ERPoint3D& p : points)
+            benchmark::DoNotOptimize(surface.ProjectionNormale(p, size, uv, 0));
+    state.counters["found"] = found;
+    state.counters["heap"] = static_cast<double>(heapCalls - before);
+    state.SetItemsProcessed(state.iterations() * count);
+}
+
+void FeetNear(benchmark::State& state) { feet(state, 900, 0.0001, 0.05); }
+BENCHMARK(FeetNear)->Arg(1)->Arg(10)->Arg(100);
+void FeetFar(benchmark::State& state) { feet(state, 100, 0.2, 1.0); }
+BENCHMARK(FeetFar)->Arg(1)->Arg(10)->Arg(100);
+void FeetOfMany(benchmark::State& state) { feet(state, 100000, 0.0001, 0.05); }
+BENCHMARK(FeetOfMany)->Arg(1)->Arg(10)->Unit(benchmark::kMillisecond);
+
+void Rays(benchmark::State& state) {
+    const ERSpoleNURBS3D surface = Forms().kerf();
+    std::mt19937 generator(seed + 4);
+    ERRaySurfaceResult result;
+    unsigned int met = 0;
+    const ERVector3D direction(0.2, -0.3, 1.0);
+    for (auto _ : state) {
+        const double x = drawn(generator, 1.0, 8.0);
+        surface.ProjectPoint(ERPoint3D(x, drawn(generator, 1.0, 8.0), 0.0), direction, result, 0);
+        met += result.entries();
+        result.filtre([](ERInfoPoint3DSurf*, void*) { return 1; }, nullptr);
+    }
+    state.counters["met"] = benchmark::Counter(met, benchmark::Counter::kAvgIterations);
+}
+BENCHMARK(Rays);
 
 }  // namespace

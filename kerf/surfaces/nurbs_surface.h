@@ -75,6 +75,10 @@ public:
     /// Degenerate: not found is what ReajustProjection refuses on its part. On a surface with weights
     ///             that are not positive the box is no bound.
     /// Storage:    halves and points are kept until the surface changes, up to 64 MiB.
+    /// Failure:    32 768 halves are entered at most; from then on parts are searched whole.
+    /// Kept:       where the nearest point lies on the border and the direction to it is not the normal,
+    ///             a foot that is farther may be found, or none, as Newton's method happens to end.
+    /// Kept:       the last 400 samples around the nearest one are half as far apart in v as in u.
     int ProjectionNormale(const ERPoint3D& p, double tolerance, ERPoint2D& uv,
                           int flag) const override;
     int ReajustProjection(ERPoint3D& p, ERPoint2D& uv, int flag) const override;

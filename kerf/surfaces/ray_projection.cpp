@@ -2,6 +2,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <concepts>
+#include <tuple>
+#include <utility>
 
 #include "kerf/curves/spline/pole_type.h"
 #include "kerf/surfaces/internal/ray_recursion.h"

@@ -39,7 +39,8 @@ public:
     /// Moves (u, v) from a start to a foot, by at most 10 steps of ERNewtonMSolver.
     /// Tolerance: the gradient is zero within 1e-10, or 1e-10 of the diagonal's inverse if that is more.
     ///            After the tenth step one below 1e-5 will do, or a direction to P within 1e-5 of the
-    ///            normal's. So may a foot on the border of the domain, from which the step leads out.
+    ///            normal's. So will a point on the border of the domain from which the step leads
+    ///            straight out.
     /// flag:      other than 0: a foot outside the ranges, and one within 1.1920928955078125e-07 of
     ///            their ends where the direction to P is not within 1e-5 of the normal's, is refused.
     /// Returns:   1, or 0 with uv as it was.

@@ -12,12 +12,13 @@ namespace kerf {
 /// What a pole surface keeps for the projections on it.
 struct PoleSurfaceProjectionData {
     struct Shape {
-        double deviation;         // of the poles from their medium plane
-        double largest;           // absolute coordinate of a pole
-        bool weightsArePositive;  // so that the surface lies in the box of its poles
-        ERPmIsometrie3D frame;    // of that plane
+        double deviation;                      // of the poles from their medium plane
+        double largest;                        // absolute coordinate of a pole
+        bool weightsArePositive;               // so that the surface lies in the box of its poles
+        ERPmIsometrie3D frame;                 // of that plane
         std::optional<ERVec<ERPoint2D>> hull;  // in the frame; where the surface is flat
-        std::vector<ERMinimax3D> cover;  // boxes in the frame that hold the surface; empty before made
+        std::vector<ERMinimax3D>
+            cover;  // boxes in the frame that hold the surface; empty before made
     };
 
     std::unique_ptr<ERSpoleNURBS3D> unitForm;  // of a Bézier surface

@@ -58,6 +58,8 @@ bool seed(Evaluate&& at, const ERLimites& rangeU, const ERLimites& rangeV, doubl
 /// Tolerance:  the first point nearer than `limit`, squared, ends the solve.
 /// Degenerate: false, with the start as it was, where the surface stands along the ray, where the
 ///             distance no longer changes, or grows for the eleventh time, and for what is not finite.
+/// Kept:       the solve stops at the first such point and does not improve it, though it may lie 2.2e-4
+///             off the ray.
 template <class Evaluate>
 bool solve(Evaluate&& at, const ERLimites& rangeU, const ERLimites& rangeV, double x, double y,
            Root& root, double limit = accepted) {
