@@ -217,7 +217,8 @@ public:
     /// What SutherCohen finds for the segment.
     ER_MINMAX_POSITION_SEGMENT positionRelative(const ERPoint2D& a, const ERPoint2D& b) const;
     /// Where the box stands relative to the polygon of n points, closed from the last to the first.
-    /// A corner of the box on the polygon's border, as Inside tells it, does not count as inside.
+    /// PolygonCrossing too when no edge meets the box and a corner of it is on the polygon's border as
+    /// Inside tells: within an area of 1e-10 of an edge.
     ER_MINMAX_POSITION_POLYGONE positionRelative(const ERPoint2D* polygon, unsigned int n) const;
     ER_MINMAX_POSITION_POLYGONE positionRelative(const ERVec<ERPoint2D>& polygon) const;
 };

@@ -4,7 +4,7 @@
 #include <array>
 #include <cmath>
 
-#include "kerf/values/polygon.h"
+#include "kerf/values/internal/polygon_predicates.h"
 
 namespace kerf {
 
@@ -95,13 +95,9 @@ ER_MINMAX_POSITION_POLYGONE ERMinimax2D::positionRelative(const ERPoint2D* polyg
     }
     if (edgeInBox) return PolygonPartly;
 
-    const int count = static_cast<int>(n);
-    for (const double x : {xmin(), xmax()}) {
-        for (const double y : {ymin(), ymax()}) {
-            if (Inside(ERPoint2D(x, y), polygon, count) != InsidePolygon) return PolygonOutside;
-        }
-    }
-    return PolygonInside;
+    return detail::positionByCorners(*this, [&](const ERPoint2D& corner) {
+        return Inside(corner, polygon, static_cast<int>(n));
+    });
 }
 
 ER_MINMAX_POSITION_POLYGONE ERMinimax2D::positionRelative(const ERVec<ERPoint2D>& polygon) const {

@@ -6,67 +6,21 @@
 #include <utility>
 #include <vector>
 
+#include "kerf/values/internal/polygon_predicates.h"
+
 namespace kerf {
+
+using detail::CrossingCount;
+using detail::orientation;
 
 namespace {
 
-constexpr double edgeTolerance = 1e-10;  // an area
-constexpr double rayEndX = 1e12;
 constexpr double samePointTolerance = 1e-12;
 constexpr unsigned int fewPoints = 32;  // whose hull is found on the stack
-
-inline int orientation(double p0x, double p0y, double p1x, double p1y, double p2x, double p2y,
-                       double eps) {
-    const double d1x = p1x - p0x, d1y = p1y - p0y;
-    const double d2x = p2x - p0x, d2y = p2y - p0y;
-    const double area = d2y * d1x - d2x * d1y;
-    if (area > eps) return 1;
-    if (area < -eps) return -1;
-    if (d2x * d1x < -eps || d2y * d1y < -eps) return -1;
-    const double excess = (d1x * d1x + d1y * d1y) - (d2x * d2x + d2y * d2y);
-    return excess < -eps ? 1 : 0;
-}
-
-inline int orientation(const ERPoint2D& p0, const ERPoint2D& p1, const ERPoint2D& p2, double eps) {
-    return orientation(p0.x(), p0.y(), p1.x(), p1.y(), p2.x(), p2.y(), eps);
-}
-
-inline int segmentsMeet(const ERPoint2D& a, const ERPoint2D& b, const ERPoint2D& c,
-                        const ERPoint2D& d) {
-    if (orientation(a, b, c, 0.0) * orientation(a, b, d, 0.0) > 0) return 0;
-    return orientation(c, d, a, 0.0) * orientation(c, d, b, 0.0) < 1;
-}
 
 inline bool equal(const ERPoint2D& a, const ERPoint2D& b) {
     return a.x() == b.x() && a.y() == b.y();
 }
-
-// The ray from p to the right, and how often the edges that it was tried on cross it.
-class CrossingCount {
-public:
-    explicit CrossingCount(const ERPoint2D& p) : p_(p), rayEnd_(rayEndX, p.y()) {}
-
-    // What the edge from a to b decides, or OutsidePolygon when it only counts.
-    relpos add(const ERPoint2D& a, const ERPoint2D& b) {
-        const double y = p_.y();
-        if ((a.y() < y && b.y() < y) || (a.y() > y && b.y() > y)) return OutsidePolygon;
-        if (a.x() < p_.x() && b.x() < p_.x()) return OutsidePolygon;
-        if (equal(p_, b)) return OnVertex;
-        if (orientation(a, b, p_, edgeTolerance) == 0) return OnEdge;
-        // Half-open: an edge's lower end does not count, so a vertex on the ray counts once.
-        if (a.y() != b.y() && y > std::min(a.y(), b.y()) && segmentsMeet(a, b, p_, rayEnd_)) {
-            odd_ = !odd_;
-        }
-        return OutsidePolygon;
-    }
-
-    bool odd() const { return odd_; }
-
-private:
-    const ERPoint2D p_;
-    const ERPoint2D rayEnd_;
-    bool odd_ = false;
-};
 
 // `reach` is |dx| + |dy|.
 inline double pseudoAngle(double dx, double dy, double reach) {
@@ -155,7 +109,7 @@ int ccw(const ERPoint2D& p0, const ERPoint2D& p1, const ERPoint2D& p2, double ep
 }
 
 int Intersect(const ERPoint2D& a, const ERPoint2D& b, const ERPoint2D& c, const ERPoint2D& d) {
-    return segmentsMeet(a, b, c, d);
+    return detail::segmentsMeet(a, b, c, d);
 }
 
 relpos Inside(const ERPoint2D& p, const ERPoint2D* points, int n, int) {
@@ -181,7 +135,7 @@ relpos Inside(const ERPoint2D& p, const ERPoint2D* points, int n, int) {
         const relpos decided = crossings.add(last, first);
         if (decided != OutsidePolygon) return decided;
     }
-    return crossings.odd() ? InsidePolygon : OutsidePolygon;
+    return crossings.parity();
 }
 
 relpos Inside(const ERPoint2D& p, const ERVec<ERPoint2D>& points) {

@@ -72,10 +72,11 @@ TEST(PolygonAgainstBox, RandomPolygonsStandAsInExactArithmetic) {
 }
 
 // A side 1e-12 off the box does not cross it, but the box's corners count as on an edge.
-TEST(PolygonAgainstBox, CornersOnTheBorderAreNotInside) {
+TEST(PolygonAgainstBox, CornersOnTheBorderAreNeitherInNorOut) {
     const double off = 1e-12, far = 4 + off;
     const ERPoint2D polygon[] = {{-off, -off}, {far, -off}, {far, far}, {-off, far}};
-    EXPECT_EQ(ERMinimax2D(0, 4, 0, 4).positionRelative(polygon, 4), PolygonOutside);
+    EXPECT_EQ(ERMinimax2D(0, 4, 0, 4).positionRelative(polygon, 4), PolygonCrossing);
+    EXPECT_EQ(ERMinimax2D(-4, -1, 0, 4).positionRelative(polygon, 4), PolygonOutside);
     EXPECT_EQ(ERMinimax2D(1, 3, 1, 3).positionRelative(polygon, 4), PolygonInside);
 }
 
