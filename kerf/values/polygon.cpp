@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <memory>
 #include <utility>
 #include <vector>
 
@@ -17,6 +18,13 @@ namespace {
 
 constexpr double samePointTolerance = 1e-12;
 constexpr unsigned int fewPoints = 32;  // whose hull is found on the stack
+constexpr unsigned int fewToSort = 512;
+// How far inside a point clearly lies, relative to the extent of all: far beyond what rounding does to
+// areas and angles.
+constexpr double clearlyInside = 1e-7;
+constexpr double noEdgeTolerance = 1e-11;
+constexpr double onEdgeTolerance = 1e-5;  // an area
+constexpr double sameCornerSquared = 0.01;
 
 inline bool equal(const ERPoint2D& a, const ERPoint2D& b) {
     return a.x() == b.x() && a.y() == b.y();
@@ -64,6 +72,95 @@ inline bool samePoint(const HullPoint& a, const HullPoint& b) {
     return std::fabs(a.x - b.x) <= samePointTolerance && std::fabs(a.y - b.y) <= samePointTolerance;
 }
 
+// Points far from the hull, told by the octagon of the points that lie farthest in eight directions.
+class Middle {
+public:
+    Middle(const ERPoint2D* points, unsigned int n) {
+        constexpr unsigned int directions = 8;  // from the east, counter-clockwise
+        const ERPoint2D* far[directions];
+        std::fill_n(far, directions, points);
+        double east = points->x(), west = east, north = points->y(), south = north;
+        double northEast = east + north, southWest = northEast;
+        double southEast = east - north, northWest = southEast;
+        const auto more = [](bool farther, double& best, double value, const ERPoint2D*& at,
+                             const ERPoint2D* p) {
+            if (!farther) return;
+            best = value;
+            at = p;
+        };
+        for (const ERPoint2D* p = points; p != points + n; ++p) {
+            const double x = p->x(), y = p->y(), sum = x + y, difference = x - y;
+            more(x > east, east, x, far[0], p);
+            more(sum > northEast, northEast, sum, far[1], p);
+            more(y > north, north, y, far[2], p);
+            more(difference < northWest, northWest, difference, far[3], p);
+            more(x < west, west, x, far[4], p);
+            more(sum < southWest, southWest, sum, far[5], p);
+            more(y < south, south, y, far[6], p);
+            more(difference > southEast, southEast, difference, far[7], p);
+        }
+        const double size = std::max(east - west, north - south);
+        if (!(size > 0.0) || !std::isfinite(size)) return;
+        const double margin = clearlyInside * size + samePointTolerance;
+        // A point has one of four farthest points in each of its quadrants when it lies in this box.
+        left_ = std::max(far[3]->x(), far[5]->x()) + margin;
+        right_ = std::min(far[1]->x(), far[7]->x()) - margin;
+        bottom_ = std::max(far[5]->y(), far[7]->y()) + margin;
+        top_ = std::min(far[1]->y(), far[3]->y()) - margin;
+        for (unsigned int i = 0; i < directions; ++i) {
+            const ERPoint2D &a = *far[i], &b = *far[(i + 1) % directions];
+            const double dx = b.x() - a.x(), dy = b.y() - a.y();
+            const double reach = std::fabs(dx) + std::fabs(dy);
+            if (reach > 0.0) sides_[count_++] = {a.x(), a.y(), dx, dy, margin * reach};
+        }
+    }
+
+    bool holds(double x, double y) const {
+        if (x > left_ && x < right_ && y > bottom_ && y < top_) return true;
+        for (unsigned int i = 0; i < count_; ++i) {
+            const Side& s = sides_[i];
+            if (!(s.dx * (y - s.y) - s.dy * (x - s.x) > s.margin)) return false;
+        }
+        return count_ > 0;
+    }
+
+private:
+    struct Side {
+        double x, y, dx, dy, margin;
+    };
+
+    double left_ = 0.0, right_ = 0.0, bottom_ = 0.0, top_ = 0.0;
+    unsigned int count_ = 0;
+    Side sides_[8];
+};
+
+// Sorts by angle, in time that does not grow faster than the number while angles are spread.
+void sortByAngle(HullPoint* first, unsigned int n) {
+    if (n <= fewToSort) {
+        std::sort(first, first + n, comesFirst);
+        return;
+    }
+    // The pivot is the lowest point, so the angles go from 0 to 180.
+    const unsigned int buckets = n / 2;
+    const double scale = buckets / 180.0;
+    const auto bucketOf = [&](const HullPoint& p) {
+        const double bucket = p.theta * scale;
+        return bucket < buckets ? static_cast<unsigned int>(bucket) : buckets - 1;
+    };
+    std::vector<unsigned int> ends(buckets, 0);
+    for (const HullPoint* p = first; p != first + n; ++p) ++ends[bucketOf(*p)];
+    unsigned int start = 0;
+    for (unsigned int& end : ends) start += std::exchange(end, start);
+    const std::unique_ptr<HullPoint[]> sorted(new HullPoint[n]);
+    for (const HullPoint* p = first; p != first + n; ++p) sorted[ends[bucketOf(*p)]++] = *p;
+    start = 0;
+    for (const unsigned int end : ends) {
+        if (end - start > 1) std::sort(&sorted[start], &sorted[0] + end, comesFirst);
+        start = end;
+    }
+    std::copy_n(sorted.get(), n, first);
+}
+
 // The hull of n points, left at the front of `fan`, which has room for n. Returns the number of
 // corners.
 unsigned int grahamScan(const ERPoint2D* points, unsigned int n, HullPoint* fan) {
@@ -75,13 +172,22 @@ unsigned int grahamScan(const ERPoint2D* points, unsigned int n, HullPoint* fan)
 
     HullPoint* end = fan;
     *end++ = {0.0, 0.0, pivot->x(), pivot->y()};
-    for (const ERPoint2D* p = points; p != points + n; ++p) {
-        if (p == pivot) continue;
-        const double dx = p->x() - pivot->x(), dy = p->y() - pivot->y();
+    const auto add = [&](const ERPoint2D& p) {
+        const double dx = p.x() - pivot->x(), dy = p.y() - pivot->y();
         const double reach = std::fabs(dx) + std::fabs(dy);
-        *end++ = {orderable(pseudoAngle(dx, dy, reach)), orderable(reach), p->x(), p->y()};
+        *end++ = {orderable(pseudoAngle(dx, dy, reach)), orderable(reach), p.x(), p.y()};
+    };
+    if (n <= fewPoints) {
+        for (const ERPoint2D* p = points; p != points + n; ++p) {
+            if (p != pivot) add(*p);
+        }
+    } else {
+        const Middle middle(points, n);
+        for (const ERPoint2D* p = points; p != points + n; ++p) {
+            if (p != pivot && !middle.holds(p->x(), p->y())) add(*p);
+        }
     }
-    std::sort(fan + 1, end, comesFirst);
+    sortByAngle(fan + 1, static_cast<unsigned int>(end - fan) - 1);
     end = std::unique(fan, end, samePoint);
     if (end - fan < 3) return 0;
 
@@ -100,6 +206,16 @@ unsigned int grahamScan(const ERPoint2D* points, unsigned int n, HullPoint* fan)
 
 void writeCorners(const HullPoint* fan, unsigned int size, ERPoint2D* corners) {
     for (unsigned int i = 0; i < size; ++i) corners[i] = ERPoint2D(fan[i].x, fan[i].y);
+}
+
+bool hasLength(const ERPoint2D& a, const ERPoint2D& b) {
+    return std::fabs(b.x() - a.x()) > noEdgeTolerance || std::fabs(b.y() - a.y()) > noEdgeTolerance;
+}
+
+// The foot of p on the line through a and b, which differ.
+ERPoint2D footOnLine(const ERPoint2D& p, const ERPoint2D& a, const ERPoint2D& b) {
+    const ERVector2D d(a, b);
+    return a + d * (ERVector2D(a, p) * d / (d * d));
 }
 
 }  // namespace
@@ -161,6 +277,62 @@ ERVec<ERPoint2D> CalculateConvexeHull(ERVec<ERPoint2D> points) {
     ERVec<ERPoint2D> hull(size);
     if (size > 0) writeCorners(fan.data(), size, hull.data());
     return hull;
+}
+
+unsigned int findProjection(const ERPoint2D& p, const ERVec<ERPoint2D>& polygon, ERPoint2D& result,
+                            double offset) {
+    const ERPoint2D* const points = polygon.data();
+    const unsigned int n = polygon.length();
+    const ERPoint2D from(p);  // which may be the result
+    unsigned int edge = ~0U;
+    double best = std::numeric_limits<double>::max();
+    for (unsigned int i = 0; i < n; ++i) {
+        const ERPoint2D &a = points[i], &b = points[i + 1 < n ? i + 1 : 0];
+        if (!hasLength(a, b)) continue;
+        const ERPoint2D foot = footOnLine(from, a, b);
+        const double error = std::fabs(distance(foot, from) - std::fabs(offset));
+        if (error < best && orientation(a, b, foot, onEdgeTolerance) == 0) {
+            best = error;
+            result = foot;
+            edge = i;
+        }
+    }
+    return edge;
+}
+
+int findAllProjections(const ERPoint2D& p, const ERVec<ERPoint2D>& polyline,
+                       ERVec<ERPoint2D>& points, ERVec<double>& params, double tol) {
+    // Copies, since the results may go to the same vector.
+    const ERVec<ERPoint2D> vertices(polyline);
+    const ERPoint2D from(p);
+    const unsigned int before = points.length();
+    unsigned int previous = 0;
+    int sideOfPrevious = 0;
+    for (unsigned int i = 0; i + 1 < vertices.length(); ++i) {
+        const ERPoint2D &a = vertices[i], &b = vertices[i + 1];
+        if (!hasLength(a, b)) continue;
+        ERPoint2D foot = footOnLine(from, a, b);
+        const double dx = b.x() - a.x(), dy = b.y() - a.y();
+        double u =
+            std::fabs(dx) > std::fabs(dy) ? (foot.x() - a.x()) / dx : (foot.y() - a.y()) / dy;
+        const int side = u < 0.0 ? -1 : u > 1.0 ? 1 : 0;
+        bool found = u >= 0.0 && u <= 1.0;
+        if (sideOfPrevious == 1 && side == -1) {
+            const ERPoint2D onPrevious = footOnLine(a, vertices[previous], vertices[previous + 1]);
+            if (distance2(onPrevious, a) < sameCornerSquared) {
+                foot = a;
+                u = 0.0;
+                found = true;
+            }
+        }
+        if (found && !(tol > 0.0 && distance2(foot, from) > tol * tol)) {
+            points.append(foot);
+            params.append(u + i);
+        }
+        previous = i;
+        sideOfPrevious = side;
+    }
+    return points.length() > before;
 }
 
 }  // namespace kerf

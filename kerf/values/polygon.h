@@ -3,7 +3,7 @@
 #include "kerf/values/point.h"
 #include "kerf/values/vector_instances.h"
 
-// Predicates on polygons of the plane, and the convex hull. A polygon is its points in order,
+// Predicates on polygons of the plane, feet of points on them, and the convex hull. A polygon is its points in order,
 // closed from the last to the first; repeating the first point at the end makes no difference.
 namespace kerf {
 
@@ -46,5 +46,24 @@ KERF_EXPORT ERVec<ERPoint2D> CalculateConvexeHull(ERVec<ERPoint2D> points);
 /// the array itself. Up to 32 points take no memory from the heap.
 /// Returns: the number of corners.
 KERF_EXPORT unsigned int convexHull(const ERPoint2D* points, unsigned int n, ERPoint2D* hull);
+
+/// Of the feet of p on the edges of the polygon, that of which the distance to p is nearest to |offset|.
+/// Edges shorter than 1e-11 in x and y have none.
+/// Tolerance: a foot counts as on its edge within an area of 1e-5 (see ccw).
+/// Returns:   the index of the edge, which is that of its first point, and of equal ones the first;
+///            all ones, with `result` as it was, when p has no foot.
+KERF_EXPORT unsigned int findProjection(const ERPoint2D& p, const ERVec<ERPoint2D>& polygon,
+                                        ERPoint2D& result, double offset);
+
+/// Appends the feet of p on the edges of the polyline, which is not closed, and their parameters: the
+/// index of the edge plus the part of it, 0 to 1, up to the foot. Edges shorter than 1e-11 in x and y
+/// are passed over. Beyond a convex corner, past one edge and before the next, the corner is the
+/// foot, with the index of the second edge. A positive `tol` leaves out what is farther from p.
+/// Degenerate: a polyline of fewer than two points has no feet, nor has a point that is not finite.
+/// Returns:    1 when something was appended.
+/// Kept:       a foot on the common end of two edges is appended by both. The first point and the last
+///             are no corners.
+KERF_EXPORT int findAllProjections(const ERPoint2D& p, const ERVec<ERPoint2D>& polyline,
+                                   ERVec<ERPoint2D>& points, ERVec<double>& params, double tol);
 
 }  // namespace kerf
