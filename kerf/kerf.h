@@ -76,6 +76,8 @@
 #include "kerf/processing/curve_segment.h"
 #include "kerf/processing/measured_point.h"
 #include "kerf/processing/normaliser.h"
+#include "kerf/processing/raster.h"
+#include "kerf/processing/region.h"
 #include "kerf/surfaces/arc_builders.h"
 #include "kerf/surfaces/bezier_patches.h"
 #include "kerf/surfaces/bezier_surface.h"

@@ -21,6 +21,7 @@
 #include "kerf/persistence/database_object.h"
 #include "kerf/persistence/tree_objects.h"
 #include "kerf/processing/chainer.h"
+#include "kerf/processing/region.h"
 #include "kerf/surfaces/bezier_surface.h"
 #include "kerf/surfaces/bounded_cone.h"
 #include "kerf/surfaces/bounded_cylinder.h"
@@ -105,6 +106,7 @@ const ERClassRegistration* const classes[] = {
     // processing
     ERChainedMetaSeg2D::desc(),
     ERChainerSeg2D::desc(),
+    ERRegion2D::desc(),
     // surfaces
     ERAnyBoundedSurface::desc(),
     ERBoundedCone::desc(),

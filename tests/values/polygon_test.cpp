@@ -1,35 +1,12 @@
 #include "kerf/values/polygon.h"
 
+#include "tests/support/polygon_oracle.h"
 #include "tests/support/value_checks.h"
 
 namespace kerf {
 namespace {
 
 using namespace test;
-
-// The scalar product of b - a and d - c.
-double dot(const ERPoint2D& a, const ERPoint2D& b, const ERPoint2D& c, const ERPoint2D& d) {
-    return (b.x() - a.x()) * (d.x() - c.x()) + (b.y() - a.y()) * (d.y() - c.y());
-}
-
-bool onSegment(const ERPoint2D& a, const ERPoint2D& b, const ERPoint2D& p) {
-    return area(a, b, p) == 0 && dot(p, a, p, b) <= 0;
-}
-
-// Oracle: exact tests for the border, in the order in which the edges come, since a polygon that
-// touches itself may have a vertex on another edge; and the crossing number by signed areas.
-int exactInside(const ERPoint2D& p, const std::vector<ERPoint2D>& polygon) {
-    if (p == polygon[0]) return OnVertex;
-    bool odd = false;
-    for (std::size_t i = 0; i < polygon.size(); ++i) {
-        ERPoint2D a = polygon[i], b = polygon[(i + 1) % polygon.size()];
-        if (p == b) return OnVertex;
-        if (onSegment(a, b, p)) return OnEdge;
-        if (a.y() > b.y()) std::swap(a, b);
-        if (a.y() <= p.y() && p.y() < b.y() && area(a, b, p) > 0) odd = !odd;
-    }
-    return odd ? InsidePolygon : OutsidePolygon;
-}
 
 void expectExactlyInside(const std::vector<ERPoint2D>& polygon,
                          const std::vector<ERPoint2D>& probes) {

@@ -38,12 +38,19 @@ class CrossingCount {
 public:
     explicit CrossingCount(const ERPoint2D& p) : p_(p), rayEnd_(rayEndX, p.y()) {}
 
-    // What the edge from a to b decides, or OutsidePolygon when it only counts. An edge that lies
-    // strictly above the ray, strictly below it or strictly left of p does neither.
-    relpos add(const ERPoint2D& a, const ERPoint2D& b) {
+    // Whether the edge from a to b lies strictly above the ray, strictly below it or strictly left of
+    // p.
+    bool misses(const ERPoint2D& a, const ERPoint2D& b) const {
         const double y = p_.y();
-        if ((a.y() < y && b.y() < y) || (a.y() > y && b.y() > y)) return OutsidePolygon;
-        if (a.x() < p_.x() && b.x() < p_.x()) return OutsidePolygon;
+        if ((a.y() < y && b.y() < y) || (a.y() > y && b.y() > y)) return true;
+        return a.x() < p_.x() && b.x() < p_.x();
+    }
+
+    // What the edge from a to b decides, or OutsidePolygon when it only counts; an edge that misses
+    // does neither.
+    relpos add(const ERPoint2D& a, const ERPoint2D& b) {
+        if (misses(a, b)) return OutsidePolygon;
+        const double y = p_.y();
         if (p_.x() == b.x() && p_.y() == b.y()) return OnVertex;
         if (orientation(a, b, p_, edgeTolerance) == 0) return OnEdge;
         // Half-open: an edge's lower end does not count, so a vertex on the ray counts once.
