@@ -105,7 +105,7 @@ public:
     virtual void insertKnotV(double v, unsigned int times);
 
     void UpdateCache() const;  ///< makes the decomposition into patches, where it is not there
-    void ResetCacheInfo() override;
+    void ResetCacheInfo();     ///< drops it, with the span boxes and all else that is kept
 
 protected:
     /// Refuses a value that is not above the start of the current range, or above its end. At the end

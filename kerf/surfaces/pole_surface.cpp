@@ -90,7 +90,7 @@ void PoleSurface<Surface, Pole>::dropEmpty() {
 template <class Surface, class Pole>
 void PoleSurface<Surface, Pole>::restored() {
     dropEmpty();
-    ResetCacheInfo();
+    dropKept();
     resetUpperEstimates();
 }
 
@@ -103,7 +103,7 @@ void PoleSurface<Surface, Pole>::ResetCacheInfo() {
 
 template <class Surface, class Pole>
 void PoleSurface<Surface, Pole>::CleanUpTemporaries(int level) {
-    ResetCacheInfo();
+    dropKept();
     ERSpoleRep::CleanUpTemporaries(level);
 }
 
@@ -151,7 +151,7 @@ double PoleSurface<Surface, Pole>::_calculateUpperEstimateV() const {
 template <class Surface, class Pole>
 template <class Edit>
 void PoleSurface<Surface, Pole>::movePoles(Edit edit) {
-    ResetCacheInfo();
+    dropKept();
     Pole* const pole = poles_.data();
     for (unsigned int i = 0; i < poles_.length(); ++i) edit(pole[i]);
 }
@@ -171,7 +171,7 @@ void PoleSurface<Surface, Pole>::translate(const ERPoint3D& t) {
 
 template <class Surface, class Pole>
 void PoleSurface<Surface, Pole>::transformFrom(const ERPmSimilitude3D& transformation) {
-    ResetCacheInfo();
+    dropKept();
     transformation.TransFrom(poles_.asVector());
     resetUpperEstimates();
     ERSpoleRep::transformFrom(transformation);
@@ -179,14 +179,14 @@ void PoleSurface<Surface, Pole>::transformFrom(const ERPmSimilitude3D& transform
 
 template <class Surface, class Pole>
 void PoleSurface<Surface, Pole>::transformFrom(const ERPmIsometrie3D& transformation) {
-    ResetCacheInfo();
+    dropKept();
     transformation.TransFrom(poles_.asVector());
     ERSpoleRep::transformFrom(transformation);
 }
 
 template <class Surface, class Pole>
 void PoleSurface<Surface, Pole>::transformTo(const ERPmSimilitude3D& transformation) {
-    ResetCacheInfo();
+    dropKept();
     transformation.TransTo(poles_.asVector());
     resetUpperEstimates();
     ERSpoleRep::transformTo(transformation);
@@ -194,14 +194,14 @@ void PoleSurface<Surface, Pole>::transformTo(const ERPmSimilitude3D& transformat
 
 template <class Surface, class Pole>
 void PoleSurface<Surface, Pole>::transformTo(const ERPmIsometrie3D& transformation) {
-    ResetCacheInfo();
+    dropKept();
     transformation.TransTo(poles_.asVector());
     ERSpoleRep::transformTo(transformation);
 }
 
 template <class Surface, class Pole>
 void PoleSurface<Surface, Pole>::reverse() {
-    ResetCacheInfo();
+    dropKept();
     poles_ = poles_.transposed();
     swapUpperEstimates();
     ERSpoleRep::reverse();

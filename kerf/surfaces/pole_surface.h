@@ -124,7 +124,7 @@ public:
     void printOn(std::ostream& os) const override;
 
     /// Drops box, hull, halves and what projections keep.
-    virtual void ResetCacheInfo();
+    void ResetCacheInfo();
 
 protected:
     PoleSurface() = default;
@@ -136,11 +136,12 @@ protected:
     PoleSurface(const PoleSurface&) = default;
     PoleSurface& operator=(const PoleSurface&) = default;
 
+    void dropKept() { static_cast<Surface&>(*this).ResetCacheInfo(); }
     /// Drops all that is kept, makes the change and marks the object: the one gate of every change but
     /// the moves, which carry the grid of points along.
     template <class Edit>
     void change(Edit edit) {
-        ResetCacheInfo();
+        dropKept();
         dropGrid();
         edit();
         setDirty();
