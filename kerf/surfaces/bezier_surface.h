@@ -76,6 +76,7 @@ protected:
     BezierSurface& operator=(const BezierSurface&) = default;
 
     using typename Base::Halves;
+    /// Kept: no value is refused. Outside the range the parts are carried on beyond the surface.
     Halves cutInU(double u) const override;
     Halves cutInV(double v) const override;
 

@@ -108,8 +108,8 @@ public:
     void ResetCacheInfo();     ///< drops it, with the span boxes and all else that is kept
 
 protected:
-    /// Refuses a value that is not above the start of the current range, or above its end. At the end
-    /// the second part is a dummy.
+    /// Refuses a value that is not above the start of the current range, or above its end.
+    /// Kept: the two ends differ. At the end of the range the second part is a dummy.
     Halves cutInU(double u) const override;
     Halves cutInV(double v) const override;
     /// Kept: of several spans, the knot in the middle of the knot vector.
