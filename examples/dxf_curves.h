@@ -34,6 +34,7 @@ struct DrawnCurve {
     std::string kind;  // of the entity
     unsigned int line = 0;
     CurvePointer curve;
+    std::string layer = {};
 };
 
 struct Drawing {
@@ -67,6 +68,11 @@ public:
             return value;
         }
         return ifMissing;
+    }
+    std::string text(int code) const {
+        for (const Group& group : entity_.groups)
+            if (group.code == code) return group.value;
+        return {};
     }
     kerf::ERPoint2D point(int code) { return {number(code), number(code + 10)}; }
     /// Every group of the code, in order.
@@ -307,7 +313,7 @@ inline bool addEntity(const Entity& entity, Drawing& drawing, Complaint& complai
         complaint = fields.complaint();
         return false;
     }
-    drawing.curves.push_back({kind, entity.line, curve});
+    drawing.curves.push_back({kind, entity.line, curve, fields.text(8)});
     return true;
 }
 

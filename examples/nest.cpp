@@ -1,19 +1,24 @@
-// Joins the loose curves of a drawing into the contours that a machine cuts.
+// Joins the loose curves of a drawing into the contours that a machine cuts, and these into parts.
 //
 // usage: nest DRAWING.dxf PICTURE.svg [OPTION...]
 //
 //   --join=LENGTH    ends closer than this are joined (a millionth of the diagonal)
 //   --loose=SEED     first cuts the curves at their corners, closed ones in two, and shuffles the pieces,
 //                    about half of them reversed
+//   --skip=LAYER     leaves out what is drawn on that layer; may be given again
+//   --hatch=LENGTH   the distance of hatch lines (a 100th of the diagonal)
 //   --help           this text
 //
 // DRAWING.dxf is an ASCII DXF file. Its LINE, ARC, CIRCLE, ELLIPSE, LWPOLYLINE and SPLINE become curves;
 // entities of other kinds are counted and named. The curves may stand in any order and direction. The
-// program lists the closed contours with their areas and the open ones with the places of their ends, and
-// draws a picture of both.
+// program lists the closed contours with their areas and the open ones with the places of their ends. What
+// lies in each other becomes parts with holes; hatch lines are cut to them, random points and the tiles of
+// the table are told to be in a part or not. A picture shows it all.
 //
-// Exit code 0 only if every curve went into one contour or is named as left out; 1 if not, if the input is
-// broken or the picture cannot be written; 2 for a wrong command line. Open contours are no failure.
+// Exit code 0 only if every curve went into one contour or is named as left out, and points, tiles and
+// hatch agree with a count of the crossings of rays; 1 if not, if the input is broken or the picture cannot
+// be written; 2 for a wrong command line. Open contours are no failure.
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
@@ -26,6 +31,7 @@
 #include "examples/dxf_curves.h"
 #include "examples/nest.h"
 #include "examples/nest_picture.h"
+#include "examples/nest_regions.h"
 
 namespace {
 
@@ -37,17 +43,20 @@ constexpr const char* usage =
     "  --join=LENGTH    ends closer than this are joined (a millionth of the diagonal)\n"
     "  --loose=SEED     first cuts the curves at their corners, closed ones in two, and\n"
     "                   shuffles the pieces, about half of them reversed\n"
+    "  --skip=LAYER     leaves out what is drawn on that layer; may be given again\n"
+    "  --hatch=LENGTH   the distance of hatch lines (a 100th of the diagonal)\n"
     "  --help           this text\n"
     "Joins the LINE, ARC, CIRCLE, ELLIPSE, LWPOLYLINE and SPLINE of an ASCII DXF drawing, in any\n"
-    "order and direction, into contours, lists those that are closed with their areas and those\n"
-    "that are open with their ends, and draws PICTURE.svg.\n"
-    "Exit code 0 if every curve is accounted for; 1 if not, if the input is broken or the picture\n"
-    "cannot be written; 2 for a wrong command line.\n";
+    "order and direction, into contours, and those that lie in each other into parts with holes;\n"
+    "cuts hatch lines to these, tells points and tiles in and out of them, and draws PICTURE.svg.\n"
+    "Exit code 0 if every curve is accounted for and every check holds; 1 if not, if the input is\n"
+    "broken or the picture cannot be written; 2 for a wrong command line.\n";
 
 struct Options {
     std::string drawing, picture;
-    double join = 0.0;  // 0: by the size of the drawing
-    std::uint64_t seed = 0;
+    std::vector<std::string> skipped;  // layers
+    double join = 0.0, hatch = 0.0;    // 0: by the size of the drawing
+    std::uint64_t seed = 1;
     bool loose = false;
     bool help = false;
 };
@@ -57,6 +66,9 @@ bool readOption(const std::string& argument, Options& options) {
     const std::string name = argument.substr(0, equals);
     const std::string value = equals == std::string::npos ? "" : argument.substr(equals + 1);
     if (name == "--join") return readLength(value, options.join);
+    if (name == "--hatch") return readLength(value, options.hatch);
+    if (name == "--skip") options.skipped.push_back(value);
+    if (name == "--skip") return !value.empty();
     if (name == "--loose") return options.loose = dxf::parse(value, options.seed);
     return false;
 }
@@ -90,17 +102,19 @@ bool outputIsFree(const Options& options) {
 struct Sheet {
     dxf::Drawing drawing;
     std::vector<LoosePiece> pieces;
+    kerf::ERMinimax2D box;
     double size = 0.0;  // the diagonal
-    double join = 0.0;
+    double join = 0.0, hatch = 0.0, chord = 0.0;
 
     void prepare(const Options& options) {
-        kerf::ERMinimax2D box;
         for (const dxf::DrawnCurve& drawn : drawing.curves) {
             box.Update(drawn.curve->getBox());
             pieces.emplace_back(drawn.curve);
         }
         size = box.DiametreBoule();
         join = options.join > 0.0 ? options.join : size * 1e-6;
+        hatch = options.hatch > 0.0 ? options.hatch : size / 100;
+        chord = size / 20000;
         if (options.loose) pieces = takeApart(pieces, options.seed, join);
     }
 };
@@ -149,31 +163,94 @@ ERVec<ERPoint2D> pointsOf(const LoosePiece& piece, double chord) {
     return piece.curve->approxime(piece.curve->getBound(), chord);
 }
 
-NestPicture pictureOf(const Sheet& sheet, const ContourChainer& chainer) {
-    const double chord = sheet.size / 5000;
+// Joints stand once: neighbours closer than a joint are one.
+Polygon polygonOf(const Sheet& sheet, const CutContour& contour) {
+    Polygon points;
+    for (const CutContour::Step& step : contour.steps) {
+        const Polygon own = pointsOf(sheet.pieces[step.piece], sheet.chord);
+        for (unsigned int k = 0; k < own.length(); ++k) {
+            const ERPoint2D& p = own[step.backwards ? own.length() - 1 - k : k];
+            if (points.length() == 0 || !(distance(points[points.length() - 1], p) < sheet.join))
+                points.append(p);
+        }
+    }
+    const bool repeats = contour.closed && points.length() > 1 &&
+                         distance(points[0], points[points.length() - 1]) < sheet.join;
+    if (repeats) points.resize(points.length() - 1);
+    return points;
+}
+
+bool reportParts(const Sheet& sheet, const ContourChainer& chainer, PartSearch& search) {
+    for (const std::size_t i : search.crossing())
+        std::printf("crosses itself or another: contour of %zu, area %.9f\n",
+                    chainer.contours()[i].steps.size(), chainer.contours()[i].area);
+    const bool hatched = search.hatch(sheet.hatch);
+    std::size_t lines = 0;
+    for (std::size_t i = 0; i < search.parts().size(); ++i) {
+        const CutPart& part = search.parts()[i];
+        double area = chainer.contours()[part.outer].area;
+        double cut = chainer.contours()[part.outer].length;
+        for (const std::size_t hole : part.holes) {
+            area -= chainer.contours()[hole].area;
+            cut += chainer.contours()[hole].length;
+        }
+        std::printf("part %zu: %zu holes, area %.9f, cut %.6f\n", i + 1, part.holes.size(), area,
+                    cut);
+        lines += part.hatch.size();
+    }
+    std::printf("hatch: %zu pieces, %.6g apart, for %.2f %% of the area\n", lines, sheet.hatch,
+                100 * search.filled());
+    if (!hatched) std::cerr << "the hatch lines do not fill the parts\n";
+    return hatched;
+}
+
+bool reportTable(const TableCheck& table) {
+    using Position = TableCheck::Position;
+    std::printf("points: %zu in parts, %zu not, %zu on a contour\n",
+                TableCheck::count(table.points, Position::Inside),
+                TableCheck::count(table.points, Position::Outside),
+                TableCheck::count(table.points, Position::Crossing));
+    std::printf("tiles: %zu in parts, %zu not, %zu crossed by a contour\n",
+                TableCheck::count(table.tiles, Position::Inside),
+                TableCheck::count(table.tiles, Position::Outside),
+                TableCheck::count(table.tiles, Position::Crossing));
+    if (table.mistakes != 0)
+        std::cerr << table.mistakes << " points and tiles are not where the region says\n";
+    return table.mistakes == 0;
+}
+
+NestPicture pictureOf(const Sheet& sheet, const ContourChainer& chainer, const PartSearch& search,
+                      const TableCheck& table) {
     NestPicture picture;
     for (const CutContour& contour : chainer.contours()) {
-        ERVec<ERPoint2D> points;
-        for (const CutContour::Step& step : contour.steps) {
-            const ERVec<ERPoint2D> own = pointsOf(sheet.pieces[step.piece], chord);
-            for (unsigned int k = 0; k < own.length(); ++k)
-                points.append(own[step.backwards ? own.length() - 1 - k : k]);
-        }
         char name[80];
         std::snprintf(name, sizeof name, "%zu pieces, area %.6g", contour.steps.size(),
                       contour.area);
-        picture.contours.push_back({name, points, contour.closed});
+        picture.contours.push_back({name, polygonOf(sheet, contour), contour.closed});
     }
     for (std::size_t i = 0; i < sheet.pieces.size(); ++i)
-        if (chainer.isDoubled(i)) picture.leftOut.push_back(pointsOf(sheet.pieces[i], chord));
+        if (chainer.isDoubled(i)) picture.leftOut.push_back(pointsOf(sheet.pieces[i], sheet.chord));
     for (const std::size_t i : chainer.tooShort())
-        picture.leftOut.push_back(pointsOf(sheet.pieces[i], chord));
+        picture.leftOut.push_back(pointsOf(sheet.pieces[i], sheet.chord));
+    for (const CutPart& part : search.parts())
+        picture.hatch.insert(picture.hatch.end(), part.hatch.begin(), part.hatch.end());
+    for (const TableCheck::Tile& tile : table.tiles)
+        if (tile.where == TableCheck::Position::Inside) picture.tiles.push_back(tile.box);
+    for (const TableCheck::Point& point : table.points)
+        (point.where == TableCheck::Position::Outside ? picture.outside : picture.inside)
+            .append(point.p);
+    picture.title = std::to_string(sheet.pieces.size()) + " pieces, " +
+                    std::to_string(chainer.contours().size()) +
+                    " contours; parts: " + std::to_string(search.parts().size());
     return picture;
 }
 
 bool run(const Options& options) {
     Sheet sheet;
     if (!dxf::readDrawing(options.drawing, sheet.drawing)) return false;
+    std::erase_if(sheet.drawing.curves, [&](const dxf::DrawnCurve& drawn) {
+        return std::count(options.skipped.begin(), options.skipped.end(), drawn.layer) != 0;
+    });
     if (sheet.drawing.curves.empty()) {
         std::cerr << options.drawing << ": holds no curve\n";
         return false;
@@ -182,15 +259,27 @@ bool run(const Options& options) {
     const ContourChainer chainer(sheet.pieces, sheet.join, sheet.size);
     printPieces(sheet, chainer);
     printContours(chainer);
-    NestPicture picture = pictureOf(sheet, chainer);
-    picture.title = std::to_string(sheet.pieces.size()) + " pieces, " +
-                    std::to_string(chainer.contours().size()) + " contours";
-    if (!picture.write(options.picture)) {
+    std::vector<Polygon> polygons;
+    for (const CutContour& contour : chainer.contours())
+        if (contour.closed) polygons.push_back(polygonOf(sheet, contour));
+    PartSearch search(polygons);
+    bool good = reportParts(sheet, chainer, search);
+    const TableCheck table(search.parts(), sheet.box, options.seed);
+    good = reportTable(table) && good;
+    if (!pictureOf(sheet, chainer, search, table).write(options.picture)) {
         std::cerr << options.picture << ": could not be written\n";
         return false;
     }
-    if (!chainer.isWhole()) std::cerr << options.drawing << ": a piece was lost\n";
-    return chainer.isWhole();
+    if (!chainer.isWhole()) {
+        std::cerr << options.drawing << ": a piece was lost\n";
+        return false;
+    }
+    const std::size_t closed = polygons.size();
+    if (good)
+        std::printf("%zu pieces; contours: %zu closed, %zu open; parts: %zu; every check holds\n",
+                    sheet.pieces.size(), closed, chainer.contours().size() - closed,
+                    search.parts().size());
+    return good;
 }
 
 }  // namespace

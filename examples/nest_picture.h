@@ -11,8 +11,9 @@
 #include "kerf/values/box.h"
 #include "kerf/values/point.h"
 
-/// A picture of contours: each closed one filled and outlined in a colour of its own, the open ones in red
-/// with a mark at either end, what was left out in grey.
+/// A picture of contours: each closed one outlined in a colour of its own, the open ones in red with a mark
+/// at either end, what was left out in grey. Under them the tiles that lie in a part, the hatch, and the
+/// points, full in a part and hollow outside.
 struct NestPicture {
     struct Contour {
         std::string name;
@@ -22,7 +23,9 @@ struct NestPicture {
 
     std::string title;
     std::vector<Contour> contours;
-    std::vector<kerf::ERVec<kerf::ERPoint2D>> leftOut;
+    std::vector<kerf::ERVec<kerf::ERPoint2D>> leftOut, hatch;
+    std::vector<kerf::ERMinimax2D> tiles;
+    kerf::ERVec<kerf::ERPoint2D> inside, outside;
 
     /// Writes it as SVG; false when the file cannot be written.
     bool write(const std::string& path) const {
@@ -32,6 +35,7 @@ struct NestPicture {
         for (const kerf::ERVec<kerf::ERPoint2D>& points : leftOut) box.Update(points);
         const DrawingView view(box);
         Svg svg;
+        addTable(svg, view);
         for (std::size_t i = 0; i < contours.size(); ++i)
             if (contours[i].closed) addClosed(svg, view, contours[i], colorOf(i));
         for (const kerf::ERVec<kerf::ERPoint2D>& points : leftOut)
@@ -55,10 +59,28 @@ private:
         return colors[i % colors.size()];
     }
 
+    void addTable(svgPicture::Svg& svg, const DrawingView& view) const {
+        for (const kerf::ERMinimax2D& tile : tiles)
+            svg.add(
+                "<rect x=\"%.2f\" y=\"%.2f\" width=\"%.2f\" height=\"%.2f\" fill=\"#dcebd8\" "
+                "stroke=\"white\"/>",
+                view.x(kerf::ERPoint2D(tile.xmin(), tile.ymax())),
+                view.y(kerf::ERPoint2D(tile.xmin(), tile.ymax())), tile.xlength() * view.scale,
+                tile.ylength() * view.scale);
+        for (const kerf::ERVec<kerf::ERPoint2D>& line : hatch)
+            svg.add("<path d=\"" + view.path(line) +
+                    "\" fill=\"none\" stroke=\"#7d8794\" stroke-width=\"0.6\"/>");
+        for (const kerf::ERPoint2D& p : inside)
+            svg.add("<circle cx=\"%.2f\" cy=\"%.2f\" r=\"2\" fill=\"#2d6b22\"/>", view.x(p),
+                    view.y(p));
+        for (const kerf::ERPoint2D& p : outside)
+            svg.add("<circle cx=\"%.2f\" cy=\"%.2f\" r=\"2\" fill=\"white\" stroke=\"#555\"/>",
+                    view.x(p), view.y(p));
+    }
+
     static void addClosed(svgPicture::Svg& svg, const DrawingView& view, const Contour& contour,
                           const std::string& color) {
-        svg.add("<path d=\"" + view.path(contour.points) + "Z\" fill=\"" + color +
-                "\" fill-opacity=\"0.08\" stroke=\"" + color +
+        svg.add("<path d=\"" + view.path(contour.points) + "Z\" fill=\"none\" stroke=\"" + color +
                 "\" stroke-width=\"1.4\" stroke-linejoin=\"round\"><title>" + contour.name +
                 "</title></path>");
     }

@@ -69,6 +69,7 @@ KNOWN
 check nest loose_edges <<'KNOWN'
 pieces: 74, length 1961.171132
 contours: 8 closed, 2 open, of 74 pieces
+part 3: 0 holes, area 2768.77023
 KNOWN
 check nest spinner_face <<'KNOWN'
 closed contour of 26, area 0.542372275
@@ -76,6 +77,7 @@ closed contour of 4, area 0.037677450
 closed contour of 4, area 0.037677450
 closed contour of 4, area 0.037677450
 contours: 4 closed, 0 open, of 38 pieces
+part 1: 3 holes, area 0.42933992
 KNOWN
 check nest state_borders <<'KNOWN'
 pieces: 5650, length 334.379512
