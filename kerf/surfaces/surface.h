@@ -148,8 +148,11 @@ protected:
     const ERMatrix<ERPoint3D>& gridOfPoints(unsigned int nU, unsigned int nV) const {
         return const_cast<ERAnyBoundedSurface*>(this)->getMatricePoint(nU, nV);
     }
-    /// The parameters of an iso curve at the ends of the range along which it runs.
-    static ERLimites rangeOn(const ERFiniteEntity3DWF& isoCurve, const ERLimites& range);
+    /// The body of getMatricePoint, where the curves of constant u run over `alongV`.
+    const ERMatrix<ERPoint3D>& gridOver(const ERLimites& alongV, unsigned int nU, unsigned int nV);
+    /// The parameters, on an iso curve that runs over `whole`, of the ends of a part of that range.
+    static ERLimites rangeOn(const ERFiniteEntity3DWF& isoCurve, const ERLimites& whole,
+                             const ERLimites& part);
 
     mutable ERMatrix<ERPoint3D> grid_;  // what getMatricePoint made last
 

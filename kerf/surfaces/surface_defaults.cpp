@@ -1,5 +1,6 @@
 // What every bounded surface does from its evaluation and its iso curves alone.
 #include <cstdint>
+#include <limits>
 
 #include "kerf/curves/curve.h"
 #include "kerf/platform/internal/random.h"
@@ -7,6 +8,7 @@
 #include "kerf/surfaces/ray_result.h"
 #include "kerf/surfaces/surface.h"
 #include "kerf/values/box.h"
+#include "kerf/values/point_list.h"
 #include "kerf/values/surface_info_point.h"
 
 namespace kerf {
@@ -36,9 +38,11 @@ ERInfoPoint3DSurf ERAnyBoundedSurface::randomPoint() const {
     return PtCur(drawFrom(getBoundU()), v);
 }
 
-ERLimites ERAnyBoundedSurface::rangeOn(const ERFiniteEntity3DWF& isoCurve, const ERLimites& range) {
+ERLimites ERAnyBoundedSurface::rangeOn(const ERFiniteEntity3DWF& isoCurve, const ERLimites& whole,
+                                       const ERLimites& part) {
     const ERLimites own(isoCurve.udeb(), isoCurve.ufin());
-    return own == ERLimites(0.0, 1.0) ? own : range;
+    if (!(own == ERLimites(0.0, 1.0))) return part;
+    return part == whole || whole.amplitude() == 0.0 ? own : whole.ratio(part);
 }
 
 void ERAnyBoundedSurface::tessalate(ERProcessMaillage& sink) const {
@@ -50,7 +54,7 @@ void ERAnyBoundedSurface::tessalate(ERProcessMaillage& sink) const {
             const t_SmartPtr<ERFiniteEntity3DWF> curve =
                 isoCurve(across.start() + ratio * across.amplitude());
             if (curve != nullptr)
-                sink.addPolyline(curve->approxime(rangeOn(*curve, along), sink.tolerance));
+                sink.addPolyline(curve->approxime(rangeOn(*curve, along, along), sink.tolerance));
         }
     };
     const ERLimites u = ERLimites(udeb(), ufin()), v = ERLimites(vdeb(), vfin());
@@ -59,6 +63,11 @@ void ERAnyBoundedSurface::tessalate(ERProcessMaillage& sink) const {
 }
 
 const ERMatrix<ERPoint3D>& ERAnyBoundedSurface::getMatricePoint(unsigned int nU, unsigned int nV) {
+    return gridOver(getBoundV(), nU, nV);
+}
+
+const ERMatrix<ERPoint3D>& ERAnyBoundedSurface::gridOver(const ERLimites& alongV, unsigned int nU,
+                                                         unsigned int nV) {
     if (grid_.rows() == nU && grid_.cols() == nV) return grid_;
     ERMatrix<ERPoint3D> grid(nU, nV);
     const ERLimites boundU = getBoundU(), boundV = getBoundV();
@@ -67,11 +76,22 @@ const ERMatrix<ERPoint3D>& ERAnyBoundedSurface::getMatricePoint(unsigned int nU,
     for (unsigned int i = 0; i < nU; ++i, point += nV) {
         const t_SmartPtr<ERFiniteEntity3DWF> curve = getEntityIsoU(boundU(i / stepsU));
         if (curve == nullptr) continue;
-        const ERLimites along = rangeOn(*curve, boundV);
+        const ERLimites along = rangeOn(*curve, alongV, boundV);
         for (unsigned int j = 0; j < nV; ++j) point[j] = (*curve)(along(j / stepsV));
     }
     grid_ = grid;
     return grid_;
+}
+
+void ERPoint23List::Smash(const ERAnyBoundedSurface& surface, double tol) {
+    // Where a chord is long beside the ranges, the least span leaves room for more points than memory.
+    constexpr int mostEvaluations = 1 << 20;
+    int evaluations = 0;
+    const auto evaluate = [&](const ERPoint2D& uv) {
+        constexpr double nan = std::numeric_limits<double>::quiet_NaN();  // never too far
+        return ++evaluations <= mostEvaluations ? surface(uv) : ERPoint3D(nan, nan, nan);
+    };
+    smash(evaluate, surface.getBoundU(), surface.getBoundV(), tol);
 }
 
 void ERAnyBoundedSurface::ProjectPoint(const ERPoint3D&, ERRaySurfaceResult&, int) const {}

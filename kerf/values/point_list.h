@@ -12,6 +12,7 @@
 // enough.
 namespace kerf {
 
+class ERAnyBoundedSurface;
 class ERFiniteEntity2DWF;
 class ERFiniteEntity3DWF;
 
@@ -155,7 +156,7 @@ public:
 };
 
 /// Points of a surface with their pairs (u, v).
-class ERPoint23List : public RefinablePointList<ERPoint23> {
+class KERF_EXPORT ERPoint23List : public RefinablePointList<ERPoint23> {
 public:
     /// Divides until the chord deviation is within tol; a span is never divided when it is 1e-6 of
     /// the bounds or less both in u and in v. evaluate(uv) gives the point of the surface.
@@ -169,6 +170,10 @@ public:
         const auto tooFar = [tol](double squared) { return squared > tol * tol; };
         refine(evaluate, tooClose, tooFar);
     }
+
+    /// smash over the surface's points and ranges. After a million evaluations no span is divided any
+    /// more.
+    void Smash(const ERAnyBoundedSurface& surface, double tol);
 
     /// The pairs (u, v) in list order.
     ERVec<ERPoint2D> toVec2D() const { return collect<ERPoint2D>(&ERPoint23::parameter); }
