@@ -36,7 +36,9 @@
 #include "kerf/surfaces/revolution.h"
 #include "kerf/surfaces/sphere.h"
 #include "kerf/surfaces/surface.h"
+#include "kerf/surfaces/surface_boundary.h"
 #include "kerf/surfaces/torus.h"
+#include "kerf/surfaces/trimmed_surface.h"
 #include "kerf/values/entity.h"
 #include "kerf/values/persistent_point.h"
 #include "kerf/values/point_list.h"
@@ -128,7 +130,9 @@ const ERClassRegistration* const classes[] = {
     ERSurOfRevolution::desc(),
     ERSurface::desc(),
     ERSurfaceBasedOnTransfo3D::desc(),
+    ERSurfaceBoundary::desc(),
     ERTorus::desc(),
+    ERTrimmedSurface::desc(),
     // values
     ERAnyIsometrie3D::desc(),
     ERAnySimilitude3D::desc(),

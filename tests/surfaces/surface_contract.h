@@ -30,6 +30,8 @@ enum SurfaceExceptions : unsigned int {
     NoRay = 512,                        ///< rays find nothing
     GridIsOfTheUnitSquare = 1024,       ///< kept: getMatricePoint takes the natural rectangle
     PartsHaveOtherParameters = 2048,    ///< the parts of a split have ranges of their own
+    IsNotSplit = 4096,                  ///< kept: both splits return 0
+    IsoCurvesAreLonger = 8192,          ///< they leave the ranges, and the net has parts of them
 };
 
 struct SurfaceSample {
