@@ -88,6 +88,7 @@
 #include "kerf/surfaces/bounded_sphere.h"
 #include "kerf/surfaces/bounded_torus.h"
 #include "kerf/surfaces/cone.h"
+#include "kerf/surfaces/curve_matching.h"
 #include "kerf/surfaces/cylinder.h"
 #include "kerf/surfaces/medium_plane.h"
 #include "kerf/surfaces/mesh_sink.h"
