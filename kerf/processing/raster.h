@@ -64,7 +64,9 @@ private:
                static_cast<std::size_t>(j / cellsPerWord_);
     }
     int bitOf(int j) const { return bitsPerCell_ * (j % cellsPerWord_); }
-    unsigned int valueOf(int i, int j) const { return data_[wordOf(i, j)] >> bitOf(j) & mask_; }
+    unsigned int valueOf(int i, int j) const {
+        return data_.get()[wordOf(i, j)] >> bitOf(j) & mask_;
+    }
     bool isCell(int i, int j) const { return i >= 0 && i < nx_ && j >= 0 && j < ny_; }
     // Calls act(word, mask) for the words of row i that hold cells j1 to j2, with the bits of these,
     // until it returns false.
