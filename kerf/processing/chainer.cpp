@@ -36,7 +36,9 @@ bool areEqual(const ERChainerSeg2D& a, const ERChainerSeg2D& b) {
     if (!sameWay && !otherWay) return false;
     const ERVector2D s1 = a.getTan1(), s2 = a.getTan2(), t1 = b.getTan1(), t2 = b.getTan2();
     if (isNull(s1) || isNull(s2)) return false;
-    return (sameWay && s1 == t1 && s2 == t2) || (otherWay && s1 == -t2 && s2 == -t1);
+    const bool sameTangents =
+        (sameWay && s1 == t1 && s2 == t2) || (otherWay && s1 == -t2 && s2 == -t1);
+    return sameTangents && a.sameDepth(b) != 0;
 }
 
 }  // namespace

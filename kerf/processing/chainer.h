@@ -101,8 +101,9 @@ public:
     /// The comparison of the segments at the ends of both chains, where that of the chains' own ends
     /// finds anything. A segment that is no chain counts as a chain of itself.
     /// Returns: overlap where a segment at an end of one equals one at an end of the other: the same
-    ///          ends, lengths and tangents in either direction, exactly, and no tangent null. So a
-    ///          segment is not chained twice, and the other half of a circle is.
+    ///          ends, lengths and tangents in either direction, exactly, no tangent null, and no
+    ///          refusal by sameDepth. So a segment is not chained twice, and the other half of a
+    ///          circle is.
     /// Kept:    an overlap of the chains' ends alone counts only as "not apart", and those of single
     ///          segments count as noMatch.
     SegCompState compareWith(const ERChainerSeg2D* o, double tol) const override;

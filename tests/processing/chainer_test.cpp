@@ -145,7 +145,8 @@ private:
     }
     bool equal(int a, int b) const {
         const Piece &s = at(a), &o = at(b);
-        return s.p != s.q && ((s.p == o.p && s.q == o.q) || (s.p == o.q && s.q == o.p));
+        return s.depth == o.depth && s.p != s.q &&
+               ((s.p == o.p && s.q == o.q) || (s.p == o.q && s.q == o.p));
     }
     int compare(const Whole& e, const Whole& c) const {
         if (ends(e, c) == 0) return 0;
@@ -187,7 +188,7 @@ TEST(ChainerProcessor, WalksAsThePlainWalkByHandDoes) {
             };
             const ERPoint2D p = node();
             pieces.push_back({p, node(), below(20) == 0});
-            if (below(8) == 0) pieces.push_back({pieces.back().q, p, pieces.back().depth});
+            if (below(8) == 0) pieces.push_back({pieces.back().q, p, below(4) == 0});
         }
         Model model(pieces, tol);
         ERChainerProcessor processor(tol);
@@ -346,19 +347,22 @@ TEST(ChainerProcessor, DropsWhatIsDoubledAndWhatIsShort) {
     EXPECT_EQ(processor.insert(back), 1);
     EXPECT_EQ(processor.nbchains(), 2);
     EXPECT_EQ(processor.insert(again), 1);
+
+    const LinePointer deeper = line(0, 5, 4, 5);
+    deeper->depth = 1;
+    EXPECT_EQ(processor.insert(line(0, 5, 4, 5)), 1);
+    EXPECT_EQ(processor.insert(deeper), 1);
 }
 
 // The middle chain is merged first and is lost with what overlaps the last.
 TEST(ChainerProcessor, LosesWhatWasMergedBeforeAnOverlap) {
     ERChainerProcessor processor;
     processor.insert(line(0, 9, 5, 9));
-    const LinePointer merged = line(0, 0, 5, 0);
-    merged->depth = 1;
+    const LinePointer merged = line(5, 0, 9, 4);
     processor.insert(merged);
-    processor.insert(line(5, 0, 9, 3));
-    const LinePointer doubled = line(5, 0, 9, 3);
-    doubled->depth = 1;
-    EXPECT_EQ(processor.insert(doubled), 0);
+    processor.insert(line(5, 0, 9, 3));  // not joined there, for the far ends are near
+    EXPECT_EQ(processor.nbchains(), 3);
+    EXPECT_EQ(processor.insert(line(9, 3, 5, 0)), 0);
     EXPECT_EQ(processor.nbchains(), 2);
     EXPECT_EQ(merged->references(), 1u);
 }
