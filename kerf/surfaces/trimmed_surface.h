@@ -116,8 +116,10 @@ public:
     t_SmartPtr<ERFiniteEntity3DWF> getEntityIsoU(double u) const override;
     t_SmartPtr<ERFiniteEntity3DWF> getEntityIsoV(double v) const override;
 
-    // Each is the base's. Other than 0, the flag then refuses what isInBound does; the trimming of a
-    // base that is itself trimmed is not looked at.
+    // Each is the base's. Other than 0, the flag then refuses what isInBound does. A base that is itself
+    // trimmed looks at its own boundaries where one foot is sought, for it gets the flag.
+    /// Kept: ProjectPoint gives the base the flag 0, so that the trimming of a base that is itself
+    ///       trimmed is not looked at.
     /// Kept: with a flag the whole result is looked through, so that points of other surfaces that it
     ///       held before go too where their (u, v) is out of bounds here.
     void ProjectPoint(const ERPoint3D& p, ERRaySurfaceResult& result, int flag) const override;

@@ -325,6 +325,10 @@ TEST(TrimmedSurface, FlagRefusesWhatIsTrimmedAway) {
     ERRaySurfaceResult byZ;
     twice.ProjectPoint(twice(0.45, 0.47), byZ, 1);
     EXPECT_EQ(byZ.entries(), 1u);
+    // Where one foot is sought it is.
+    ERPoint2D uv;
+    EXPECT_EQ(twice.ProjectionNormale(twice(0.45, 0.47), 1, uv, 1), 0);
+    EXPECT_EQ(twice.ProjectionNormale(twice(0.45, 0.47), 1, uv, 0), 1);
 
     // Kept: what the result held before is looked through too.
     ERRaySurfaceResult result;
