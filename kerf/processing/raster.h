@@ -105,6 +105,7 @@ public:
     /// only CellInside.
     STATE inside(const ERPoint2D& p) const;
     /// BoxCrossesRegion also where the cells leave it open.
+    /// Kept: BoxOutOfRegion where all are CellUnset, although inside() leaves a point there open.
     RegionPos relative_position(const ERMinimax2D& box) const;
     /// Draws all cells from the region.
     void init();

@@ -168,6 +168,15 @@ TEST(RegionRaster, TellsNothingThatTheRegionDenies) {
     const ERRegion2DGrid raster(plane);
     EXPECT_EQ(raster.inside(ERPoint2D(1, 1)), ERRegion2DGrid::CellOutside);
     EXPECT_EQ(raster.get(63, 63), static_cast<unsigned int>(ERRegion2DGrid::CellPartial));
+
+    // Kept: cells that are not set leave points open, but boxes are out.
+    ERRegion2D square(1, 1);
+    square.Add(vectorOf({{0, 0}, {1, 0}, {1, 1}, {0, 1}}));
+    ERRegion2DGrid unset(square);
+    unset.set(0, 0, 63, 63, ERRegion2DGrid::CellUnset);
+    EXPECT_EQ(unset.inside(ERPoint2D(0.5, 0.5)), ERRegion2DGrid::CellPartial);
+    EXPECT_EQ(unset.relative_position(ERMinimax2D(0.4, 0.6, 0.4, 0.6)),
+              ERRegion2DGrid::BoxOutOfRegion);
 }
 
 }  // namespace
