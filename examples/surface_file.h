@@ -1,17 +1,11 @@
 #pragma once
-#include <cmath>
-#include <cstddef>
-#include <fstream>
-#include <initializer_list>
 #include <istream>
 #include <optional>
 #include <sstream>
 #include <string>
-#include <string_view>
-#include <utility>
-#include <vector>
 
 #include "examples/text_input.h"
+#include "examples/word_reader.h"
 #include "kerf/curves/infinite_line.h"
 #include "kerf/curves/nurbs_curve.h"
 #include "kerf/surfaces/bounded_cone.h"
@@ -71,96 +65,22 @@ namespace surfaceFile {
 
 constexpr double radiansPerDegree = 0.017453292519943295;
 
-/// Hands out the words of a text.
-class Words {
-public:
-    explicit Words(std::istream& input) : input_(input) {}
-
-    /// Empty at the end.
-    const std::string& peek() {
-        while (word_.empty() && (line_ >> word_).fail()) {
-            std::string text;
-            if (!std::getline(input_, text)) break;
-            ++number_;
-            line_ = std::istringstream(text.substr(0, text.find('#')));
-            word_.clear();
-        }
-        return word_;
-    }
-    std::string next() {
-        peek();
-        return std::exchange(word_, {});
-    }
-    unsigned int line() const { return number_; }
-
-private:
-    std::istream& input_;
-    std::istringstream line_;
-    std::string word_;
-    unsigned int number_ = 0;
-};
-
 /// Builds a surface from the words; all of the functions that read return false, or nothing, once the
 /// complaint has been set.
-class Reader {
+class Reader : WordReader {
 public:
-    explicit Reader(std::istream& input) : words_(input) {}
+    using WordReader::complaint;
+    using WordReader::WordReader;
 
     std::optional<Nominal> read() {
         std::optional<Nominal> nominal = surface();
-        if (!complaint_.text.empty()) return std::nullopt;
-        if (words_.peek().empty()) return nominal;
-        fail("the surface is complete before " + inQuotes(words_.peek()));
+        if (!good()) return std::nullopt;
+        if (isAtEnd()) return nominal;
+        fail("the surface is complete before " + inQuotes(peek()));
         return std::nullopt;
     }
-    const Complaint& complaint() const { return complaint_; }
 
 private:
-    // Only the first complaint counts.
-    bool fail(const std::string& text) {
-        if (complaint_.text.empty()) complaint_ = {words_.line(), text};
-        return false;
-    }
-    bool good() const { return complaint_.text.empty(); }
-    bool missing(const std::string& what) {
-        if (words_.peek().empty()) return fail("nothing stands where " + what + " should");
-        return fail(inQuotes(words_.peek()) + " stands where " + what + " should");
-    }
-    bool keyword(std::string_view wanted) {
-        if (good() && words_.peek() != wanted) return missing(inQuotes(wanted));
-        words_.next();
-        return good();
-    }
-    double number(const char* what) {
-        double value = 0.0;
-        if (good() && (!parse(words_.peek(), value) || !std::isfinite(value))) missing(what);
-        words_.next();
-        return good() ? value : 0.0;
-    }
-    unsigned int wholeNumber(const char* what, unsigned int least, unsigned int most) {
-        unsigned int value = 0;
-        if (good() && !parse(words_.peek(), value)) missing(what);
-        if (good() && (value < least || value > most))
-            fail(std::string(what) + " is to be from " + std::to_string(least) + " to " +
-                 std::to_string(most));
-        words_.next();
-        return good() ? value : least;
-    }
-    kerf::ERPoint3D point(const char* what) {
-        const double x = number(what), y = number(what), z = number(what);
-        return {x, y, z};
-    }
-    kerf::ERVector3D direction(const char* what) {
-        const kerf::ERVector3D v(point(what));
-        if (good() && v.norme2() == 0.0) fail(std::string(what) + " is zero");
-        return good() ? v.getnormalized() : kerf::ERVector3D(0, 0, 1);
-    }
-    double positive(const char* what) {
-        const double value = number(what);
-        if (good() && !(value > 0.0)) fail(std::string(what) + " is not positive");
-        return good() ? value : 1.0;
-    }
-
     static constexpr unsigned int mostDegree = 25, mostPoles = 1'000'000;
 
     kerf::ERKnotVector knots(const char* name, unsigned int degree, unsigned int poles) {
@@ -254,8 +174,8 @@ private:
     }
     // Where a bounded surface of revolution begins to count its angles, and its axis.
     kerf::ERPmIsometrie3D frame(const kerf::ERPoint3D& origin, const kerf::ERVector3D& axis) {
-        if (words_.peek() != "from") return kerf::ERChgRepere3D(axis, origin);
-        words_.next();
+        if (peek() != "from") return kerf::ERChgRepere3D(axis, origin);
+        skip();
         const kerf::ERVector3D x = direction("a direction");
         const kerf::ERVector3D y = axis ^ x;
         if (good() && y.norme() < 1e-9) fail("the direction of the angle 0 is that of the axis");
@@ -273,7 +193,7 @@ private:
         if (isCone && good() && size >= 90.0) fail("the half angle is not below 90 degrees");
         if (isCone) size *= radiansPerDegree;
 
-        const bool isBounded = words_.peek() == "over";
+        const bool isBounded = peek() == "over";
         if (!isBounded) {
             if (!good()) return std::nullopt;
             ERSurface* const surface =
@@ -285,7 +205,7 @@ private:
                     : static_cast<ERSurface*>(new ERCylinder(ERInfLine3D(axis, origin), size));
             return Nominal{t_SmartPtr<ERSurface>(surface)};
         }
-        words_.next();
+        skip();
         const bool heights = family == "cylinder" || isCone;
         const ERLimites u = range("a limit of u", isSphere || isTorus ? radiansPerDegree : 1.0);
         const ERLimites v = range("a limit of v", isPlane ? 1.0 : radiansPerDegree);
@@ -310,27 +230,25 @@ private:
     }
 
     std::optional<Nominal> surface() {
-        const std::string family = words_.peek();
+        const std::string family = peek();
         if (family == "degrees") return Nominal{kerf::t_SmartPtr<kerf::ERSurface>(nurbs())};
         for (const char* const name : {"plane", "cylinder", "cone", "sphere", "torus"}) {
             if (family != name) continue;
-            words_.next();
+            skip();
             return analytic(family);
         }
         if (family == "revolution") {
-            words_.next();
+            skip();
             return revolution();
         }
         if (family == "offset") {
-            words_.next();
+            skip();
             return offset();
         }
         missing("a surface");
         return std::nullopt;
     }
 
-    Words words_;
-    Complaint complaint_;
     int depth_ = 0;  // of offsets
 };
 
@@ -338,19 +256,7 @@ private:
 
 /// Nothing, after a message with the line, when the file holds no surface.
 inline std::optional<Nominal> readSurfaceFile(const std::string& path) {
-    std::ifstream input(path);
-    if (!input) {
-        Complaint{0, "cannot be read"}.print(path);
-        return std::nullopt;
-    }
-    surfaceFile::Reader reader(input);
-    std::optional<Nominal> nominal = reader.read();
-    if (input.bad()) {
-        Complaint{0, "cannot be read to its end"}.print(path);
-        return std::nullopt;
-    }
-    if (!nominal) reader.complaint().print(path);
-    return nominal;
+    return readWordFile<surfaceFile::Reader>(path);
 }
 
 /// The same of a text on the command line.
