@@ -22,7 +22,6 @@
 #include <cmath>
 #include <cstdio>
 #include <iostream>
-#include <map>
 #include <optional>
 #include <sstream>
 #include <string>
@@ -31,9 +30,8 @@
 #include "examples/archive_objects.h"
 #include "examples/deviation_picture.h"
 #include "examples/figures.h"
-#include "examples/points_file.h"
-#include "kerf/display/formatter.h"
-#include "kerf/platform/sinks.h"
+#include "examples/operator_display.h"
+#include "examples/paired_points.h"
 #include "kerf/processing/best_fit.h"
 #include "kerf/values/persistent_point.h"
 #include "kerf/values/quaternion.h"
@@ -47,22 +45,6 @@ using kerf::ERVector3D;
 
 constexpr double degreesPerRadian = 57.29577951308232;
 
-// The labels of the formatters belong to the application, which gives them by number.
-bool label(unsigned int number, std::string& text) {
-    static const std::map<unsigned int, const char*> labels = {
-        {953, "Cartesian\nCylindrical\nSpherical"},
-        {954, "Cosines\nAngles\nAzimuth"},
-        {955, "X\nY\nZ\nX coordinate\nY coordinate\nZ coordinate"},
-        {956, "Angle\nRadius\nZ\nPolar angle\nDistance from the axis\nHeight"},
-        {957, "Angle\nElev.\nRadius\nPolar angle\nElevation\nDistance from the origin"},
-        {958, "I\nJ\nK\nX component\nY component\nZ component"},
-        {959, "A\nB\nC\nAngle from Y to Z\nAngle from Z to X\nAngle from X to Y"},
-        {960, "Azim.\nElev.\n\nAngle from X to Y\nAngle above the XY plane\n"}};
-    const auto found = labels.find(number);
-    if (found != labels.end()) text = found->second;
-    return found != labels.end();
-}
-
 struct Options {
     std::string pairs, archive, picture;
     int pointForm = 0;
@@ -74,12 +56,6 @@ struct Options {
     bool rotationLocked() const { return axesLocked[0] || axesLocked[1] || axesLocked[2]; }
     bool isFree() const { return !axis && !origin && !rotationLocked(); }
 };
-
-// The index of the text in the list; -1 when it is not there.
-int choiceOf(const std::string& text, const std::array<const char*, 3>& list) {
-    const auto found = std::find(list.begin(), list.end(), text);
-    return found == list.end() ? -1 : static_cast<int>(found - list.begin());
-}
 
 std::optional<ERVector3D> directionOf(const std::string& text) {
     std::istringstream fields(text);
@@ -96,9 +72,7 @@ bool readOption(const std::string& argument, Options& options) {
     const std::size_t equals = argument.find('=');
     const std::string name = argument.substr(0, equals);
     const std::string value = equals == std::string::npos ? "" : argument.substr(equals + 1);
-    if (name == "--points")
-        return (options.pointForm = choiceOf(value, {"cartesian", "cylindrical", "spherical"})) >=
-               0;
+    if (name == "--points") return (options.pointForm = pointFormOf(value)) >= 0;
     if (name == "--directions")
         return (options.directionForm = choiceOf(value, {"cosines", "angles", "azimuth"})) >= 0;
     if (name == "--axis") return (options.axis = directionOf(value)).has_value();
@@ -134,24 +108,6 @@ bool readOptions(int argc, char** argv, Options& options) {
     return true;
 }
 
-struct Pairs {
-    std::vector<ERPoint3D> measured, nominal;
-    std::vector<Figure> figures;
-};
-
-bool readPairs(const std::string& path, Pairs& pairs) {
-    std::vector<std::array<double, 6>> rows;
-    const auto onComment = [&](unsigned int number, const std::string& line) {
-        return readFigure(line, pairs.figures) || badLine(path, number, "not a figure", line);
-    };
-    if (!readRows(path, "a pair of points", rows, onComment)) return false;
-    for (const auto& [x, y, z, X, Y, Z] : rows) {
-        pairs.measured.emplace_back(x, y, z);
-        pairs.nominal.emplace_back(X, Y, Z);
-    }
-    return true;
-}
-
 // From where the motion brings each measured point to where it should be, seen from the nominal
 // point.
 struct Deviations {
@@ -172,22 +128,6 @@ struct Deviations {
         rms = std::sqrt(squares / static_cast<double>(pairs.measured.size()));
     }
 };
-
-bool solveWith(kerf::ERPointSetBestFitSolverBase& solver, const char* name, const Pairs& pairs,
-               ERPmIsometrie3D& motion) {
-    solver.reset(static_cast<int>(pairs.measured.size()));
-    for (std::size_t i = 0; i < pairs.measured.size(); ++i)
-        solver.add_point(pairs.measured[i], pairs.nominal[i]);
-    const kerf::BSTF_RESULT result = solver.solve(motion);
-    if (result == kerf::BestFitDone && std::isfinite(solver.get_deviation())) return true;
-    std::cerr << "the " << name << " solver returns " << result
-              << (result == kerf::BestFitTooFewPoints      ? ": fewer than three pairs"
-                  : result == kerf::BestFitNoStartingFrame ? ": the points coincide or lie in line"
-                  : result == kerf::BestFitDone            ? ": the numbers are out of range"
-                                                           : ": it does not converge")
-              << "\n";
-    return false;
-}
 
 // The free fit, found twice. Both results must bring every point to the same position, to within
 // some rounding of the largest coordinate.
@@ -235,56 +175,6 @@ bool fitWithLocks(const Pairs& pairs, const Options& options, ERPmIsometrie3D& m
     }
     return solveWith(solver, "closed-form", pairs, motion);
 }
-
-// Prints the values of a coordinate in the form that the operator chose.
-class Display {
-public:
-    explicit Display(const Options& options) {
-        kerf::setStringSource(label);
-        points.SetCurrentChoice(options.pointForm);
-        deltas.SetCurrentChoice(options.pointForm);
-        directions.SetCurrentChoice(options.directionForm);
-    }
-
-    template <class Value>
-    std::string show(kerf::coordFormator& form, const Value& value) const {
-        kerf::Coordinate internal;
-        internal.Init(value);
-        const kerf::Coordinate shown = form.ToDisplay(internal);
-        std::string text;
-        for (int line = 0; line < linesOf(form); ++line) {
-            const bool isAngle =
-                form.GetDimension(line, form.GetCurrentChoice()) == kerf::kerfUnitType::angle;
-            const int decimals = isAngle ? 4 : 6;
-            // What would print as a negative zero prints as a zero.
-            const bool isZero = std::fabs(shown[line]) < 0.5 * std::pow(10.0, -decimals);
-            char number[64];
-            std::snprintf(number, sizeof number, "%12.*f", decimals, isZero ? 0.0 : shown[line]);
-            text += number;
-        }
-        return text;
-    }
-    // A unit of length is the file's own; angles are in degrees.
-    std::string head(const kerf::coordFormator& form) const {
-        std::string text;
-        for (int line = 0; line < linesOf(form); ++line) {
-            char title[64];
-            std::snprintf(title, sizeof title, "%12s",
-                          static_cast<const char*>(form.GetPrefix(line)));
-            text += title;
-        }
-        return text;
-    }
-
-    kerf::coordFormatorPoint3D points;
-    kerf::coordFormatorDelta3D deltas;
-    kerf::coordFormatorUnitVector3D directions;
-
-private:
-    static int linesOf(const kerf::coordFormator& form) {
-        return form.GetNumberOfLineForChoice(form.GetCurrentChoice());
-    }
-};
 
 void printTable(const Pairs& pairs, const Deviations& found, Display& display) {
     std::printf("%6s  %-36s  %-36s\n", "", "    nominal point", "    deviation");
@@ -395,7 +285,7 @@ int run(int argc, char** argv) {
                     Deviations(pairs, motion).rms);
     }
     const Deviations found(pairs, motion);
-    Display display(options);
+    Display display(options.pointForm, options.directionForm);
     printTable(pairs, found, display);
     printMotion(motion, found, display);
 
