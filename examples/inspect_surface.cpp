@@ -23,7 +23,6 @@
 // Exit code 0 only if the figures are met and everything comes back from the archive to the last bit;
 // 1 if not, if an input is broken or an output cannot be written; 2 for a wrong command line.
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <cstdio>
 #include <fstream>
@@ -34,12 +33,13 @@
 #include <vector>
 
 #include "examples/archive_objects.h"
+#include "examples/command_line.h"
 #include "examples/deviation_mesh.h"
 #include "examples/figures.h"
 #include "examples/inspection.h"
 #include "examples/inspection_picture.h"
+#include "examples/measured_points.h"
 #include "examples/output_files.h"
-#include "examples/points_file.h"
 #include "examples/surface_file.h"
 #include "examples/text_input.h"
 #include "kerf/platform/sinks.h"
@@ -84,11 +84,9 @@ struct Options {
     bool inwards = false, help = false;
 };
 
-bool readOption(const std::string& argument, Options& options) {
-    const std::size_t equals = argument.find('=');
-    const std::string name = argument.substr(0, equals);
-    const std::string value = equals == std::string::npos ? "" : argument.substr(equals + 1);
-    if (argument == "--inwards") return options.inwards = true;
+bool readOption(const CommandOption& option, Options& options) {
+    const std::string &name = option.name, &value = option.value;
+    if (option.text == "--inwards") return options.inwards = true;
     if (name == "--surface") return !(options.text = value)->empty();
     if (name == "--tolerance") return readLength(value, options.tolerance);
     if (name == "--scale") return readLength(value, options.scale);
@@ -99,16 +97,9 @@ bool readOption(const std::string& argument, Options& options) {
 
 bool readOptions(int argc, char** argv, Options& options) {
     std::vector<std::string> paths;
-    for (int i = 1; i < argc; ++i) {
-        const std::string argument = argv[i];
-        if (argument == "--help") return options.help = true;
-        if (!argument.starts_with("--")) {
-            paths.push_back(argument);
-        } else if (!readOption(argument, options)) {
-            std::cerr << argument << ": no such option\n";
-            return false;
-        }
-    }
+    const auto take = [&](const CommandOption& option) { return readOption(option, options); };
+    if (!readArguments(argc, argv, paths, options.help, take)) return false;
+    if (options.help) return true;
     if (options.text) paths.insert(paths.begin(), "");
     if (paths.size() != 5) return false;
     options.surface = paths[0];
@@ -117,24 +108,6 @@ bool readOptions(int argc, char** argv, Options& options) {
     options.mesh = paths[3];
     options.picture = paths[4];
     return true;
-}
-
-bool readPoints(const std::string& path, std::vector<ERPoint3D>& points,
-                std::vector<Figure>& figures) {
-    std::vector<std::array<double, 3>> rows;
-    const auto onComment = [&](unsigned int number, const std::string& line) {
-        return readFigure(line, figures) || badLine(path, number, "not a figure", line);
-    };
-    if (!readRows(path, "a point", rows, onComment)) return false;
-    for (const auto& [x, y, z] : rows) {
-        points.emplace_back(x, y, z);
-        if (std::isfinite(x) && std::isfinite(y) && std::isfinite(z)) continue;
-        std::cerr << path << ": point " << points.size() << " is not finite\n";
-        return false;
-    }
-    if (points.size() >= 3) return true;
-    std::cerr << path << ": fewer than three points\n";
-    return false;
 }
 
 double shown(double value) { return ::shown(value, 1e-6); }
@@ -335,17 +308,12 @@ bool compare(const std::string& path, const Inspection& inspection, const Fitted
     return true;
 }
 
-bool couldNotBeWritten(const std::string& path) {
-    std::cerr << path << ": could not be written\n";
-    return false;
-}
-
 bool run(const Options& options) {
     std::optional<Nominal> nominal =
         options.text ? readSurfaceText(*options.text) : readSurfaceFile(options.surface);
     std::vector<ERPoint3D> points;
     std::vector<Figure> figures;
-    if (!nominal || !readPoints(options.points, points, figures)) return false;
+    if (!nominal || !readMeasuredPoints(options.points, points, figures)) return false;
 
     const Inspection inspection(*nominal, points, options.inwards);
     if (!std::isfinite(inspection.rms())) {
@@ -396,9 +364,7 @@ int main(int argc, char** argv) try {
         outputsAreFree({options.archive, options.mesh, options.picture, options.table},
                        {options.surface, options.points}) &&
         run(options);
-    if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) return good ? 0 : 1;
-    std::cerr << "standard output could not be written\n";
-    return 1;
+    return exitCode(good);
 } catch (const kerf::CFileException& failure) {  // a full disk, for one
     std::cerr << failure.what() << '\n';
     return 1;

@@ -27,6 +27,7 @@
 #include <string>
 #include <vector>
 
+#include "examples/command_line.h"
 #include "examples/drawing_program.h"
 #include "examples/dxf_curves.h"
 #include "examples/nest.h"
@@ -61,10 +62,8 @@ struct Options {
     bool help = false;
 };
 
-bool readOption(const std::string& argument, Options& options) {
-    const std::size_t equals = argument.find('=');
-    const std::string name = argument.substr(0, equals);
-    const std::string value = equals == std::string::npos ? "" : argument.substr(equals + 1);
+bool readOption(const CommandOption& option, Options& options) {
+    const std::string &name = option.name, &value = option.value;
     if (name == "--join") return readLength(value, options.join);
     if (name == "--hatch") return readLength(value, options.hatch);
     if (name == "--skip") options.skipped.push_back(value);
@@ -75,16 +74,9 @@ bool readOption(const std::string& argument, Options& options) {
 
 bool readOptions(int argc, char** argv, Options& options) {
     std::vector<std::string> paths;
-    for (int i = 1; i < argc; ++i) {
-        const std::string argument = argv[i];
-        if (argument == "--help") return options.help = true;
-        if (!argument.starts_with("--")) {
-            paths.push_back(argument);
-        } else if (!readOption(argument, options)) {
-            std::cerr << argument << ": no such option\n";
-            return false;
-        }
-    }
+    const auto take = [&](const CommandOption& option) { return readOption(option, options); };
+    if (!readArguments(argc, argv, paths, options.help, take)) return false;
+    if (options.help) return true;
     if (paths.size() != 2) return false;
     options.drawing = paths[0];
     options.picture = paths[1];
@@ -266,10 +258,8 @@ bool run(const Options& options) {
     bool good = reportParts(sheet, chainer, search);
     const TableCheck table(search.parts(), sheet.box, options.seed);
     good = reportTable(table) && good;
-    if (!pictureOf(sheet, chainer, search, table).write(options.picture)) {
-        std::cerr << options.picture << ": could not be written\n";
-        return false;
-    }
+    if (!pictureOf(sheet, chainer, search, table).write(options.picture))
+        return couldNotBeWritten(options.picture);
     if (!chainer.isWhole()) {
         std::cerr << options.drawing << ": a piece was lost\n";
         return false;
@@ -294,8 +284,5 @@ int main(int argc, char** argv) {
         std::cout << usage;
         return 0;
     }
-    const bool good = outputIsFree(options) && run(options);
-    if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) return good ? 0 : 1;
-    std::cerr << "standard output could not be written\n";
-    return 1;
+    return exitCode(outputIsFree(options) && run(options));
 }

@@ -35,3 +35,9 @@ inline bool outputsAreFree(const std::vector<std::string>& outputs,
     }
     return true;
 }
+
+/// False, after a message.
+inline bool couldNotBeWritten(const std::string& path) {
+    std::cerr << path << ": could not be written\n";
+    return false;
+}

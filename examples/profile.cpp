@@ -30,6 +30,7 @@
 #include <vector>
 
 #include "examples/archive_objects.h"
+#include "examples/command_line.h"
 #include "examples/curve_meetings.h"
 #include "examples/drawing_program.h"
 #include "examples/dxf_curves.h"
@@ -66,10 +67,8 @@ struct Options {
     bool help = false;
 };
 
-bool readOption(const std::string& argument, Options& options) {
-    const std::size_t equals = argument.find('=');
-    const std::string name = argument.substr(0, equals);
-    const std::string value = equals == std::string::npos ? "" : argument.substr(equals + 1);
+bool readOption(const CommandOption& option, Options& options) {
+    const std::string &name = option.name, &value = option.value;
     if (name == "--points") return !(options.points = value).empty();
     if (name == "--seed") return parse(value, options.seed);
     if (name == "--chord") return readLength(value, options.chord);
@@ -79,16 +78,9 @@ bool readOption(const std::string& argument, Options& options) {
 
 bool readOptions(int argc, char** argv, Options& options) {
     std::vector<std::string> paths;
-    for (int i = 1; i < argc; ++i) {
-        const std::string argument = argv[i];
-        if (argument == "--help") return options.help = true;
-        if (!argument.starts_with("--")) {
-            paths.push_back(argument);
-        } else if (!readOption(argument, options)) {
-            std::cerr << argument << ": no such option\n";
-            return false;
-        }
-    }
+    const auto take = [&](const CommandOption& option) { return readOption(option, options); };
+    if (!readArguments(argc, argv, paths, options.help, take)) return false;
+    if (options.help) return true;
     if (paths.size() != 3) return false;
     options.drawing = paths[0];
     options.archive = paths[1];
@@ -464,10 +456,7 @@ bool run(const Options& options) {
     good = checkNurbs(sheet) && good;
 
     const std::vector<Kept> kept = whatToKeep(sheet, contours.result());
-    if (!store(options.archive, kept)) {
-        std::cerr << options.archive << ": could not be written\n";
-        return false;
-    }
+    if (!store(options.archive, kept)) return couldNotBeWritten(options.archive);
     if (!compare(options.archive, kept)) return false;
 
     ProfilePicture picture = pictureOf(sheet, polygons);
@@ -475,10 +464,7 @@ bool run(const Options& options) {
                     std::to_string(contours.result().size()) + " contours";
     picture.meetings = meetings.all;
     picture.deviations = deviations;
-    if (!picture.write(options.picture)) {
-        std::cerr << options.picture << ": could not be written\n";
-        return false;
-    }
+    if (!picture.write(options.picture)) return couldNotBeWritten(options.picture);
     if (good)
         std::printf(
             "%zu curves and %zu contours: every check holds; kept and read back to the last bit\n",
@@ -501,7 +487,5 @@ int main(int argc, char** argv) {
     const bool good =
         outputsAreFree({options.archive, options.picture}, {options.drawing, options.points}) &&
         run(options);
-    if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) return good ? 0 : 1;
-    std::cerr << "standard output could not be written\n";
-    return 1;
+    return exitCode(good);
 }
