@@ -2,6 +2,7 @@
 #include <cstddef>
 #include <filesystem>
 #include <iostream>
+#include <map>
 #include <string>
 #include <system_error>
 
@@ -42,6 +43,30 @@ Object restored(kerf::ERDataBase& archive, std::size_t number, const std::string
         value = Value::castdown(found->object().getObject());
     return value == nullptr ? Object() : found;
 }
+
+/// The objects of an archive by their names; of several with one name, the first.
+class NamedObjects {
+public:
+    explicit NamedObjects(kerf::ERDataBase& archive) : archive_(archive) {
+        for (kerf::ERLong i = 0; i < archive.getNbEnt(); ++i) {
+            const kerf::t_SmartPtr<kerf::ERObject> object = archive.restore(i);
+            const kerf::ERDBObject* const found = kerf::ERDBObject::castdown(object.getObject());
+            if (found != nullptr) numbers_.try_emplace(found->name(), static_cast<std::size_t>(i));
+        }
+    }
+    std::size_t count() const { return numbers_.size(); }
+    /// As `restored` of the object's number; null as well when there is none of that name.
+    template <class Value>
+    Object find(const std::string& name, Value*& value) const {
+        value = nullptr;
+        const auto found = numbers_.find(name);
+        return found == numbers_.end() ? Object() : restored(archive_, found->second, name, value);
+    }
+
+private:
+    kerf::ERDataBase& archive_;
+    std::map<std::string, std::size_t> numbers_;
+};
 
 /// False, after a message.
 inline bool didNotComeBack(const std::string& path, const std::string& what) {
