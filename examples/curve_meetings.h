@@ -40,7 +40,7 @@ inline double lengthOf(const kerf::ERFiniteEntity2DWF& curve, double tolerance) 
 }
 
 /// A point of a curve, and how far it is from a point that was asked for.
-struct Foot {
+struct CurveFoot {
     double u = 0.0;  // on the NURBS form
     kerf::ERPoint2D point;
     double distance = 0.0;
@@ -68,8 +68,8 @@ struct DrawingPart {
     }
 
     /// The nearest point: one of the ends and corners, or a foot that the curve finds itself.
-    Foot nearestTo(const kerf::ERPoint2D& p) const {
-        Foot nearest;
+    CurveFoot nearestTo(const kerf::ERPoint2D& p) const {
+        CurveFoot nearest;
         nearest.distance = std::numeric_limits<double>::infinity();
         const auto offer = [&](double u, const kerf::ERPoint2D& point) {
             const double away = distance(point, p);
@@ -176,7 +176,7 @@ private:
             for (const std::size_t end : {std::size_t{0}, std::size_t{1}}) {
                 const double u = endOf(own, end);
                 const kerf::ERPoint2D point = nurbs(own)(u);
-                const Foot foot = parts_[other].nearestTo(point);
+                const CurveFoot foot = parts_[other].nearestTo(point);
                 if (foot.distance > tolerance_) continue;
                 Meeting meeting{
                     a, b, swapped ? foot.u : u, swapped ? u : foot.u, point, Meeting::Kind::Joint};
@@ -270,7 +270,7 @@ private:
             angle = angleAt(u = next);
         }
         touch.kind = Meeting::Kind::Touch;
-        const Foot foot = second.nearestTo(first(u));
+        const CurveFoot foot = second.nearestTo(first(u));
         if (foot.distance > tolerance_ || distance(first(u), touch.point) > merge_) return;
         touch.onFirst = u;
         touch.onSecond = foot.u;
@@ -321,7 +321,7 @@ private:
                 }
             }
             const double u = bound((low + high) / 2);
-            const Foot foot = parts_[to].nearestTo(nurbs(along)(u));
+            const CurveFoot foot = parts_[to].nearestTo(nurbs(along)(u));
             if (foot.distance > tolerance_) continue;
             if (add(a, b, turned ? foot.u : u, turned ? u : foot.u) &&
                 found_.all.back().kind == Meeting::Kind::Crossing)
@@ -334,7 +334,7 @@ private:
     Meetings found_;
     std::size_t begin_ = 0;  // of the meetings of the pair at work
     double merge_ = 0.0;     // nearer ones of a pair are the same
-    std::vector<Foot> samples_;
+    std::vector<CurveFoot> samples_;
 };
 
 /// Curves joined end to end.

@@ -215,7 +215,7 @@ std::vector<Probe> makeProbes(const Sheet& sheet, std::uint64_t seed) {
 // A point laid on the nearest curve.
 struct Laid {
     std::size_t curve = 0;
-    Foot foot;
+    CurveFoot foot;
     double side = 1.0;  // -1 to the right of the curve's direction of travel
 };
 
@@ -229,7 +229,7 @@ Laid lay(const Sheet& sheet, const ERPoint2D& p) {
     laid.foot.distance = std::numeric_limits<double>::infinity();
     for (std::size_t i = 0; i < sheet.parts.size(); ++i) {
         if (distanceToBox(sheet.parts[i].box, p) >= laid.foot.distance) continue;
-        const Foot foot = sheet.parts[i].nearestTo(p);
+        const CurveFoot foot = sheet.parts[i].nearestTo(p);
         if (foot.distance < laid.foot.distance) laid = {i, foot, 1.0};
     }
     const kerf::ERVector2D tangent = sheet.parts[laid.curve].nurbs.PtCur(laid.foot.u).tangente();
