@@ -8,15 +8,19 @@
 #include <string>
 #include <vector>
 
+#include "examples/grid_cells.h"
 #include "examples/inspection.h"
 #include "examples/svg_picture.h"
 
-/// A grid over the surface whose vertices carry the deviation of the points measured about them.
+/// A grid over the surface whose vertices carry the deviation of the points measured about them. Of a
+/// trimmed surface, what the boundaries leave of it.
 class DeviationMesh {
 public:
     /// With about that many vertices.
     DeviationMesh(const Inspection& inspection, std::size_t size)
-        : grid_(inspection.sheet(), size), points_(grid_.points(inspection.sheet())) {
+        : grid_(inspection.sheet(), size), cells_(inspection.sheet(), grid_) {
+        for (const kerf::ERPoint2D& uv : cells_.vertices())
+            points_.push_back(inspection.sheet()(uv));
         std::vector<kerf::ERPoint3D> feet;
         feet.reserve(inspection.feet().size());
         for (const Foot& foot : inspection.feet()) feet.push_back(foot.point);
@@ -24,14 +28,19 @@ public:
         const double radius = reach(tree);
         const Progress progress("colouring", points_.size());
         for (std::size_t i = 0; i < points_.size(); ++i) {
-            const kerf::ERInfoPoint3DSurf info = inspection.sheet().PtCur(grid_.parameters(i));
+            const kerf::ERInfoPoint3DSurf info = inspection.sheet().PtCur(cells_.vertices()[i]);
             normals_.push_back(grid_.normal(inspection.sheet(), info) * inspection.outwards());
             deviations_.push_back(around(i, inspection, tree, radius));
             progress.show(i + 1);
         }
     }
 
+    DeviationMesh(const DeviationMesh&) = delete;
+    DeviationMesh& operator=(const DeviationMesh&) = delete;
+
     const SurfaceGrid& grid() const { return grid_; }
+    const std::vector<kerf::ERPoint2D>& parameters() const { return cells_.vertices(); }
+    const std::vector<GridCells::Face>& faces() const { return cells_.faces(); }
     const std::vector<kerf::ERPoint3D>& points() const { return points_; }
     const std::vector<kerf::ERVector3D>& normals() const { return normals_; }
     /// NaN where nothing was measured about the vertex.
@@ -74,24 +83,24 @@ private:
     }
 
     SurfaceGrid grid_;
+    GridCells cells_;
     std::vector<kerf::ERPoint3D> points_;
     std::vector<kerf::ERVector3D> normals_;
     std::vector<double> deviations_;
 };
 
-/// Writes the mesh as a PLY file in text form: quadrangles on the surface, each vertex with its colour
-/// and its deviation ("quality"). `limit` is the deviation that has the last colour of the scale.
+/// Writes the mesh as a PLY file in text form: polygons on the surface, each vertex with its colour and its
+/// deviation ("quality"). `limit` is the deviation that has the last colour of the scale.
 /// False when the file cannot be written.
 inline bool writePly(const std::string& path, const DeviationMesh& mesh, double limit) {
     std::ofstream file(path);
-    const SurfaceGrid& grid = mesh.grid();
     file << "ply\nformat ascii 1.0\ncomment grey and quality nan: nothing measured there\n"
-         << "element vertex " << grid.size()
+         << "element vertex " << mesh.points().size()
          << "\nproperty double x\nproperty double y\nproperty double z\n"
          << "property uchar red\nproperty uchar green\nproperty uchar blue\n"
-         << "property float quality\nelement face " << std::size_t{grid.nU - 1} * (grid.nV - 1)
+         << "property float quality\nelement face " << mesh.faces().size()
          << "\nproperty list uchar int vertex_indices\nend_header\n";
-    for (std::size_t i = 0; i < grid.size(); ++i) {
+    for (std::size_t i = 0; i < mesh.points().size(); ++i) {
         const kerf::ERPoint3D& p = mesh.points()[i];
         const svgPicture::Color color = svgPicture::signedColor(mesh.deviations()[i], limit);
         char text[160];
@@ -99,11 +108,11 @@ inline bool writePly(const std::string& path, const DeviationMesh& mesh, double 
                       color[0], color[1], color[2], mesh.deviations()[i]);
         file << text;
     }
-    for (unsigned int i = 0; i + 1 < grid.nU; ++i)
-        for (unsigned int j = 0; j + 1 < grid.nV; ++j) {
-            const unsigned int first = i * grid.nV + j, next = first + grid.nV;
-            file << "4 " << first << ' ' << next << ' ' << next + 1 << ' ' << first + 1 << '\n';
-        }
+    for (const GridCells::Face& face : mesh.faces()) {
+        file << face.size();
+        for (const std::size_t vertex : face) file << ' ' << vertex;
+        file << '\n';
+    }
     file.close();
     return !file.fail();
 }

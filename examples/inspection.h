@@ -82,6 +82,18 @@ public:
         summarize();
     }
 
+    /// Those points of another inspection, against a part of its surface that has all their feet.
+    Inspection(const Inspection& whole, const Nominal& part, const std::vector<std::size_t>& points)
+        : nominal_(part), part_(part), material_(whole.material_) {
+        for (const std::size_t i : points) {
+            points_.push_back(whole.points_[i]);
+            feet_.push_back(whole.feet_[i]);
+            deviations_.push_back(whole.deviations_[i]);
+            ++counts_[static_cast<std::size_t>(whole.feet_[i].kind)];
+        }
+        summarize();
+    }
+
     const Nominal& nominal() const { return nominal_; }
     /// The surface with its limits.
     const kerf::ERAnyBoundedSurface& sheet() const { return *part_.bounded(); }

@@ -4,8 +4,9 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdio>
-#include <numeric>
+#include <limits>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "examples/deviation_mesh.h"
@@ -20,7 +21,11 @@ class InspectionPicture {
 public:
     /// `limit` is the deviation that has the last colour of the scale.
     InspectionPicture(const Inspection& inspection, const FittedPlane& fitted, double limit)
-        : inspection_(inspection), fitted_(fitted), limit_(limit), mesh_(inspection, facets) {}
+        : inspection_(inspection),
+          fitted_(fitted),
+          limit_(limit),
+          mesh_(inspection, facets),
+          outlines_(outlinesOf(inspection.sheet())) {}
 
     /// Writes it as SVG; false when the file cannot be written.
     bool write(const std::string& path) {
@@ -67,21 +72,68 @@ private:
         return corner;
     }
 
-    // The vertices of the facet (i, j), as they follow each other around it.
-    std::array<std::size_t, 4> facet(unsigned int i, unsigned int j) const {
-        const std::size_t first = std::size_t{i} * mesh_.grid().nV + j;
-        return {first, first + mesh_.grid().nV, first + mesh_.grid().nV + 1, first + 1};
-    }
     // NaN, when less than two of its vertices have one.
-    double deviationOf(const std::array<std::size_t, 4>& vertices) const {
+    double deviationOf(const GridCells::Face& face) const {
         double sum = 0.0;
         int known = 0;
-        for (const std::size_t vertex : vertices) {
+        for (const std::size_t vertex : face) {
             if (std::isnan(mesh_.deviations()[vertex])) continue;
             sum += mesh_.deviations()[vertex];
             ++known;
         }
         return known < 2 ? std::numeric_limits<double>::quiet_NaN() : sum / known;
+    }
+    // The face in its colour; toXY(vertex) is where it stands in the picture.
+    template <class ToXY>
+    void addFace(const GridCells::Face& face, ToXY toXY) {
+        std::string path;
+        for (const std::size_t vertex : face) path += command(path.empty(), toXY(vertex));
+        const std::string color = colorOf(deviationOf(face));
+        // The line of its own colour closes the seams between the faces.
+        svg_.add("<path d=\"" + path + "z\" fill=\"" + color + "\" stroke=\"" + color + "\"/>");
+    }
+    static std::string command(bool isFirst, const kerf::ERPoint2D& at) {
+        char text[48];
+        std::snprintf(text, sizeof text, "%c%.1f %.1f", isFirst ? 'M' : 'L', at.x(), at.y());
+        return text;
+    }
+    // A boundary of a trimmed surface.
+    struct Outline {
+        kerf::ERVec<kerf::ERPoint3D> points;
+        kerf::ERVec<kerf::ERPoint2D> parameters;
+    };
+    // Solid where isNear(uv), and dashed where the surface is seen from the other side.
+    template <class ToXY, class IsNear>
+    void addOutline(const Outline& outline, ToXY toXY, IsNear isNear) {
+        std::string path;
+        bool isSolid = true;
+        for (unsigned int i = 0; i < outline.points.length(); ++i) {
+            path += command(path.empty(), toXY(outline.points[i]));
+            const bool isNext = isNear(outline.parameters[i]);
+            const bool isLast = i + 1 == outline.points.length();
+            if (i == 0) isSolid = isNext;
+            if (isNext == isSolid && !isLast) continue;
+            addLine(path, isSolid);
+            path = command(true, toXY(outline.points[i]));
+            isSolid = isNext;
+        }
+    }
+    void addLine(const std::string& path, bool isSolid) {
+        svg_.add("<path d=\"" + path + "\" fill=\"none\" stroke=\"#222\" stroke-width=\"" +
+                 (isSolid ? "1.6\"/>" : "0.8\" stroke-dasharray=\"4 3\"/>"));
+    }
+
+    static std::vector<Outline> outlinesOf(const kerf::ERAnyBoundedSurface& surface) {
+        constexpr double chord = 1e-4;
+        std::vector<Outline> outlines;
+        kerf::ERTrimmedSurface* const trimmed = trimmedOf(surface);
+        if (trimmed == nullptr) return outlines;
+        const double size = surface.getBox().diagonal();
+        for (const kerf::ERTrimmedSurface::Boundary& boundary : trimmed->getBoundList()) {
+            Outline& outline = outlines.emplace_back();
+            boundary->smash(outline.points, outline.parameters, chord * size);
+        }
+        return outlines;
     }
 
     void addView(const kerf::ERVector3D& right, const kerf::ERVector3D& near, const char* heading);
@@ -93,6 +145,7 @@ private:
     const FittedPlane& fitted_;
     double limit_;
     DeviationMesh mesh_;
+    std::vector<Outline> outlines_;
     svgPicture::Svg svg_;
     double rowLeft_ = margin, rowTop_ = 40, rowHeight_ = 0.0;  // of the panels
 };
@@ -117,33 +170,27 @@ inline void InspectionPicture::addView(const kerf::ERVector3D& right, const kerf
         return corner.top + (box.ymax() - p.y()) * scale;
     };
 
-    // What lies nearer to the viewer is drawn later.
-    struct Facet {
-        double depth;
-        unsigned int i, j;
+    const auto toXY = [&](const kerf::ERPoint3D& p) {
+        return kerf::ERPoint2D(toX(flat(p)), toY(flat(p)));
     };
-    std::vector<Facet> order;
-    for (unsigned int i = 0; i + 1 < mesh_.grid().nU; ++i) {
-        for (unsigned int j = 0; j + 1 < mesh_.grid().nV; ++j) {
-            double depth = 0.0;
-            for (const std::size_t vertex : facet(i, j))
-                depth += kerf::ERVector3D(mesh_.points()[vertex]) * near;
-            order.push_back({depth, i, j});
-        }
+
+    // What lies nearer to the viewer is drawn later.
+    std::vector<std::pair<double, const GridCells::Face*>> order;
+    for (const GridCells::Face& face : mesh_.faces()) {
+        double depth = 0.0;
+        for (const std::size_t vertex : face)
+            depth += kerf::ERVector3D(mesh_.points()[vertex]) * near;
+        order.emplace_back(depth / static_cast<double>(face.size()), &face);
     }
     std::stable_sort(order.begin(), order.end(),
-                     [](const Facet& a, const Facet& b) { return a.depth < b.depth; });
-    for (const Facet& each : order) {
-        const auto vertices = facet(each.i, each.j);
-        const std::string color = colorOf(deviationOf(vertices));
-        std::array<kerf::ERPoint2D, 4> corners;
-        for (std::size_t k = 0; k < 4; ++k) corners[k] = flat(mesh_.points()[vertices[k]]);
-        // The line of its own colour closes the seams between the facets.
-        svg_.add(
-            "<path d=\"M%.1f %.1fL%.1f %.1fL%.1f %.1fL%.1f %.1fz\" fill=\"%s\" stroke=\"%s\"/>",
-            toX(corners[0]), toY(corners[0]), toX(corners[1]), toY(corners[1]), toX(corners[2]),
-            toY(corners[2]), toX(corners[3]), toY(corners[3]), color.c_str(), color.c_str());
-    }
+                     [](const auto& a, const auto& b) { return a.first < b.first; });
+    for (const auto& [depth, face] : order)
+        addFace(*face, [&](std::size_t vertex) { return toXY(mesh_.points()[vertex]); });
+    for (const Outline& outline : outlines_)
+        addOutline(outline, toXY, [&](const kerf::ERPoint2D& uv) {
+            const kerf::ERVector3D normal = inspection_.sheet().PtCur(uv).normale();
+            return normal * near * inspection_.outwards() > 0.0;
+        });
     const auto label = [&](const char* what, std::size_t point) {
         const Foot& foot = inspection_.feet()[point];
         if (foot.normal * near * inspection_.outwards() < 0.0) return;  // on the far side
@@ -165,12 +212,19 @@ inline void InspectionPicture::addMap() {
     const double along = grid.lengthU * scale, height = grid.lengthV * scale;
     const Corner corner = addPanel(along, height, "unrolled: u to the right, v upwards");
     const double left = corner.left, top = corner.top;
-    const double cellWidth = along / (grid.nU - 1), cellHeight = height / (grid.nV - 1);
-    for (unsigned int i = 0; i + 1 < grid.nU; ++i)
-        for (unsigned int j = 0; j + 1 < grid.nV; ++j)
-            svg_.add("<rect x=\"%.2f\" y=\"%.2f\" width=\"%.2f\" height=\"%.2f\" fill=\"%s\"/>",
-                     left + i * cellWidth, top + height - (j + 1) * cellHeight, cellWidth + 0.4,
-                     cellHeight + 0.4, colorOf(deviationOf(facet(i, j))).c_str());
+    const auto toXY = [&](const kerf::ERPoint2D& uv) {
+        return kerf::ERPoint2D(
+            left + (uv.x() - grid.u(0.0)) / (grid.u(1.0) - grid.u(0.0)) * along,
+            top + height - (uv.y() - grid.v(0.0)) / (grid.v(1.0) - grid.v(0.0)) * height);
+    };
+    for (const GridCells::Face& face : mesh_.faces())
+        addFace(face, [&](std::size_t vertex) { return toXY(mesh_.parameters()[vertex]); });
+    for (const Outline& outline : outlines_) {
+        std::string path;
+        for (unsigned int i = 0; i < outline.parameters.length(); ++i)
+            path += command(path.empty(), toXY(outline.parameters[i]));
+        addLine(path + "z", true);
+    }
     svg_.add(
         "<rect x=\"%.2f\" y=\"%.2f\" width=\"%.2f\" height=\"%.2f\" fill=\"none\" "
         "stroke=\"#444\"/>",
@@ -184,11 +238,9 @@ inline void InspectionPicture::addMap() {
     addMark(left - 4, top + height, "end", grid.v(0.0));
     addMark(left - 4, top + 10, "end", grid.v(1.0));
     const auto label = [&](const char* what, std::size_t point) {
-        const kerf::ERPoint2D& uv = inspection_.feet()[point].uv;
-        const double x = left + (uv.x() - grid.u(0.0)) / (grid.u(1.0) - grid.u(0.0)) * along;
-        const double y =
-            top + height - (uv.y() - grid.v(0.0)) / (grid.v(1.0) - grid.v(0.0)) * height;
-        svgPicture::addLabel(svg_, x, y, x<left + along / 2, y> top + 60, labelOf(what, point));
+        const kerf::ERPoint2D at = toXY(inspection_.feet()[point].uv);
+        svgPicture::addLabel(svg_, at.x(), at.y(), at.x() < left + along / 2, at.y() > top + 60,
+                             labelOf(what, point));
     };
     label("fattest", inspection_.fattest());
     label("leanest", inspection_.leanest());
