@@ -1,4 +1,5 @@
-// Makes the part that inspect_surface is shown with: a blade and the points measured on it.
+// Makes the part that inspect_surface and trimmed_inspection are shown with: a blade, the points measured on
+// it, and what is needed to inspect a zone of it.
 //
 // usage: make_blade FOLDER [--check | --points=N]
 //
@@ -15,6 +16,10 @@
 // length, and a twist by some tenths of a degree that begins at half length. The head of the file
 // tells how large that makes the deviations: this program evaluates the surface by itself.
 //
+// blade_zone.txt holds the outline of a zone of the suction side with a hole in it, in (u, v): loose segments
+// and arcs in mixed order and direction. blade_balls.txt holds the balls of the fixture, as the machine found
+// them and where they stand in the frame of the surface.
+//
 // With --check nothing is written; the exit code is 0 if the files in FOLDER are those that would be
 // written. They are the same on every machine: the only operations are + - * /, square roots and
 // rounding, and the draws are the bits of std::mt19937. With --points=N there are about so many.
@@ -30,6 +35,7 @@
 #include <random>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "examples/text_input.h"
@@ -228,13 +234,23 @@ double draw(std::mt19937& random) {
     return sum;
 }
 
+struct Scan {
+    struct Point {
+        double u, v;  // of the foot
+        double deviation;
+    };
+    std::vector<Point> points;
+    std::string text;
+};
+
 // The machine takes a section at a time, and points at nearly even steps around it.
-std::string scan(const Blade& blade, std::size_t wanted) {
+Scan scan(const Blade& blade, std::size_t wanted) {
     constexpr double pointsASection = 2.75;  // per section: the spacing is alike in both directions
     const double sections =
         std::max(2.0, std::round(std::sqrt(static_cast<double>(wanted) / pointsASection)));
     const double around = std::max(2.0, std::round(static_cast<double>(wanted) / sections));
     std::mt19937 random(seed);
+    Scan scan;
     std::string points;
     double squares = 0, largest = 0;
     std::size_t count = 0, at = 0;
@@ -246,6 +262,7 @@ std::string scan(const Blade& blade, std::size_t wanted) {
             const double deviation = deviationAt(blade, foot, u, v) + noise * draw(random);
             const ERPoint3D p = foot.position + foot.normal * deviation;
             points += formatted("%.4f %.4f %.4f\n", p.x(), p.y(), p.z());
+            scan.points.push_back({u, v, deviation});
             squares += deviation * deviation;
             ++count;
             if (std::fabs(deviation) <= largest) continue;
@@ -259,8 +276,119 @@ std::string scan(const Blade& blade, std::size_t wanted) {
                   "# Farthest off the surface: point %zu, in the dent.\n"
                   "# applied rms %.3f\n# applied largest %.3f\n",
                   at, std::sqrt(squares / static_cast<double>(count)), largest);
-    return "# " + std::to_string(count) + " points measured on the blade of blade_surface.txt.\n" +
-           origin + "# One point a line: x y z.\n" + figures + points;
+    scan.text = "# " + std::to_string(count) +
+                " points measured on the blade of blade_surface.txt.\n" + origin +
+                "# One point a line: x y z.\n" + figures + points;
+    return scan;
+}
+
+// The zone: a rectangle with rounded corners.
+constexpr double zoneU = 0.2, zoneV = 0.58, zoneLength = 0.7, zoneWidth = 0.3, zoneRadius = 0.05;
+constexpr double holeU = 0.4, holeV = 0.75, holeRadius = 0.06;
+constexpr double quarterTurn = 1.5707963267948966, pi = 3.141592653589793;
+
+std::string piece(const char* kind, const std::vector<double>& numbers) {
+    std::string text = kind;
+    for (const double number : numbers) {
+        char digits[40];
+        std::snprintf(digits, sizeof digits, " %.17g", number);
+        text += digits;
+    }
+    return text + "\n";
+}
+
+// Whether the rectangle with its rounded corners holds (u, v).
+bool isInZone(double u, double v) {
+    const double beyondU = std::fabs(u - zoneU - zoneLength / 2) - (zoneLength / 2 - zoneRadius);
+    const double beyondV = std::fabs(v - zoneV - zoneWidth / 2) - (zoneWidth / 2 - zoneRadius);
+    if (beyondU > zoneRadius || beyondV > zoneRadius) return false;
+    return beyondU <= 0 || beyondV <= 0 ||
+           beyondU * beyondU + beyondV * beyondV <= zoneRadius * zoneRadius;
+}
+
+std::string figuresOfZone(const std::vector<Scan::Point>& points) {
+    std::size_t inside = 0, inHole = 0;
+    double squares = 0, largest = 0;
+    for (const auto& [u, v, deviation] : points) {
+        const double du = u - holeU, dv = v - holeV;
+        if (!isInZone(u, v)) continue;
+        if (du * du + dv * dv <= holeRadius * holeRadius) {
+            ++inHole;
+            continue;
+        }
+        ++inside;
+        squares += deviation * deviation;
+        largest = std::max(largest, std::fabs(deviation));
+    }
+    char text[200];
+    std::snprintf(text, sizeof text,
+                  "# Of the feet of blade_scan.txt, %zu lie in what is left and %zu in the hole.\n"
+                  "# The deviations of the former: rms %.3f, largest %.3f.\n",
+                  inside, inHole, std::sqrt(squares / static_cast<double>(inside)), largest);
+    return text;
+}
+
+std::string zone(const std::vector<Scan::Point>& points) {
+    constexpr double u1 = zoneU + zoneLength, v1 = zoneV + zoneWidth, r = zoneRadius;
+    constexpr int partsAlong = 5, partsAcross = 2;
+    std::mt19937 random(seed);
+    std::vector<std::string> pieces;
+    // In equal parts, about half of them reversed.
+    const auto addSide = [&](double ua, double va, double ub, double vb, int parts) {
+        const auto between = [&](double a, double b, int i) {
+            return i == parts ? b : a + (b - a) * i / parts;
+        };
+        for (int i = 0; i < parts; ++i) {
+            std::array<double, 4> ends = {between(ua, ub, i), between(va, vb, i),
+                                          between(ua, ub, i + 1), between(va, vb, i + 1)};
+            if (random() % 2 == 0) ends = {ends[2], ends[3], ends[0], ends[1]};
+            pieces.push_back(piece("segment", {ends[0], ends[1], ends[2], ends[3]}));
+        }
+    };
+    addSide(zoneU + r, zoneV, u1 - r, zoneV, partsAlong);
+    addSide(u1, zoneV + r, u1, v1 - r, partsAcross);
+    addSide(u1 - r, v1, zoneU + r, v1, partsAlong);
+    addSide(zoneU, v1 - r, zoneU, zoneV + r, partsAcross);
+    const std::array<std::array<double, 2>, 4> centres = {
+        {{u1 - r, v1 - r}, {zoneU + r, v1 - r}, {zoneU + r, zoneV + r}, {u1 - r, zoneV + r}}};
+    for (std::size_t i = 0; i < centres.size(); ++i) {
+        const double start = static_cast<double>(i) * quarterTurn;
+        pieces.push_back(
+            piece("arc", {centres[i][0], centres[i][1], r, start, start + quarterTurn}));
+    }
+    for (const double start : {quarterTurn, quarterTurn + pi})
+        pieces.push_back(piece("arc", {holeU, holeV, holeRadius, start, start + pi}));
+    for (std::size_t i = pieces.size() - 1; i > 0; --i)
+        std::swap(pieces[i], pieces[random() % (i + 1)]);
+
+    constexpr double hole = pi * holeRadius * holeRadius;
+    constexpr double area = zoneLength * zoneWidth - (4 - pi) * r * r;
+    char head[300];
+    std::snprintf(
+        head, sizeof head,
+        "# The outline of a zone of the blade of blade_surface.txt, and a hole, in (u, v).\n"
+        "# Made by examples/make_blade.cpp. The pieces stand in any order and direction.\n"
+        "# Area %.9f with the hole, %.9f without.\n",
+        area, area - hole);
+    std::string text = head + figuresOfZone(points);
+    for (const std::string& each : pieces) text += each;
+    return text;
+}
+
+std::string balls() {
+    std::mt19937 random(seed);
+    std::string text = "# Six balls of the fixture: as measured, and their nominal places.\n";
+    text += origin;
+    text += "# One ball a line: x y z X Y Z.\n# applied rms below 0.02\n";
+    for (const double z : {-10.0, 60.0, 130.0}) {
+        for (const double x : {-45.0, 45.0}) {
+            const double measuredX = x + noise * draw(random), y = -30 + z / 10;
+            const double measuredY = y + noise * draw(random);
+            text += formatted("%.4f %.4f %.4f ", measuredX, measuredY, z + noise * draw(random)) +
+                    formatted("%.4f %.4f %.4f\n", x, y, z);
+        }
+    }
+    return text;
 }
 
 struct Options {
@@ -294,8 +422,12 @@ int main(int argc, char** argv) {
         return 2;
     }
     const Blade blade;
-    const std::array<std::array<std::string, 2>, 2> files = {
-        {{"blade_surface.txt", blade.text()}, {"blade_scan.txt", scan(blade, options->points)}}};
+    const Scan measured = scan(blade, options->points);
+    const std::array<std::array<std::string, 2>, 4> files = {
+        {{"blade_surface.txt", blade.text()},
+         {"blade_scan.txt", measured.text},
+         {"blade_zone.txt", zone(measured.points)},
+         {"blade_balls.txt", balls()}}};
     for (const auto& [name, text] : files) {
         const std::string path = options->folder + "/" + name;
         if (options->check) {
