@@ -35,6 +35,12 @@ build/demo/examples/inspect_surface build/demo/blade_surface.txt build/demo/blad
     >build/demo/blade.txt
 echo "Inspected the blade: $(tail -n 1 build/demo/blade.txt) (build/demo/blade.txt, .svg, .ply)"
 
+build/demo/examples/trimmed_inspection build/demo/blade_surface.txt build/demo/blade_zone.txt \
+    build/demo/blade_scan.txt build/demo/zone.kerf build/demo/zone.ply build/demo/zone.svg \
+    --pairs=build/demo/blade_balls.txt --scale=0.3 >build/demo/zone.txt
+build/demo/examples/trimmed_inspection --again build/demo/zone.kerf >build/demo/zone_again.txt
+echo "Inspected a zone of it: $(tail -n 1 build/demo/zone.txt) (build/demo/zone.txt, .svg, .ply)"
+
 build/demo/examples/nest examples/data/flange_plate.dxf build/demo/flange_plate_contours.svg --loose=1 \
     --skip=SCRIBE >build/demo/flange_plate_contours.txt
 echo "Joined its loose pieces: $(tail -n 1 build/demo/flange_plate_contours.txt)" \
