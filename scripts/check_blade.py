@@ -1,12 +1,15 @@
 #!/usr/bin/env python3
-"""Inspects published surfaces with the example `inspect_surface` and compares what it finds.
+"""Inspects published surfaces with the examples and compares what they find.
 
-usage: check_blade.py FOLDER INSPECT_SURFACE
+usage: check_blade.py FOLDER EXAMPLES
+
+EXAMPLES is the folder of the programs `inspect_surface` and `trimmed_inspection`.
 
 FOLDER/blade/ holds the skin of a blade as blade_surface.txt and points near it as blade_points.txt,
 whose head tells the root mean square, the mean and the largest of their distances, in millimetres
 where the points are in metres, and where the largest is; other searches found these figures. It also
-tells how many points have their nearest point on the border.
+tells how many points have their nearest point on the border. FOLDER/blade/blade_zone.txt is the outline
+of a part of it with a hole; its head tells lengths, areas, and what lies within.
 FOLDER/surface_projection.json holds points on a free-form surface whose parameters are published.
 """
 import json
@@ -39,11 +42,45 @@ def check(what, found, expected, within):
     return met
 
 
+def head_of(path):
+    """The comments of a file in one line."""
+    return " ".join(line.lstrip("# ") for line in path.read_text(encoding="utf-8").splitlines()
+                    if line.startswith("#"))
+
+
+def check_zone(program, place, folder):
+    """Compares with the head of the outline, to the last digit written."""
+    outline = folder / "blade_zone.txt"
+    head = head_of(outline)
+    length, area, left = map(float, re.search(
+        rf"outline{NUMBER} long, area{NUMBER} with the hole,{NUMBER} without", head).groups())
+    within, in_hole = map(int, re.search(
+        r"(\d+) lie inside the outline, (\d+) of them in the hole", head).groups())
+    rms, largest = map(float, re.search(rf"rms{NUMBER} mm, largest{NUMBER} mm", head).groups())
+    outputs = [place / f"zone.{ending}" for ending in ("kerf", "ply", "svg")]
+    run = subprocess.run([program, folder / "blade_surface.txt", outline, folder / "blade_points.txt",
+                          *outputs, "--aligned"], capture_output=True, encoding="utf-8", check=False)
+    if run.returncode != 0:
+        sys.exit(f"{run.stderr}{outline}: trimmed_inspection failed")
+
+    def found(pattern):
+        return float(re.search(pattern, run.stdout).group(1))
+    last = 0.6e-9
+    met = [
+        check("zone: length", found(rf"outer boundary .* length{NUMBER}"), length, last),
+        check("zone: area", found(rf"outer boundary .* area{NUMBER}"), area, last),
+        check("zone: area without the hole", found(rf"area that is left:{NUMBER}"), left, last),
+        check("zone: feet in the hole", found(r"(\d+) in holes"), in_hole, 0),
+        check("zone: feet in the rest", found(r"(\d+) inside"), within - in_hole, 0),
+        check("zone: rms", 1000 * found(rf"rms{NUMBER}, largest"), rms, last),
+        check("zone: largest", 1000 * found(rf"rms.* largest{NUMBER}\n"), largest, last)]
+    return all(met)
+
+
 def check_blade(program, place, folder):
     """Compares with the head of the points, to the last digit written."""
     surface, points = folder / "blade_surface.txt", folder / "blade_points.txt"
-    head = " ".join(line.lstrip("# ") for line in points.read_text(encoding="utf-8").splitlines()
-                    if line.startswith("#"))
+    head = head_of(points)
     rms, mean, largest, *at, u = map(float, re.search(
         rf"rms{NUMBER} mm, mean{NUMBER} mm, largest{NUMBER} mm at the point{3 * NUMBER}"
         rf" \(foot u ={NUMBER}", head).groups())
@@ -100,10 +137,12 @@ def check_projections(program, place, path):
 
 def main():
     """Exit code 0 when every figure is met."""
-    folder, program = pathlib.Path(sys.argv[1]), sys.argv[2]
+    folder, programs = pathlib.Path(sys.argv[1]), pathlib.Path(sys.argv[2])
+    program = programs / "inspect_surface"
     with tempfile.TemporaryDirectory() as place:
         place = pathlib.Path(place)
         met = [check_blade(program, place, folder / "blade"),
+               check_zone(programs / "trimmed_inspection", place, folder / "blade"),
                check_projections(program, place, folder / "surface_projection.json")]
     return 0 if all(met) else 1
 
