@@ -1,5 +1,6 @@
 #pragma once
 #include "kerf/numerics/vector.h"
+#include "kerf/platform/config.h"
 #include "kerf/values/space.h"
 #include "kerf/values/transformation_2d.h"
 #include "kerf/values/transformation_3d.h"
@@ -10,7 +11,7 @@ namespace kerf {
 
 /// What the plane and space name alike. Carried is the class below, which reaches the points.
 template <class Carried, class Base, class Space>
-class MovedPoints : public Base {
+class KERF_EXPORT MovedPoints : public Base {
 public:
     using Base::Base;
 
@@ -65,7 +66,7 @@ template <class Derived, class Base, class Space>
 class CarriedByPoints;
 
 template <class Derived, class Base>
-class CarriedByPoints<Derived, Base, Space2D>
+class KERF_EXPORT CarriedByPoints<Derived, Base, Space2D>
     : public MovedPoints<CarriedByPoints<Derived, Base, Space2D>, Base, Space2D> {
     using Moved = MovedPoints<CarriedByPoints, Base, Space2D>;
     friend Moved;
@@ -84,7 +85,7 @@ private:
 };
 
 template <class Derived, class Base>
-class CarriedByPoints<Derived, Base, Space3D>
+class KERF_EXPORT CarriedByPoints<Derived, Base, Space3D>
     : public MovedPoints<CarriedByPoints<Derived, Base, Space3D>, Base, Space3D> {
     using Moved = MovedPoints<CarriedByPoints, Base, Space3D>;
     friend Moved;
