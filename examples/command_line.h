@@ -1,6 +1,7 @@
 #pragma once
 #include <cstdio>
 #include <iostream>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -31,6 +32,14 @@ bool readArguments(int argc, char** argv, std::vector<std::string>& paths, bool&
         }
     }
     return true;
+}
+
+/// The exit code where the usage is all there is to say: 2, on standard error, for arguments that were not
+/// understood, and 0 for "--help".
+inline std::optional<int> endWithUsage(bool understood, bool help, const char* usage) {
+    if (understood && !help) return std::nullopt;
+    (understood ? std::cout : std::cerr) << usage;
+    return understood ? 0 : 2;
 }
 
 /// 0 for a good end; 1 for another, and, after a message, when what was printed is not all written.

@@ -352,14 +352,8 @@ bool run(const Options& options) {
 
 int main(int argc, char** argv) try {
     Options options;
-    if (!readOptions(argc, argv, options)) {
-        std::cerr << usage;
-        return 2;
-    }
-    if (options.help) {
-        std::cout << usage;
-        return 0;
-    }
+    const bool understood = readOptions(argc, argv, options);
+    if (const auto ended = endWithUsage(understood, options.help, usage)) return *ended;
     const bool good =
         outputsAreFree({options.archive, options.mesh, options.picture, options.table},
                        {options.surface, options.points}) &&

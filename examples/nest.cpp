@@ -276,13 +276,7 @@ bool run(const Options& options) {
 
 int main(int argc, char** argv) {
     Options options;
-    if (!readOptions(argc, argv, options)) {
-        std::cerr << usage;
-        return 2;
-    }
-    if (options.help) {
-        std::cout << usage;
-        return 0;
-    }
+    const bool understood = readOptions(argc, argv, options);
+    if (const auto ended = endWithUsage(understood, options.help, usage)) return *ended;
     return exitCode(outputIsFree(options) && run(options));
 }
