@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "benchmarks/counting_heap.h"
+#include "benchmarks/draw.h"
 #include "kerf/curves/bezier_curve.h"
 #include "kerf/curves/nurbs_curve.h"
 #include "kerf/processing/bezier_intersection.h"
@@ -35,17 +36,6 @@ constexpr unsigned int seed = 31;
 constexpr unsigned int degree = 3;
 constexpr unsigned int poleCount = 20;
 constexpr unsigned int parameterCount = 4096;
-
-class Draw {
-public:
-    explicit Draw(unsigned int seedOfDraw) : generator_(seedOfDraw) {}
-    double operator()(double from, double to) {
-        return std::uniform_real_distribution<double>(from, to)(generator_);
-    }
-
-private:
-    std::mt19937 generator_;
-};
 
 // One curve in space in the forms of all.
 struct SpaceCurve {

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "benchmarks/counting_heap.h"
+#include "benchmarks/draw.h"
 #include "kerf/processing/raster.h"
 #include "kerf/processing/region.h"
 #include "kerf/values/polygon.h"
@@ -38,17 +39,6 @@ constexpr unsigned int probeCount = 4096;
 constexpr unsigned int lineCount = 64;
 constexpr unsigned int lineLength = 200;
 constexpr unsigned int hullPoints = 100000;
-
-class Draw {
-public:
-    explicit Draw(unsigned int seedOfDraw) : generator_(seedOfDraw) {}
-    double operator()(double from, double to) {
-        return std::uniform_real_distribution<double>(from, to)(generator_);
-    }
-
-private:
-    std::mt19937 generator_;
-};
 
 using Points = std::vector<ERPoint2D>;
 
