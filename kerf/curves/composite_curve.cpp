@@ -284,8 +284,8 @@ double Chain<Kind>::arcLength(double tol) const {
 template <class Kind>
 int Chain<Kind>::splitAt(t_SmartPtr<Curve>& left, t_SmartPtr<Curve>& right, double u) const {
     const unsigned int n = entries();
-    const double nearest = std::round(indexOf(u));
-    const double x = std::fabs(indexOf(u) - nearest) <= sameIndex ? nearest : indexOf(u);
+    const double index = indexOf(u), nearest = std::round(index);
+    const double x = std::fabs(index - nearest) <= sameIndex ? nearest : index;
     const double whole = std::floor(x);
     if (n == 0 || !(whole >= 0.0 && whole <= n)) return 0;
     const unsigned int i = static_cast<unsigned int>(whole);

@@ -146,7 +146,7 @@ void ERObjectDataBase::reportUnknownClass(ERLong id, ERULong signature) const {
     outputDebugText((text + "\n").c_str());
 }
 
-// Whether the file exists is asked once, and a wrong answer does no harm: a file that is there is
+// Whether the file exists is asked once, and a wrong reply does no harm: a file that is there is
 // never emptied, and one that has a root is a database, or none, whoever made it and when.
 OpenFailure ERObjectDataBase::openOrCreate(const char* name, int readOnly) {
     const bool exists = ERFile::Exists(name) != 0;

@@ -11,7 +11,7 @@
 #include "kerf/values/vector_instances.h"
 
 // Transformations of space: the abstract classes, the two handles that programs hold, and the
-// functions that make them. The classes behind the handles are in
+// functions that make them. The classes that the handles share are in
 // transformation_3d_representation.h.
 namespace kerf {
 

@@ -31,7 +31,7 @@ double* doubles(E* poles) {
     return reinterpret_cast<double*>(poles);
 }
 
-/// What an evaluation with derivatives answers.
+/// What an evaluation with derivatives returns.
 template <SplinePole E>
 struct InfoPointOf {
     using type = ERInfoPoint3DWF;
